@@ -1,0 +1,75 @@
+# One object library per area of the portable code, so that each area builds
+# and tests on its own. hbcore bundles them for the Windows DLL.
+function(hb_area name)
+  cmake_parse_arguments(A "" "" "DIRS;DEPS" ${ARGN})
+  set(srcs)
+  foreach(d IN LISTS A_DIRS)
+    file(GLOB s CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/${d}/*.cpp)
+    list(APPEND srcs ${s})
+  endforeach()
+  if(NOT srcs)
+    set(srcs ${PROJECT_SOURCE_DIR}/cmake/empty.cpp)
+  endif()
+  add_library(${name} OBJECT ${srcs})
+  target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR})
+  target_compile_definitions(${name} PUBLIC HB_VERSION_MAJOR=${PROJECT_VERSION_MAJOR}
+                             HB_VERSION_MINOR=${PROJECT_VERSION_MINOR}
+                             HB_VERSION_PATCH=${PROJECT_VERSION_PATCH})
+  if(A_DEPS)
+    target_link_libraries(${name} PUBLIC ${A_DEPS})
+  endif()
+endfunction()
+
+hb_area(hb_common   DIRS src/common src/platform src/platform/memory)
+hb_area(hb_sim      DIRS sim                          DEPS hb_common)
+hb_area(hb_diag     DIRS src/diagnostics src/languages DEPS hb_common)
+hb_area(hb_settings DIRS src/settings src/metadata     DEPS hb_diag)
+hb_area(hb_session  DIRS src/explorer src/inspector src/addin DEPS hb_settings)
+
+# Everything portable in one static library (what the Windows DLL links).
+add_library(hbcore STATIC $<TARGET_OBJECTS:hb_common> $<TARGET_OBJECTS:hb_diag>
+            $<TARGET_OBJECTS:hb_settings> $<TARGET_OBJECTS:hb_session>)
+target_include_directories(hbcore PUBLIC ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR})
+
+if(HB_WINDOWS)
+  include(${PROJECT_SOURCE_DIR}/cmake/Windows.cmake OPTIONAL)
+endif()
+
+if(HB_TESTS AND NOT HB_WINDOWS)
+  find_package(GTest REQUIRED)
+  include(GoogleTest)
+  enable_testing()
+  # tests/<area>/*.cpp -> test_<area>, linked with the object libraries it needs.
+  function(hb_test area)
+    file(GLOB srcs CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/${area}/*.cpp)
+    if(NOT srcs)
+      return()
+    endif()
+    set(objs)
+    foreach(lib IN LISTS ARGN)
+      list(APPEND objs $<TARGET_OBJECTS:${lib}>)
+    endforeach()
+    add_executable(test_${area} ${srcs} ${objs})
+    target_include_directories(test_${area} PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}
+                               ${PROJECT_SOURCE_DIR}/tests)
+    target_link_libraries(test_${area} PRIVATE GTest::gtest GTest::gmock GTest::gtest_main)
+    gtest_discover_tests(test_${area} DISCOVERY_TIMEOUT 60 PROPERTIES LABELS native)
+  endfunction()
+  hb_test(common   hb_common)
+  hb_test(sim      hb_common hb_sim)
+  hb_test(diag     hb_common hb_sim hb_diag)
+  hb_test(settings hb_common hb_sim hb_diag hb_settings)
+  hb_test(session  hb_common hb_sim hb_diag hb_settings hb_session)
+endif()
+
+if(HB_BENCH AND NOT HB_WINDOWS)
+  find_package(benchmark REQUIRED)
+  file(GLOB bench_srcs CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/bench/*.cpp)
+  if(bench_srcs)
+    add_executable(hb_bench ${bench_srcs} $<TARGET_OBJECTS:hb_common> $<TARGET_OBJECTS:hb_sim>
+                   $<TARGET_OBJECTS:hb_diag> $<TARGET_OBJECTS:hb_settings>
+                   $<TARGET_OBJECTS:hb_session>)
+    target_include_directories(hb_bench PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR})
+    target_link_libraries(hb_bench PRIVATE benchmark::benchmark benchmark::benchmark_main)
+  endif()
+endif()
