@@ -1,11 +1,17 @@
 # One object library per area of the portable code, so that each area builds
 # and tests on its own. hbcore bundles them for the Windows DLL.
 function(hb_area name)
-  cmake_parse_arguments(A "" "" "DIRS;DEPS" ${ARGN})
+  cmake_parse_arguments(A "" "" "DIRS;FILES;EXCLUDE;DEPS" ${ARGN})
   set(srcs)
   foreach(d IN LISTS A_DIRS)
     file(GLOB s CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/${d}/*.cpp)
     list(APPEND srcs ${s})
+  endforeach()
+  foreach(f IN LISTS A_FILES)
+    list(APPEND srcs ${PROJECT_SOURCE_DIR}/${f})
+  endforeach()
+  foreach(f IN LISTS A_EXCLUDE)
+    list(REMOVE_ITEM srcs ${PROJECT_SOURCE_DIR}/${f})
   endforeach()
   if(NOT srcs)
     set(srcs ${PROJECT_SOURCE_DIR}/cmake/empty.cpp)
@@ -22,9 +28,13 @@ endfunction()
 
 hb_area(hb_common   DIRS src/common src/platform src/platform/memory)
 hb_area(hb_sim      DIRS sim                          DEPS hb_common)
-hb_area(hb_diag     DIRS src/diagnostics src/languages DEPS hb_common)
+# The Outlook access helpers serve the error reporter too, so they build
+# with diagnostics.
+hb_area(hb_diag     DIRS src/diagnostics src/languages FILES src/addin/modOutlookCode.cpp
+        DEPS hb_common)
 hb_area(hb_settings DIRS src/settings src/metadata     DEPS hb_diag)
-hb_area(hb_session  DIRS src/explorer src/inspector src/addin DEPS hb_settings)
+hb_area(hb_session  DIRS src/explorer src/inspector src/addin
+        EXCLUDE src/addin/modOutlookCode.cpp DEPS hb_settings)
 
 # Everything portable in one static library (what the Windows DLL links).
 add_library(hbcore STATIC $<TARGET_OBJECTS:hb_common> $<TARGET_OBJECTS:hb_diag>

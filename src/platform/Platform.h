@@ -8,6 +8,7 @@
 
 #include "common/Locale.h"
 #include "common/Str.h"
+#include "common/Variant.h"
 
 namespace hb {
 
@@ -91,6 +92,11 @@ class Platform {
     // Creating a scripting component (Scripting.FileSystemObject, ...):
     // false when the component cannot be created.
     virtual bool createComponent(ScriptComponent component) = 0;
+
+    // GetObject for a running server / CreateObject, by ProgID: the object,
+    // or Nothing when it cannot be had.
+    virtual Variant getActiveObject(const Str& progId) = 0;
+    virtual Variant createObject(const Str& progId) = 0;
 
     // A modal message box; returns the button pressed (IDOK, IDYES, ...).
     virtual std::int32_t messageBox(const Str& text, const Str& caption, std::uint32_t flags) = 0;
