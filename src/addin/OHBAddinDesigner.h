@@ -1,0 +1,40 @@
+#pragma once
+// The object Outlook creates when it loads the add-in: receives the host's
+// connection, shutdown and task pane calls. Owns the session of this loaded
+// copy of the add-in.
+#include <memory>
+
+#include "common/Object.h"
+#include "common/Session.h"
+
+namespace hb {
+
+class OHBAddinDesigner {
+  public:
+    explicit OHBAddinDesigner(Platform& platform);
+    ~OHBAddinDesigner();  // AddinInstance_Terminate
+    OHBAddinDesigner(const OHBAddinDesigner&) = delete;
+    OHBAddinDesigner& operator=(const OHBAddinDesigner&) = delete;
+
+    Session& session() { return *session_; }
+
+    void AddinInstance_OnBeginShutdown(Args& custom) noexcept;
+    // No trap: a failure is reported to the host (raises).
+    void AddinInstance_OnConnection(const Variant& application, std::int32_t connectMode,
+                                    const Variant& addInInst, Args& custom);
+    void AddinInstance_OnDisconnection(std::int32_t removeMode, Args& custom) noexcept;
+    void AddinInstance_Terminate() noexcept;
+    // Does nothing and returns no pane.
+    Variant ICTPFactory_CreateCTP(const Str& progId, const Str& title,
+                                  const Variant& parentWindow) noexcept;
+    void ICustomTaskPaneConsumer_CTPFactoryAvailable(const Variant& factory) noexcept;
+
+  private:
+    std::unique_ptr<Session> session_;
+};
+
+// The one shutdown clean-up, and the clean-up of closed explorer wrappers.
+void subCloseDown(Session& s) noexcept;
+void subClearExplorers(Session& s) noexcept;
+
+}  // namespace hb

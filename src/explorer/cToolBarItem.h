@@ -1,0 +1,82 @@
+#pragma once
+// The add-in's toolbar: one command bar named after the product in a
+// calendar window (or an appointment window under older Outlook) with up to
+// three metadata combo boxes and the Report, Settings and Statistics
+// buttons; the billing entry between the boxes and the selected appointment;
+// the buttons' commands; and the task pane of appointment windows under
+// Outlook 2007 and later. One holder serves the whole session.
+#include <memory>
+#include <vector>
+
+#include "common/Object.h"
+#include "common/Session.h"
+
+namespace hb {
+
+class cMarking;
+
+class cToolBarItem : public std::enable_shared_from_this<cToolBarItem> {
+  public:
+    explicit cToolBarItem(Session& s);
+    ~cToolBarItem();
+    cToolBarItem(const cToolBarItem&) = delete;
+    cToolBarItem& operator=(const cToolBarItem&) = delete;
+
+    // --- toolbar ---
+    const Variant& ofbCurrCommandBar() const { return ofbCurrCommandBar_; }
+    void setOfbCurrCommandBar(const Variant& bar);
+    void subAddButtons();
+    void RemoveToolbar();
+    void setBlnButtonsEnabled(bool value);
+    const Variant& ouiCurrItem() const { return ouiCurrItem_; }
+    void setOuiCurrItem(const Variant& item);
+    const Str& strEntryID() const { return strEntryID_; }
+    bool blnInInspector() const { return blnInInspector_; }
+    void setBlnInInspector(bool value) { blnInInspector_ = value; }
+    void FillDropDowns();
+
+    // --- billing entry ---
+    void cmb1Meta_Change();
+    void cmb2Meta_Change();
+    void cmb3Meta_Change();
+    void SaveValues();
+    void GetCurrentValues();
+    void subWriteSubject(const Variant& item);
+    bool fncIsHourbookData(const Str& text);
+    void ouiItems_ItemAdd(const Variant& item);
+
+    // --- commands ---
+    void cmdReport_Click();
+    void cmdSettings_Click();
+    void cmdStatistics_Click();
+    void subLaunchSettings(bool flag);
+
+    // --- task pane (Outlook 2007 and later) ---
+    void subAddCTP(const Variant& inspector);
+    void objCTP_DockPositionStateChange(const Variant& pane);
+    const Variant& objCTP() const { return objCTP_; }
+    void releaseCTP();
+
+    // The controls held (Nothing/Empty when absent); for the session's own use.
+    const Variant& cmbMeta(int n) const;  // n = 1..3
+
+  private:
+    Session& s_;
+    Variant ofbCurrCommandBar_;
+    Variant cmb1Meta_, cmb2Meta_, cmb3Meta_;
+    Variant cmdReport_, cmdSettings_, cmdStatistics_;
+    EventConnection cmb1Events_, cmb2Events_, cmb3Events_;
+    EventConnection cmdReportEvents_, cmdSettingsEvents_, cmdStatisticsEvents_;
+    std::vector<Variant> colCombos_;
+    Variant ouiCurrItem_;
+    Variant ouiItems_;
+    EventConnection ouiItemsEvents_;
+    Str strEntryID_;
+    bool blnInInspector_ = false;
+    std::shared_ptr<cMarking> marking_;
+    Variant objCTP_;
+    EventConnection objCTPEvents_;
+    bool blnLoadingCTP_ = false;
+};
+
+}  // namespace hb

@@ -1,0 +1,59 @@
+#pragma once
+// The task pane control's logic: one labelled combo box per metadata list,
+// the open appointment's values preselected, a new choice written straight
+// back into the appointment. Drawing is left to a PaneView, so the ActiveX
+// control only draws and the logic runs natively in tests.
+#include <memory>
+
+#include "common/Object.h"
+#include "common/Session.h"
+
+namespace hb {
+
+class cMarking;
+
+// The three labels lblMeta(0..2) and combo boxes cmbMeta(0..2).
+class PaneView {
+  public:
+    virtual ~PaneView() = default;
+    virtual void setLabel(int index, bool visible, const Str& caption) = 0;
+    virtual void setComboVisible(int index, bool visible) = 0;
+    virtual bool comboVisible(int index) const = 0;
+    virtual void comboAddItem(int index, const Str& item) = 0;
+    virtual int comboListCount(int index) const = 0;
+    virtual Str comboList(int index, int item) const = 0;     // item from 0
+    virtual void setComboListIndex(int index, int item) = 0;  // -1: no selection
+    virtual Str comboText(int index) const = 0;
+    virtual void layout() = 0;  // the resize routine
+    virtual void doEvents() {}  // let pending window messages run
+};
+
+class Pane {
+  public:
+    Pane(Session& s, PaneView& view);
+    ~Pane();  // UserControl_Terminate
+
+    void setObjAppointment(const Variant& appointment);
+    const Variant& objAppointment() const { return objAppointment_; }
+    void setSettings(const Str& settings);  // the write-only Settings property
+    void cmbMeta_Click(int index);
+    void UserControl_Resize();
+
+    // The control as an automation object, as its host sees it: the
+    // properties "objAppointment" (put/putref/get) and "Settings" (put).
+    ObjectPtr automationObject();
+
+  private:
+    Session& s_;
+    PaneView& view_;
+    Variant objAppointment_;
+    std::shared_ptr<cMarking> objMarking_;
+    bool blnLoading_ = false;
+    ObjectPtr object_;
+};
+
+// Is a text billing information (shared by the toolbar and the pane): the
+// comma-split pieces against the names of the metadata lists.
+bool fncIsHourbookData(Session& s, const Str& text);
+
+}  // namespace hb
