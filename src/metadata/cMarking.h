@@ -1,0 +1,43 @@
+#pragma once
+// Part 4.2: the chosen value of each metadata list for one appointment, and
+// the conversion to and from the billing information text (the names joined
+// by the list separator Session::strListSeparator, with a leading separator).
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "common/Session.h"
+#include "metadata/cMetaData.h"
+
+namespace hb {
+
+class cMarking {
+  public:
+    // One empty marking per metadata list of the session's personal
+    // settings. Without a personal settings object this raises 91, as the
+    // original's Class_Initialize would.
+    explicit cMarking(Session& s);
+
+    // One item per metadata list, in the order of MetaDataLists; only its
+    // MetaName is used (empty: no value chosen).
+    std::vector<std::shared_ptr<cMetaData>> colMarkings;
+
+    // Sets the markings from a billing information text. Errors are reported
+    // under "BillingToMarkings"; markings set before stay.
+    void BillingToMarkings(const Str& text) noexcept;
+    // The billing information text of the markings (errors reported under
+    // "BillingToMarkings"; the result is then empty).
+    Str MarkingCategories() noexcept;
+    // True when no marking is empty (also with no markings).
+    bool IsComplete() const;
+
+    // MetaName(n), n = 1..Count(): the value of list n; 9 out of range.
+    Str MetaName(std::int16_t n) const;
+    void setMetaName(std::int16_t n, const Str& value);
+    std::int32_t Count() const { return static_cast<std::int32_t>(colMarkings.size()); }
+
+  private:
+    Session& s_;
+};
+
+}  // namespace hb

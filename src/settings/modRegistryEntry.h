@@ -1,0 +1,37 @@
+#pragma once
+// Part 3.3: one REG_SZ value per settings key below
+// HKEY_CURRENT_USER\Software\Brindlewood\<application>\<section>, where the
+// application name is fixed to "Hourbook for Outlook". Errors are raised as
+// AutomationError with the numbers of the Part's table.
+#include <cstdint>
+
+#include "common/Session.h"
+
+namespace hb {
+
+namespace regerr {
+// The interface error base 0x80040000 as a signed 32-bit number.
+constexpr std::int32_t kBase = static_cast<std::int32_t>(0x80040000u);
+constexpr std::int32_t kAppNameEmpty = kBase + 1000;  // "AppName may not be empty"
+constexpr std::int32_t kSectionEmpty = kBase + 1001;  // "Section may not be empty"
+constexpr std::int32_t kKeyEmpty = kBase + 1002;      // "Key may not be empty"
+constexpr std::int32_t kRegistry = kBase + 2000;      // + the registry result code
+}  // namespace regerr
+
+// Writes one value (the key is created on the first write).
+void SaveSettingString(Platform& p, const Str& strSection, const Str& strKey,
+                       const Str& strValue);
+// Reads one value; a missing key or value gives the default.
+Str GetSettingString(Platform& p, const Str& strSection, const Str& strKey,
+                     const Str& strDefault);
+
+inline void SaveSettingString(Session& s, const Str& strSection, const Str& strKey,
+                              const Str& strValue) {
+    SaveSettingString(s.platform, strSection, strKey, strValue);
+}
+inline Str GetSettingString(Session& s, const Str& strSection, const Str& strKey,
+                            const Str& strDefault) {
+    return GetSettingString(s.platform, strSection, strKey, strDefault);
+}
+
+}  // namespace hb
