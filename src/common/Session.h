@@ -85,3 +85,4 @@ struct Session {
 };
 
 }  // namespace hb
+    bool blnShellRepairTried = false;  // the Windows Script Host repair ran once
