@@ -1,0 +1,243 @@
+#include "inspector/Pane.h"
+
+#include "common/Constants.h"
+#include "common/DispatchObject.h"
+#include "common/ErrorTrap.h"
+#include "common/Text.h"
+#include "metadata/cMarking.h"
+#include "metadata/cMetaDictionary.h"
+#include "settings/cPersonalSettings.h"
+
+namespace hb {
+
+namespace {
+
+constexpr int kComboCount = 3;
+// The run time's error for a control array element that does not exist.
+constexpr std::int32_t kNoSuchControl = 340;
+
+void checkIndex(int index) {
+    if (index < 0 || index >= kComboCount)
+        raise(kNoSuchControl, u"Control array element does not exist");
+}
+
+// An If condition with errors ignored: a failing condition goes on with the
+// statement after the If line, that is into the Then part.
+template <class F>
+bool conditionOrError(Session& s, F&& condition) {
+    return tryGet(s, std::forward<F>(condition)).value_or(true);
+}
+
+cPersonalSettings& settingsOf(Session& s) {
+    if (!s.oPersonalSettings) raise(err::ObjectVariableNotSet);
+    return *s.oPersonalSettings;
+}
+
+// The control as its host sees it through automation.
+class PaneObject : public DispatchObject {
+  public:
+    explicit PaneObject(Pane& pane) : DispatchObject(u"Pane", table()), pane_(pane) {}
+
+  private:
+    static std::shared_ptr<const MemberTable> table() {
+        static const auto t =
+            Members<PaneObject>()
+                .prop(
+                    u"objAppointment", [](PaneObject& o) { return o.pane_.objAppointment(); },
+                    [](PaneObject& o, const Variant& v) { o.pane_.setObjAppointment(v); })
+                .prop(
+                    u"Settings",
+                    [](PaneObject&) -> Variant {
+                        raise(451,
+                              u"Property let procedure not defined and property get procedure did "
+                              u"not return an object");
+                    },
+                    [](PaneObject& o, const Variant& v) { o.pane_.setSettings(v.toStr()); })
+                .build();
+        return t;
+    }
+
+    Pane& pane_;
+};
+
+}  // namespace
+
+Pane::Pane(Session& s, PaneView& view) : s_(s), view_(view) {}
+
+Pane::~Pane() {
+    // UserControl_Terminate: let go of the appointment and the markings.
+    try {
+        objAppointment_ = Variant();
+        objMarking_.reset();
+    } catch (...) {
+    }
+}
+
+void Pane::setObjAppointment(const Variant& appointment) {
+    objAppointment_ = appointment.deref();
+}
+
+void Pane::setSettings(const Str& settings) {
+    Session& s = s_;
+    blnLoading_ = true;
+
+    resumeNext(s, [&] { settingsOf(s).FromString(settings); });
+
+    std::vector<std::shared_ptr<cMetaDictionary>> lists;
+    resumeNext(s, [&] { lists = settingsOf(s).MetaDataLists; });
+    int i = 0;
+    for (const auto& list : lists) {
+        if (!list->Caption.empty()) {
+            resumeNext(s, [&] {
+                checkIndex(i);
+                view_.setLabel(i, true, list->Caption);
+            });
+            resumeNext(s, [&] {
+                checkIndex(i);
+                view_.setComboVisible(i, true);
+            });
+            std::vector<Str> names;
+            resumeNext(s, [&] {
+                if (!list->MetaDic) raise(err::ObjectVariableNotSet);
+                for (const auto& entry : *list->MetaDic)
+                    names.push_back(entry.second->MetaName);
+            });
+            for (const Str& name : names) {
+                resumeNext(s, [&] {
+                    checkIndex(i);
+                    view_.comboAddItem(i, name);
+                });
+            }
+        }
+        ++i;
+    }
+
+    // The values recorded in the appointment; an exception of a recurring
+    // series carries them in its series.
+    resumeNext(s, [&] { objMarking_ = std::make_shared<cMarking>(s); });
+    if (conditionOrError(s, [&] {
+            return objAppointment_.get(u"MessageClass").toStr() == kRecurrenceExceptionClass;
+        })) {
+        resumeNext(s, [&] {
+            const Str categories = objAppointment_.get(u"Parent").get(u"Categories").toStr();
+            if (!objMarking_) raise(err::ObjectVariableNotSet);
+            objMarking_->BillingToMarkings(categories);
+        });
+    } else {
+        resumeNext(s, [&] {
+            const Str categories = objAppointment_.get(u"Categories").toStr();
+            if (!objMarking_) raise(err::ObjectVariableNotSet);
+            objMarking_->BillingToMarkings(categories);
+        });
+    }
+
+    std::vector<std::shared_ptr<cMetaData>> markings;
+    resumeNext(s, [&] {
+        if (!objMarking_) raise(err::ObjectVariableNotSet);
+        markings = objMarking_->colMarkings;
+    });
+    i = 0;
+    for (const auto& marking : markings) {
+        resumeNext(s, [&] {
+            checkIndex(i);
+            const int count = view_.comboListCount(i);
+            for (int item = 0; item < count; ++item) {
+                if (view_.comboList(i, item) == marking->MetaName) {
+                    view_.setComboListIndex(i, item);
+                    break;
+                }
+            }
+        });
+        ++i;
+    }
+
+    UserControl_Resize();
+    blnLoading_ = false;
+}
+
+void Pane::cmbMeta_Click(int /*index*/) {
+    Session& s = s_;
+    if (blnLoading_) return;
+    view_.doEvents();
+
+    resumeNext(s, [&] { objMarking_ = std::make_shared<cMarking>(s); });
+    for (int i = 0; i < kComboCount; ++i) {
+        if (view_.comboVisible(i)) {
+            resumeNext(s, [&] {
+                if (!objMarking_) raise(err::ObjectVariableNotSet);
+                objMarking_->setMetaName(static_cast<std::int16_t>(i + 1), view_.comboText(i));
+            });
+        }
+    }
+
+    // Write into the appointment, or for an exception of a recurring series
+    // into its series.
+    Variant target;
+    if (conditionOrError(s, [&] {
+            return objAppointment_.get(u"MessageClass").toStr() != kRecurrenceExceptionClass;
+        })) {
+        target = objAppointment_;
+    } else {
+        resumeNext(s, [&] { target = objAppointment_.get(u"Parent"); });
+    }
+    resumeNext(s, [&] {
+        if (!objMarking_) raise(err::ObjectVariableNotSet);
+        target.put(u"Categories", objMarking_->MarkingCategories());
+    });
+    if (conditionOrError(s, [&] { return settingsOf(s).blnWriteSubject; })) {
+        // The subject follows the categories when it is empty or was
+        // written by the add-in before.
+        if (conditionOrError(s, [&] {
+                const Str subject = target.get(u"Subject").toStr();
+                return subject.empty() || fncIsHourbookData(s, subject);
+            })) {
+            resumeNext(s, [&] { target.put(u"Subject", target.get(u"Categories")); });
+        }
+    }
+}
+
+void Pane::UserControl_Resize() {
+    try {
+        view_.layout();
+    } catch (...) {
+    }
+}
+
+ObjectPtr Pane::automationObject() {
+    if (!object_) object_ = std::make_shared<PaneObject>(*this);
+    return object_;
+}
+
+bool fncIsHourbookData(Session& s, const Str& text) {
+    try {
+        std::vector<Str> pieces;
+        std::size_t n = 0;
+        if (text::find(text, u",") > 0) {
+            for (Str& piece : text::split(text, u",")) {
+                if (!piece.empty()) pieces.push_back(std::move(piece));
+            }
+            n = pieces.size();
+        } else {
+            pieces.push_back(text);
+        }
+        if (n >= 3) return false;
+
+        std::size_t k = 0;
+        for (const auto& list : settingsOf(s).MetaDataLists) {
+            if (k > n || list->Caption.empty()) break;
+            // Stepping past the last piece ends the test with no match.
+            if (k >= pieces.size()) raise(err::SubscriptOutOfRange);
+            const Str piece = text::lower(text::trim(pieces[k]));
+            if (!list->MetaDic) raise(err::ObjectVariableNotSet);
+            for (const auto& entry : *list->MetaDic) {
+                if (text::lower(text::trim(entry.second->MetaName)) == piece) return true;
+            }
+            ++k;
+        }
+        return false;
+    } catch (...) {
+        return false;
+    }
+}
+
+}  // namespace hb
