@@ -452,8 +452,9 @@ bool isNumeric(const Variant& in, const Locale& loc) {
         case Variant::Type::Boolean:
             return true;
         case Variant::Type::String: {
+            // As the run time: the text must convert to a Double.
             auto p = num::parse(as<Str>(v), loc);
-            return p.has_value();
+            return p.has_value() && num::toDouble(*p).has_value();
         }
         default:
             return false;

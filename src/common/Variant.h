@@ -123,9 +123,11 @@ class Variant {
     friend struct VariantAccess;
 };
 
-// IsNumeric: numbers, booleans, and texts that parse as a number in the
-// locale (blanks around, sign, decimal separator, thousands separators,
-// exponent, "&H"/"&O" prefixes). Empty text, Empty and Null are not numeric.
+// IsNumeric: numbers, booleans, Empty (as in the run time), and texts that
+// parse as a number in the locale (blanks around, sign, decimal separator,
+// thousands separators, exponent, "&H"/"&O" prefixes) and convert to a
+// Double (so "1E400" is not numeric). Empty text, Null,
+// dates and objects are not numeric.
 bool isNumeric(const Variant& v, const Locale& loc = Locale::current());
 // IsDate: a date value, or a text that parses as a date in the locale.
 bool isDate(const Variant& v, const Locale& loc = Locale::current());
