@@ -1,0 +1,575 @@
+// The session's one toolbar holder: builds or re-binds the add-in's command
+// bar, shows and writes the billing information of the current appointment,
+// runs the three buttons' commands and hosts the task pane of appointment
+// windows under Outlook 2007 and later.
+#include "explorer/cToolBarItem.h"
+
+#include "addin/cCalendarReactions.h"
+#include "common/Constants.h"
+#include "common/ErrorTrap.h"
+#include "common/Text.h"
+#include "diagnostics/modErroHandling.h"
+#include "explorer/cExplorerEvents.h"
+#include "inspector/Pane.h"
+#include "metadata/cMarking.h"
+#include "settings/cPersonalSettings.h"
+#include "settings/modFileHandling.h"
+#include "settings/modGetDefaultFolders.h"
+
+namespace hb {
+
+namespace {
+
+constexpr std::int32_t kControlButton = 1;     // msoControlButton
+constexpr std::int32_t kControlComboBox = 4;   // msoControlComboBox
+constexpr std::int32_t kStyleLabelOrIcon = 1;  // msoComboLabel / msoButtonIcon
+constexpr std::int32_t kComboWidths[3] = {300, 175, 175};
+constexpr std::int32_t kButtonWidth = 20;
+constexpr std::int32_t kFaceReport = 790;
+constexpr std::int32_t kFaceSettings = 1556;
+constexpr std::int32_t kFaceStatistics = 1957;
+
+constexpr std::int16_t kDockLeft = 0;
+constexpr std::int16_t kDockTop = 1;
+constexpr std::int16_t kDockRight = 2;
+constexpr std::int16_t kDockBottom = 3;
+constexpr std::int16_t kDockFloating = 4;
+
+bool isSet(const Variant& v) {
+    const Variant& d = v.deref();
+    return d.isObject() && !d.isNothing();
+}
+
+Variant sessionApplication(Session& s) {
+    if (s.oCalendarReactions && isSet(s.oCalendarReactions->ouaMyOutlook())) {
+        return s.oCalendarReactions->ouaMyOutlook();
+    }
+    return s.olApp;
+}
+
+cPersonalSettings& settingsOf(Session& s) {
+    if (!s.oPersonalSettings) raise(err::ObjectVariableNotSet);
+    return *s.oPersonalSettings;
+}
+
+std::size_t listCount(Session& s) {
+    return settingsOf(s).MetaDataLists.size();
+}
+
+bool statisticsShown(const cPersonalSettings& settings) {
+    return settings.lngReportChoice == 2 ||
+           (settings.lngReportChoice == 3 && settings.blnCreateLocalCube);
+}
+
+// Events of one control or pane, handed to the holder while it lives; the
+// holder stays alive for the whole handler.
+template <class H>
+std::shared_ptr<EventSink> sinkFor(const std::weak_ptr<cToolBarItem>& weak, Str eventName,
+                                   H handler) {
+    return std::make_shared<FunctionSink>(
+        [weak, eventName = std::move(eventName), handler](const Str& member, Args& args) {
+            if (member != eventName) return;
+            if (const std::shared_ptr<cToolBarItem> self = weak.lock()) {
+                try {
+                    handler(*self, args);
+                } catch (...) {
+                }
+            }
+        });
+}
+
+}  // namespace
+
+cToolBarItem::cToolBarItem(Session& s) : s_(s) {}
+
+cToolBarItem::~cToolBarItem() {
+    try {
+        objCTPEvents_.disconnect();
+        ouiItemsEvents_.disconnect();
+        cmb1Events_.disconnect();
+        cmb2Events_.disconnect();
+        cmb3Events_.disconnect();
+        cmdReportEvents_.disconnect();
+        cmdSettingsEvents_.disconnect();
+        cmdStatisticsEvents_.disconnect();
+    } catch (...) {
+    }
+}
+
+const Variant& cToolBarItem::cmbMeta(int n) const {
+    static const Variant none;
+    switch (n) {
+        case 1:
+            return cmb1Meta_;
+        case 2:
+            return cmb2Meta_;
+        case 3:
+            return cmb3Meta_;
+        default:
+            return none;
+    }
+}
+
+// ---------------------------------------------------------------------------
+// Toolbar
+
+void cToolBarItem::setOfbCurrCommandBar(const Variant& bar) {
+    ofbCurrCommandBar_ = bar;
+}
+
+void cToolBarItem::subAddButtons() {
+    Session& s = s_;
+    trap(s, u"cToolBarItem.subAddButtons", [&] {
+        cPersonalSettings& settings = settingsOf(s);
+
+        // 1. After the settings program ran: one full rebuild.
+        if (s.blnSettingsChanged) {
+            subTrace(s, u"Rebuilding toolbar after changing settings");
+            settings.GetValuesFromSettings();
+            RemoveToolbar();
+            const Variant explorer = sessionApplication(s).call(u"ActiveExplorer");
+            setOfbCurrCommandBar(fncGetToolbar(s, explorer));
+            s.blnSettingsChanged = false;
+        }
+
+        const std::size_t lists = settings.MetaDataLists.size();
+        const auto bindCombo = [&](Variant& member, EventConnection& events, const Variant& control,
+                                   void (cToolBarItem::*handler)()) {
+            events.disconnect();
+            member = control;
+            events = control.obj().subscribe(
+                u"_CommandBarComboBoxEvents",
+                sinkFor(weak_from_this(), u"Change",
+                        [handler](cToolBarItem& self, Args&) { (self.*handler)(); }));
+            colCombos_.push_back(control);
+        };
+        const auto bindButton = [&](Variant& member, EventConnection& events,
+                                    const Variant& control, void (cToolBarItem::*handler)()) {
+            events.disconnect();
+            member = control;
+            events = control.obj().subscribe(
+                u"_CommandBarButtonEvents",
+                sinkFor(weak_from_this(), u"Click",
+                        [handler](cToolBarItem& self, Args&) { (self.*handler)(); }));
+        };
+        Variant* const combos[3] = {&cmb1Meta_, &cmb2Meta_, &cmb3Meta_};
+        EventConnection* const comboEvents[3] = {&cmb1Events_, &cmb2Events_, &cmb3Events_};
+        void (cToolBarItem::*const comboHandlers[3])() = {&cToolBarItem::cmb1Meta_Change,
+                                                          &cToolBarItem::cmb2Meta_Change,
+                                                          &cToolBarItem::cmb3Meta_Change};
+
+        // 2. A bar built before (two controls or more) is re-bound, never
+        // duplicated. A bar with a single control counts as empty.
+        if (isSet(ofbCurrCommandBar_)) {
+            const Variant controls = ofbCurrCommandBar_.get(u"Controls");
+            if (controls.get(u"Count").toLong() >= 2) {
+                colCombos_.clear();
+                std::int32_t index = 1;
+                for (std::size_t n = 0; n < 3 && n < lists; ++n, ++index) {
+                    bindCombo(*combos[n], *comboEvents[n], controls.call(u"Item", {Variant(index)}),
+                              comboHandlers[n]);
+                }
+                bindButton(cmdReport_, cmdReportEvents_, controls.call(u"Item", {Variant(index)}),
+                           &cToolBarItem::cmdReport_Click);
+                ++index;
+                bindButton(cmdSettings_, cmdSettingsEvents_,
+                           controls.call(u"Item", {Variant(index)}),
+                           &cToolBarItem::cmdSettings_Click);
+                ++index;
+                if (statisticsShown(settings)) {
+                    bindButton(cmdStatistics_, cmdStatisticsEvents_,
+                               controls.call(u"Item", {Variant(index)}),
+                               &cToolBarItem::cmdStatistics_Click);
+                }
+                return;
+            }
+        }
+
+        // 3. to 6. A new build.
+        subTrace(s, u"Adding buttons to Hourbook for Outlook toolbar");
+        colCombos_.clear();
+        const Variant controls = ofbCurrCommandBar_.get(u"Controls");
+        const auto addControl = [&](std::int32_t type) {
+            return controls.call(u"Add", {Variant(type), Variant(std::int32_t{1}),
+                                          Variant::missing(), Variant::missing(), Variant(true)});
+        };
+        for (std::size_t n = 0; n < 3 && n < lists; ++n) {
+            const Variant combo = addControl(kControlComboBox);
+            combo.put(u"Width", Variant(kComboWidths[n]));
+            combo.put(u"Style", Variant(kStyleLabelOrIcon));
+            combo.put(u"Caption", Variant(settings.MetaDataLists[n]->Caption));
+            bindCombo(*combos[n], *comboEvents[n], combo, comboHandlers[n]);
+        }
+        const auto addButton = [&](Variant& member, EventConnection& events, const Str& caption,
+                                   const Str& tooltip, std::int32_t faceId, bool beginGroup,
+                                   void (cToolBarItem::*handler)()) {
+            const Variant button = addControl(kControlButton);
+            button.put(u"Width", Variant(kButtonWidth));
+            button.put(u"Style", Variant(kStyleLabelOrIcon));
+            button.put(u"Caption", Variant(caption));
+            button.put(u"TooltipText", Variant(tooltip));
+            button.put(u"FaceId", Variant(faceId));
+            if (beginGroup) button.put(u"BeginGroup", Variant(true));
+            bindButton(member, events, button, handler);
+        };
+        addButton(cmdReport_, cmdReportEvents_, s.phrases.LNGREPORT, s.phrases.LNGREPORTTT,
+                  kFaceReport, true, &cToolBarItem::cmdReport_Click);
+        addButton(cmdSettings_, cmdSettingsEvents_, s.phrases.LNGSETTINGS, s.phrases.LNGSETTINGSTT,
+                  kFaceSettings, false, &cToolBarItem::cmdSettings_Click);
+        if (statisticsShown(settings)) {
+            addButton(cmdStatistics_, cmdStatisticsEvents_, s.phrases.LNGSTATISTICS,
+                      s.phrases.LNGSTATSTT, kFaceStatistics, false,
+                      &cToolBarItem::cmdStatistics_Click);
+        }
+        // The boxes are filled by FillDropDowns when an appointment is shown.
+    });
+}
+
+void cToolBarItem::RemoveToolbar() {
+    Session& s = s_;
+    trap(s, u"cToolBarItem.RemoveToolbar", [&] {
+        if (blnInInspector_ || !isSet(ofbCurrCommandBar_)) return;
+        ofbCurrCommandBar_.call(u"Delete");
+        // The controls went with their bar: let go of them and their events.
+        cmb1Events_.disconnect();
+        cmb2Events_.disconnect();
+        cmb3Events_.disconnect();
+        cmdReportEvents_.disconnect();
+        cmdSettingsEvents_.disconnect();
+        cmdStatisticsEvents_.disconnect();
+        cmb1Meta_ = cmb2Meta_ = cmb3Meta_ = Variant();
+        cmdReport_ = cmdSettings_ = cmdStatistics_ = Variant();
+        colCombos_.clear();
+    });
+}
+
+void cToolBarItem::setBlnButtonsEnabled(bool value) {
+    Session& s = s_;
+    trap(s, u"cToolBarItem.blnButtonsEnabled", [&] {
+        if (!isSet(cmb1Meta_)) return;
+        subTrace(s, u"Disabling buttons " + cmb1Meta_.obj().typeName());
+        // A disabled box shows no list and no text. The buttons stay enabled.
+        if (!value) {
+            for (const Variant& combo : colCombos_)
+                combo.call(u"Clear");
+        }
+        for (const Variant& combo : colCombos_)
+            combo.put(u"Enabled", Variant(value));
+    });
+}
+
+void cToolBarItem::setOuiCurrItem(const Variant& item) {
+    Session& s = s_;
+    trap(s, u"cToolBarItem.ouiCurrItem", [&] {
+        ouiCurrItem_ = item;
+        if (!isSet(item)) {
+            for (const Variant* combo : {&cmb1Meta_, &cmb2Meta_, &cmb3Meta_}) {
+                if (isSet(*combo)) combo->put(u"Text", Variant(Str()));
+            }
+            return;
+        }
+        // Watch the folder that holds the item (a recurrence exception's
+        // series lives one level further up).
+        const Variant items = item.get(u"MessageClass").toStr() == kRecurrenceExceptionClass
+                                  ? item.get(u"Parent").get(u"Parent").get(u"Items")
+                                  : item.get(u"Parent").get(u"Items");
+        ouiItemsEvents_.disconnect();
+        ouiItems_ = items;
+        ouiItemsEvents_ = items.obj().subscribe(
+            u"ItemsEvents",
+            sinkFor(weak_from_this(), u"ItemAdd", [](cToolBarItem& self, Args& args) {
+                self.ouiItems_ItemAdd(args.empty() ? Variant() : args[0].deref());
+            }));
+    });
+    s.err.clear();
+}
+
+void cToolBarItem::FillDropDowns() {
+    Session& s = s_;
+    trap(s, u"cToolBarItem.FillDropDowns", [&] {
+        subTrace(s, u"Clearing the values from the comboboxes");
+        for (const Variant* combo : {&cmb1Meta_, &cmb2Meta_, &cmb3Meta_}) {
+            if (isSet(*combo)) combo->call(u"Clear");
+        }
+        const cPersonalSettings& settings = settingsOf(s);
+        const Variant* const combos[3] = {&cmb1Meta_, &cmb2Meta_, &cmb3Meta_};
+        for (std::size_t n = 0; n < 3 && n < settings.MetaDataLists.size(); ++n) {
+            const cMetaDictionary& list = *settings.MetaDataLists[n];
+            // Lists 1 and 2 need a name to be shown.
+            if (n < 2 && list.Caption.empty()) continue;
+            subTrace(s, u"Adding meta list " + toStr(static_cast<long long>(n + 1)) +
+                            u" from collection into combobox");
+            if (!isSet(*combos[n])) continue;
+            if (!list.MetaDic) raise(err::ObjectVariableNotSet);
+            for (const auto& entry : *list.MetaDic) {
+                combos[n]->call(u"AddItem", {Variant(entry.second->MetaName)});
+            }
+        }
+    });
+}
+
+// ---------------------------------------------------------------------------
+// Billing entry
+
+void cToolBarItem::cmb1Meta_Change() {
+    Session& s = s_;
+    trap(s, u"cToolBarItem.cmb1Meta_Change", [&] {
+        subTrace(s, u"Working with Company Change-event");
+        if (cmb1Meta_.get(u"ListIndex").toLong() > 0 && !cmb1Meta_.get(u"Text").toStr().empty()) {
+            SaveValues();
+            GetCurrentValues();
+        }
+    });
+}
+
+void cToolBarItem::cmb2Meta_Change() {
+    Session& s = s_;
+    // This handler has always reported under the explorer's name.
+    trap(s, u"cExplorerEvents.cmb2Meta_Change", [&] {
+        subTrace(s, u"Working with Person Change-event");
+        if (cmb2Meta_.get(u"ListIndex").toLong() > 0 && !cmb2Meta_.get(u"Text").toStr().empty()) {
+            SaveValues();
+            GetCurrentValues();
+        }
+    });
+}
+
+void cToolBarItem::cmb3Meta_Change() {
+    Session& s = s_;
+    trap(s, u"cToolBarItem.cmb3Meta_Change", [&] {
+        subTrace(s, u"Working with Extra Field Change-event");
+        if (cmb3Meta_.get(u"ListIndex").toLong() > 0 && !cmb3Meta_.get(u"Text").toStr().empty()) {
+            SaveValues();
+            GetCurrentValues();
+        }
+    });
+}
+
+void cToolBarItem::SaveValues() {
+    Session& s = s_;
+    trap(s, u"SaveValues", [&] {
+        subTrace(s, u"Saving all the comboboxes into BillingInformation");
+        const std::size_t lists = listCount(s);
+        const auto marking = std::make_shared<cMarking>(s);
+        marking->setMetaName(1, cmb1Meta_.get(u"Text").toStr());
+        if (lists >= 2) marking->setMetaName(2, cmb2Meta_.get(u"Text").toStr());
+        if (lists >= 3) marking->setMetaName(3, cmb3Meta_.get(u"Text").toStr());
+        marking_ = marking;
+
+        bool anyValue = false;
+        for (const auto& m : marking->colMarkings) {
+            if (m && !m->MetaName.empty()) anyValue = true;
+        }
+        if (!anyValue || !isSet(ouiCurrItem_)) return;
+
+        const Variant item = ouiCurrItem_;
+        strEntryID_ = item.get(u"Subject").toStr() + item.get(u"Start").toStr();
+
+        // From here on the item decides: what it refuses stays as it was.
+        resumeNext(s, [&] {
+            // The item's previous values; the writing does not depend on them.
+            cMarking previous(s);
+            previous.BillingToMarkings(item.get(u"Categories").toStr());
+        });
+        const std::optional<Str> messageClass =
+            tryGet(s, [&] { return item.get(u"MessageClass").toStr(); });
+        if (messageClass && *messageClass != kRecurrenceExceptionClass) {
+            resumeNext(s, [&] { item.put(u"Categories", Variant(marking->MarkingCategories())); });
+            if (settingsOf(s).blnWriteSubject) resumeNext(s, [&] { subWriteSubject(item); });
+        }
+        // In an appointment window the user saves the item.
+        if (!blnInInspector_) resumeNext(s, [&] { item.call(u"Save"); });
+        s.err.clear();
+    });
+}
+
+void cToolBarItem::GetCurrentValues() {
+    Session& s = s_;
+    trap(s, u"cToolBarItem.GetCurrentValues", [&] {
+        if (s.blnSettingsChanged) {
+            subTrace(s, u"Getting the new values because the user has changed settings");
+            settingsOf(s).GetValuesFromSettings();
+            s.blnSettingsChanged = false;
+        }
+        subTrace(s, u"Checking Billing Information -property");
+        const auto marking = std::make_shared<cMarking>(s);
+        marking_ = marking;
+        // A recurrence exception shows its series' values.
+        const Str categories =
+            ouiCurrItem_.get(u"MessageClass").toStr() != kRecurrenceExceptionClass
+                ? ouiCurrItem_.get(u"Categories").toStr()
+                : ouiCurrItem_.get(u"Parent").get(u"Categories").toStr();
+        marking->BillingToMarkings(categories);
+
+        FillDropDowns();
+
+        const std::size_t lists = listCount(s);
+        const Variant* const combos[3] = {&cmb1Meta_, &cmb2Meta_, &cmb3Meta_};
+        for (std::int16_t n = 1; n <= 3; ++n) {
+            const Variant& combo = *combos[n - 1];
+            if (!isSet(combo) || lists < static_cast<std::size_t>(n) || marking->Count() < n) {
+                continue;
+            }
+            combo.put(u"Text", Variant(marking->MetaName(n)));
+            combo.put(u"Visible", Variant(true));
+        }
+    });
+}
+
+void cToolBarItem::subWriteSubject(const Variant& item) {
+    Session& s = s_;
+    trap(s, u"cToolBarItem.subWriteSubject", [&] {
+        const Str subject = item.get(u"Subject").toStr();
+        // A subject of the user's own is never overwritten.
+        if (!subject.empty() && !fncIsHourbookData(subject)) return;
+        item.put(u"Subject", item.get(u"Categories"));
+    });
+}
+
+bool cToolBarItem::fncIsHourbookData(const Str& text) {
+    return hb::fncIsHourbookData(s_, text);
+}
+
+void cToolBarItem::ouiItems_ItemAdd(const Variant& item) {
+    Session& s = s_;
+    trap(s, u"cToolBarItem.ouiItems_ItemAdd", [&] {
+        if (strEntryID_.empty()) {
+            strEntryID_ = item.get(u"Subject").toStr() + item.get(u"Start").toStr();
+        }
+    });
+}
+
+// ---------------------------------------------------------------------------
+// Commands
+
+void cToolBarItem::cmdReport_Click() {
+    Session& s = s_;
+    trap(s, u"cToolBarItem.cmdReport_Click", [&] {
+        const cPersonalSettings& settings = settingsOf(s);
+        switch (settings.lngReportChoice) {
+            case 1:
+            case 3:
+            case 4:
+                subExecute(s, u"HBReporting", Str(), Str());
+                break;
+            case 2:
+                subExecute(s, u"HBReporting", Str(), settings.strReportValue);
+                break;
+            default:
+                break;
+        }
+    });
+}
+
+void cToolBarItem::cmdSettings_Click() {
+    trap(s_, u"cToolBarItem.cmdSettings_Click", [&] { subLaunchSettings(false); });
+}
+
+void cToolBarItem::subLaunchSettings(bool flag) {
+    Session& s = s_;
+    trap(s, u"cToolBarItem.subLaunchSettings", [&] {
+        // (The add-in has no hidden form whose timer would need pausing.)
+        subSetupFS(s);
+        s.blnSettingsChanged = true;
+        const Str folder = fncNoTrailingSlash(s.platform.moduleFolder()) + u"\\";
+        Str program;
+        for (const char16_t* candidate :
+             {u"HBPersonalSettingsSingle", u"HBPersonalSettings", u"OHBTRSettings"}) {
+            if (fsFileExists(s, folder + candidate + u".exe")) {
+                program = candidate;
+                break;
+            }
+        }
+        if (!program.empty()) {
+            subExecute(s, program, flag ? Str(u"True") : Str(u"False"), folder);
+        }
+    });
+}
+
+void cToolBarItem::cmdStatistics_Click() {
+    Session& s = s_;
+    trap(s, u"cToolBarItem.cmdStatistics_Click", [&] {
+        const cPersonalSettings& settings = settingsOf(s);
+        if (settings.lngReportChoice == 2) {
+            subExecute(s, u"Cubelens", settings.strReportValue, Str());
+        } else if (settings.lngReportChoice == 4 ||
+                   (settings.lngReportChoice == 3 && settings.blnCreateLocalCube)) {
+            subExecute(s, u"Cubelens", fncGetLocalCubePath(s, true), Str());
+        }
+    });
+}
+
+// ---------------------------------------------------------------------------
+// Task pane
+
+void cToolBarItem::subAddCTP(const Variant& inspector) {
+    Session& s = s_;
+    trap(s, u"cToolBarItem.subAddCTP", [&] {
+        subTrace(s, u"Loading custom task pane in new inspector window");
+        blnLoadingCTP_ = true;
+        const Str version = fncGetAddinVersion(s);
+        const Variant pane = s.oCTPFactory.call(
+            u"CreateCTP",
+            {Variant(kPaneProgId), Variant(u"Hourbook for Outlook (" + version + u")"), inspector});
+        objCTPEvents_.disconnect();
+        objCTP_ = pane;
+        objCTPEvents_ =
+            pane.obj().subscribe(u"_CustomTaskPaneEvents",
+                                 sinkFor(weak_from_this(), u"DockPositionStateChange",
+                                         [](cToolBarItem& self, Args& args) {
+                                             self.objCTP_DockPositionStateChange(
+                                                 args.empty() ? self.objCTP_ : args[0].deref());
+                                         }));
+
+        cPersonalSettings& settings = settingsOf(s);
+        pane.put(u"DockPosition", Variant(settings.intPaneDockPos));
+        // A docked pane gets only the size across its dock side, a floating
+        // one both.
+        std::int32_t dock = pane.get(u"DockPosition").toLong();
+        if (dock == kDockFloating || dock == kDockRight || dock == kDockLeft) {
+            pane.put(u"Width", Variant(static_cast<std::int32_t>(settings.intPaneWidth)));
+        }
+        dock = pane.get(u"DockPosition").toLong();
+        if (dock == kDockFloating || dock == kDockBottom || dock == kDockTop) {
+            pane.put(u"Height", Variant(static_cast<std::int32_t>(settings.intPaneHeight)));
+        }
+        pane.put(u"Visible", Variant(true));
+
+        const Variant control = pane.get(u"ContentControl");
+        control.obj().putRef(u"objAppointment", ouiCurrItem_);
+        control.put(u"Settings", Variant(settings.fncBuildBody()));
+        blnLoadingCTP_ = false;
+    });
+}
+
+void cToolBarItem::objCTP_DockPositionStateChange(const Variant& pane) {
+    Session& s = s_;
+    // The pane's own changes while it is being set up are not saved.
+    if (!blnLoadingCTP_) {
+        const auto dock = tryGet(s, [&] { return pane.get(u"DockPosition").toInteger(); });
+        const auto height = tryGet(s, [&] { return pane.get(u"Height").toInteger(); });
+        const auto width = tryGet(s, [&] { return pane.get(u"Width").toInteger(); });
+        resumeNext(s, [&] {
+            if (!dock || !height || !width) return;
+            cPersonalSettings& settings = settingsOf(s);
+            if (settings.intPaneDockPos == *dock && settings.intPaneHeight == *height &&
+                settings.intPaneWidth == *width) {
+                return;
+            }
+            // Closing or collapsing: nothing worth keeping.
+            if (*height == 0 || *width == 0) return;
+            settings.intPaneDockPos = *dock;
+            settings.intPaneHeight = *height;
+            settings.intPaneWidth = *width;
+            settings.SaveSettings();
+        });
+    }
+    s.err.clear();
+}
+
+void cToolBarItem::releaseCTP() {
+    objCTPEvents_.disconnect();
+    objCTP_ = Variant();
+}
+
+}  // namespace hb
