@@ -1,0 +1,173 @@
+#pragma once
+// The scenario driver: acts as the user and as Outlook around one simulated
+// Outlook. It loads the add-in (Office's connection calls), raises
+// Outlook's events as the user's actions cause them, one at a time and
+// synchronously, and after every action delivers the events that the
+// add-in's own calls caused (Outlook::pump).
+//
+//   sim::Scenario sc;
+//   auto cal = sc.outlook().calendar();
+//   auto appt = cal->addAppointment(u"Review", sim::makeDate(2024, 5, 6, 9),
+//                                   sim::makeDate(2024, 5, 6, 10));
+//   sc.startOutlook(myAddin, sim::ol::FolderCalendar);
+//   sc.select(sc.explorer(), {appt});
+//   sc.quit();
+//   EXPECT_TRUE(sc.instruments().census().empty());
+#include <functional>
+#include <memory>
+#include <stdexcept>
+
+#include "sim/Office.h"
+#include "sim/Outlook.h"
+
+namespace sim {
+
+// ext_ConnectMode and ext_DisconnectMode.
+namespace ext {
+constexpr std::int32_t ConnectAfterStartup = 0;
+constexpr std::int32_t ConnectStartup = 1;
+constexpr std::int32_t DisconnectHostShutdown = 0;
+constexpr std::int32_t DisconnectUserClosed = 1;
+}  // namespace ext
+
+// What Office calls on a COM add-in (_IDTExtensibility2 and, from Office
+// 12 on, ICustomTaskPaneConsumer), in Office's order: OnConnection,
+// CTPFactoryAvailable, OnStartupComplete; at the end OnBeginShutdown and
+// OnDisconnection. The add-in's designer object plugs in through this.
+class Addin {
+  public:
+    virtual ~Addin() = default;
+    virtual void onConnection(const Variant& application, std::int32_t connectMode,
+                              const Variant& addInInst, Args& custom) = 0;
+    virtual void ctpFactoryAvailable(const Variant& factory) { (void)factory; }
+    virtual void onStartupComplete(Args& custom) { (void)custom; }
+    virtual void onBeginShutdown(Args& custom) { (void)custom; }
+    virtual void onDisconnection(std::int32_t removeMode, Args& custom) = 0;
+};
+
+// An Addin made of functions; any may be left empty.
+class CallbackAddin : public Addin {
+  public:
+    std::function<void(const Variant& application, std::int32_t connectMode,
+                       const Variant& addInInst)>
+        connection;
+    std::function<void(const Variant& factory)> factoryAvailable;
+    std::function<void()> startupComplete;
+    std::function<void()> beginShutdown;
+    std::function<void(std::int32_t removeMode)> disconnection;
+
+    void onConnection(const Variant& application, std::int32_t connectMode,
+                      const Variant& addInInst, Args&) override {
+        if (connection) connection(application, connectMode, addInInst);
+    }
+    void ctpFactoryAvailable(const Variant& factory) override {
+        if (factoryAvailable) factoryAvailable(factory);
+    }
+    void onStartupComplete(Args&) override {
+        if (startupComplete) startupComplete();
+    }
+    void onBeginShutdown(Args&) override {
+        if (beginShutdown) beginShutdown();
+    }
+    void onDisconnection(std::int32_t removeMode, Args&) override {
+        if (disconnection) disconnection(removeMode);
+    }
+};
+
+// A driver action that the user could not take (a disabled control, a
+// closed window) or a scenario that does not make sense.
+class ScenarioError : public std::logic_error {
+  public:
+    using std::logic_error::logic_error;
+};
+
+class Scenario {
+  public:
+    Scenario();
+    ~Scenario();
+    Scenario(const Scenario&) = delete;
+    Scenario& operator=(const Scenario&) = delete;
+
+    Outlook& outlook() { return *outlook_; }
+    Instruments& instruments() { return outlook_->instruments(); }
+
+    // ---- Outlook's life ----
+    // Starts Outlook with its first explorer on a default folder (Outlook
+    // opens on the Inbox unless told otherwise) and loads the add-in:
+    // OnConnection(Application, ext_cm_Startup, the COMAddIn), from version
+    // 12 on CTPFactoryAvailable(the task pane factory), OnStartupComplete,
+    // then Application's Startup event; then the explorer is shown
+    // (Activate). A connection call that raises is recorded in
+    // addinErrors and the add-in is not loaded (as Office does).
+    void startOutlook(std::shared_ptr<Addin> addin = nullptr,
+                      std::int32_t startFolder = ol::FolderInbox);
+    // The user exits Outlook (also what happens when the last window
+    // closes): every inspector, then every explorer closes (Close), then
+    // Application's Quit event, OnBeginShutdown, OnDisconnection(
+    // ext_dm_HostShutdown); Office releases the add-in; temporary command
+    // bars and controls vanish, task panes and their controls go.
+    void quit();
+    // The user unloads the add-in in the COM add-ins dialog:
+    // OnDisconnection(ext_dm_UserClosed); Office releases it; Outlook runs on.
+    void disconnectAddin();
+    bool addinLoaded() const { return static_cast<bool>(addin_); }
+    std::vector<Str> addinErrors;
+
+    // ---- windows ----
+    // The first open explorer (the main window).
+    std::shared_ptr<Explorer> explorer() const;
+    // Opens a folder in a new window: NewExplorer, then Activate.
+    std::shared_ptr<Explorer> openExplorer(std::shared_ptr<Folder> folder);
+    // Opens an item: NewInspector, then Activate.
+    std::shared_ptr<Inspector> openInspector(std::shared_ptr<Item> item);
+    void activate(const std::shared_ptr<Window>& window);
+    void close(const std::shared_ptr<Window>& window);
+    // BeforeFolderSwitch then (unless the add-in cancels) FolderSwitch and
+    // SelectionChange. Returns false when cancelled.
+    bool switchFolder(const std::shared_ptr<Explorer>& explorer, std::shared_ptr<Folder> folder);
+    void select(const std::shared_ptr<Explorer>& explorer,
+                std::vector<std::shared_ptr<Item>> items);
+
+    // ---- command bars ----
+    // The first bar of that name in a window, or null.
+    static std::shared_ptr<CommandBar> bar(const Window& window, StrView name);
+    // Types a text into a combo box as the user does: Text (ListIndex
+    // follows: 0 unless the text is an entry), then Change.
+    void typeInCombo(const std::shared_ptr<CommandBarControl>& combo, const Str& text);
+    // Picks entry i (from 1) of a combo box: ListIndex and Text, then Change.
+    void pickInCombo(const std::shared_ptr<CommandBarControl>& combo, std::int32_t index);
+    void pickInCombo(const std::shared_ptr<CommandBarControl>& combo, const Str& entry);
+    // Clicks a button: Click(Ctrl, CancelDefault). Returns CancelDefault.
+    bool click(const std::shared_ptr<CommandBarControl>& button);
+
+    // ---- task panes ----
+    // The user docks a pane elsewhere (DockPositionStateChange).
+    void dockPane(const std::shared_ptr<CustomTaskPane>& pane, std::int32_t position);
+    // The user drags a pane's edge: a pane docked left or right takes the
+    // width, one docked top or bottom the height, a floating one both; one
+    // DockPositionStateChange when anything changed.
+    void resizePane(const std::shared_ptr<CustomTaskPane>& pane, std::int32_t width,
+                    std::int32_t height);
+    // The user closes a pane with its close button (VisibleStateChange).
+    void closePane(const std::shared_ptr<CustomTaskPane>& pane);
+
+    // ---- items ----
+    // Copies an item into a folder (the calendar when none is given), as
+    // the user does by copy and paste: the copy enters the folder and
+    // ItemAdd is raised. Returns the copy.
+    std::shared_ptr<Item> copyItem(const std::shared_ptr<Item>& item,
+                                   std::shared_ptr<Folder> folder = nullptr);
+
+    // Delivers the events the add-in's calls caused.
+    void pump() { outlook_->pump(); }
+
+  private:
+    void requireUsable(const CommandBarControl& control) const;
+    void guarded(const char* what, const std::function<void()>& call);
+
+    std::unique_ptr<Outlook> outlook_;
+    std::shared_ptr<Addin> addin_;
+    std::shared_ptr<ComAddIn> comAddIn_;
+};
+
+}  // namespace sim
