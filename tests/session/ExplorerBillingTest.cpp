@@ -1,0 +1,278 @@
+// The calendar explorer with a workgroup's three lists: showing the selected
+// appointment's billing information and writing a picked value back.
+#include <gtest/gtest.h>
+
+#include "diagnostics/modErroHandling.h"
+#include "explorer/cToolBarItem.h"
+#include "session/ExplorerSupport.h"
+
+namespace hbtest {
+namespace {
+
+using sim::CommandBarControl;
+
+class ExplorerBilling : public ::testing::Test {
+  protected:
+    void startWith(const Str& separator = u",") {
+        h.setListSeparator(separator);
+        h.setLists(workgroupLists());
+        if (writeSubject) h.setSetting(u"WriteSubject", u"True");
+        h.start();
+        ASSERT_TRUE(h.loaded());
+        ex = h.sc().explorer();
+        h.instruments().resetCounts();
+    }
+    std::shared_ptr<CommandBarControl> combo(int n) { return h.combo(*ex, n); }
+    void pickAll() {
+        h.sc().pickInCombo(combo(1), u"Acme");
+        h.sc().pickInCombo(combo(2), u"Smith");
+        h.sc().pickInCombo(combo(3), u"Travel");
+    }
+
+    SessionHarness h;
+    bool writeSubject = false;
+    std::shared_ptr<sim::Explorer> ex;
+};
+
+TEST_F(ExplorerBilling, SelectingAnAppointmentShowsItsValuesInFilledBoxes) {
+    auto appt = h.addAppointment(u"Review", u"Globex, Jones, Office");
+    startWith();
+    h.sc().select(ex, {appt});
+
+    EXPECT_EQ(combo(1)->text, u"Globex");
+    EXPECT_EQ(combo(2)->text, u"Jones");
+    EXPECT_EQ(combo(3)->text, u"Office");
+    EXPECT_EQ(combo(1)->entries, (std::vector<Str>{u"Acme", u"Globex", u"Initech"}));
+    EXPECT_EQ(combo(2)->entries, (std::vector<Str>{u"Smith", u"Jones"}));
+    EXPECT_EQ(combo(3)->entries, (std::vector<Str>{u"Travel", u"Office"}));
+    for (int n = 1; n <= 3; ++n)
+        EXPECT_TRUE(combo(n)->enabled) << n;
+    // Showing writes nothing.
+    EXPECT_TRUE(putsOf(h.instruments(), u"Categories").empty());
+    EXPECT_EQ(appt->saveCount, 0);
+    EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
+}
+
+TEST_F(ExplorerBilling, PickingValuesWritesTheBillingTextWithItsLeadingSeparator) {
+    auto appt = h.addAppointment(u"Review");
+    startWith();
+    h.sc().select(ex, {appt});
+    pickAll();
+
+    const auto puts = putsOf(h.instruments(), u"Categories");
+    ASSERT_EQ(puts.size(), 3u);
+    EXPECT_EQ(puts[0], "String \",Acme\"");
+    EXPECT_EQ(puts[1], "String \",Acme,Smith\"");
+    EXPECT_EQ(puts[2], "String \",Acme,Smith,Travel\"");
+    EXPECT_EQ(appt->saveCount, 3);
+    // The boxes show what was written, read back through Outlook.
+    EXPECT_EQ(combo(1)->text, u"Acme");
+    EXPECT_EQ(combo(3)->text, u"Travel");
+    // The subject is left alone while the write-subject setting is off.
+    EXPECT_TRUE(putsOf(h.instruments(), u"Subject").empty());
+    EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
+}
+
+TEST_F(ExplorerBilling, TheUsersListSeparatorJoinsTheValues) {
+    auto appt = h.addAppointment(u"Review");
+    startWith(u";");
+    h.sc().select(ex, {appt});
+    pickAll();
+
+    const auto puts = putsOf(h.instruments(), u"Categories");
+    ASSERT_FALSE(puts.empty());
+    EXPECT_EQ(puts.back(), "String \";Acme;Smith;Travel\"");
+}
+
+TEST_F(ExplorerBilling, APickWithTheOtherBoxesEmptyWritesThatValueAlone) {
+    auto appt = h.addAppointment(u"Review");
+    startWith();
+    h.sc().select(ex, {appt});
+    h.sc().pickInCombo(combo(2), u"Jones");
+
+    EXPECT_EQ(putsOf(h.instruments(), u"Categories"),
+              (std::vector<std::string>{"String \",Jones\""}));
+    // The whole field is replaced, the user's own categories included.
+    auto other = h.addAppointment(u"Other", u"Personal, Acme", 2);
+    h.sc().select(ex, {other});
+    h.sc().pickInCombo(combo(3), u"Office");
+    EXPECT_EQ(putsOf(h.instruments(), u"Categories").back(), "String \",Acme,Office\"");
+}
+
+TEST_F(ExplorerBilling, TypedTextThatIsNoListEntrySavesNothing) {
+    auto appt = h.addAppointment(u"Review");
+    startWith();
+    h.sc().select(ex, {appt});
+    h.sc().typeInCombo(combo(1), u"Nobody");
+
+    EXPECT_TRUE(putsOf(h.instruments(), u"Categories").empty());
+    EXPECT_EQ(appt->saveCount, 0);
+    EXPECT_EQ(fncGetLastTrace(h.session()), u"Working with Company Change-event");
+}
+
+TEST_F(ExplorerBilling, WriteSubjectFillsAnEmptySubjectButKeepsTheUsersOwn) {
+    writeSubject = true;
+    auto empty = h.addAppointment(u"");
+    auto own = h.addAppointment(u"Meeting with the board", {}, 2);
+    startWith();
+
+    h.sc().select(ex, {empty});
+    h.sc().pickInCombo(combo(1), u"Acme");
+    // Outlook reads the categories back as keywords; that text becomes the subject.
+    EXPECT_EQ(empty->subject, u"Acme");
+    // A subject the add-in wrote before is billing information: kept in step.
+    h.sc().pickInCombo(combo(2), u"Smith");
+    EXPECT_EQ(empty->subject, u"Acme, Smith");
+
+    h.sc().select(ex, {own});
+    h.sc().pickInCombo(combo(1), u"Globex");
+    EXPECT_EQ(own->subject, u"Meeting with the board");
+    EXPECT_EQ(own->saveCount, 1);
+    EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
+}
+
+TEST_F(ExplorerBilling, ThreeValuesInTheSubjectAreNoLongerBillingInformation) {
+    // The subject test splits at a comma only: with three values the
+    // subject no longer counts as the add-in's and stays as it is.
+    writeSubject = true;
+    auto appt = h.addAppointment(u"");
+    startWith();
+    h.sc().select(ex, {appt});
+    pickAll();
+    EXPECT_EQ(appt->subject, u"Acme, Smith, Travel");
+    h.sc().pickInCombo(combo(3), u"Office");
+    EXPECT_EQ(appt->subject, u"Acme, Smith, Travel");
+    EXPECT_EQ(appt->categories, u"Acme, Smith, Office");
+
+    auto& toolbar = *h.session().objToolBar;
+    EXPECT_TRUE(toolbar.fncIsHourbookData(u"Acme, Smith"));
+    EXPECT_FALSE(toolbar.fncIsHourbookData(u"Acme, Smith, Travel"));
+    EXPECT_FALSE(toolbar.fncIsHourbookData(u"Meeting with the board"));
+}
+
+TEST_F(ExplorerBilling, TheSubjectTestSplitsAtACommaWhateverTheSeparator) {
+    writeSubject = true;
+    auto appt = h.addAppointment(u"");
+    startWith(u";");
+    h.sc().select(ex, {appt});
+    h.sc().pickInCombo(combo(1), u"Acme");
+    h.sc().pickInCombo(combo(2), u"Smith");
+    // One value: taken whole, the subject names an entry and follows.
+    EXPECT_EQ(appt->subject, u"Acme; Smith");
+    // "Acme; Smith" holds no comma: taken whole it names no entry, so from
+    // now on the subject counts as the user's own.
+    h.sc().pickInCombo(combo(3), u"Travel");
+    EXPECT_EQ(appt->subject, u"Acme; Smith");
+    EXPECT_EQ(appt->categories, u"Acme; Smith; Travel");
+}
+
+TEST_F(ExplorerBilling, SeveralSelectedDisablesAndClearsOneAgainRestores) {
+    auto a = h.addAppointment(u"A", u"Acme");
+    auto b = h.addAppointment(u"B", u"Globex", 2);
+    startWith();
+    h.sc().select(ex, {a});
+    ASSERT_EQ(combo(1)->text, u"Acme");
+
+    h.sc().select(ex, {a, b});
+    for (int n = 1; n <= 3; ++n) {
+        EXPECT_FALSE(combo(n)->enabled) << n;
+        EXPECT_TRUE(combo(n)->entries.empty()) << n;
+        EXPECT_EQ(combo(n)->text, u"") << n;
+    }
+    EXPECT_TRUE(h.session().objToolBar->ouiCurrItem().isNothing());
+    // The buttons are never disabled.
+    EXPECT_TRUE(h.button(*ex, 790)->enabled);
+
+    h.sc().select(ex, {b});
+    EXPECT_TRUE(combo(1)->enabled);
+    EXPECT_EQ(combo(1)->text, u"Globex");
+    EXPECT_EQ(combo(1)->entries.size(), 3u);
+    EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
+}
+
+TEST_F(ExplorerBilling, AMailOrAMeetingResponseDisablesTheBoxes) {
+    auto a = h.addAppointment(u"A", u"Acme");
+    auto response = h.addAppointment(u"Accepted: A", {}, 2);
+    response->messageClass = u"IPM.Schedule.Meeting.Resp.Pos";
+    startWith();
+    h.sc().select(ex, {a});
+    h.sc().select(ex, {response});
+    EXPECT_FALSE(combo(1)->enabled);
+    EXPECT_TRUE(h.session().objToolBar->ouiCurrItem().isNothing());
+    EXPECT_EQ(fncGetLastTrace(h.session()), u"Disabling buttons CommandBarComboBox");
+}
+
+TEST_F(ExplorerBilling, AnyClassBeginningWithIpmAppointmentIsShown) {
+    auto custom = h.addAppointment(u"Custom", u"Initech");
+    custom->messageClass = u"ipm.appointment.custom";
+    startWith();
+    h.sc().select(ex, {custom});
+    EXPECT_EQ(combo(1)->text, u"Initech");
+    EXPECT_TRUE(combo(1)->enabled);
+    auto upper = h.addAppointment(u"Upper", u"Acme, Jones", 2);
+    upper->messageClass = u"IPM.APPOINTMENT.CUSTOM";
+    h.sc().select(ex, {upper});
+    EXPECT_EQ(combo(1)->text, u"Acme");
+    EXPECT_EQ(combo(2)->text, u"Jones");
+}
+
+TEST_F(ExplorerBilling, ARecurrenceExceptionShowsItsSeriesAndWritesNothing) {
+    auto series = h.sc().outlook().calendar()->addRecurringAppointment(
+        u"Weekly", sim::makeDate(2024, 5, 6, 9), sim::makeDate(2024, 5, 6, 10), u"Acme, Smith");
+    auto exception =
+        series->addException(sim::makeDate(2024, 5, 13, 11), sim::makeDate(2024, 5, 13, 12));
+    exception->categories = u"Initech";
+    startWith();
+    h.sc().select(ex, {exception});
+    EXPECT_EQ(combo(1)->text, u"Acme");
+    EXPECT_EQ(combo(2)->text, u"Smith");
+
+    h.sc().pickInCombo(combo(3), u"Travel");
+    EXPECT_TRUE(putsOf(h.instruments(), u"Categories").empty());
+    EXPECT_EQ(series->categories, u"Acme, Smith");
+    EXPECT_EQ(exception->categories, u"Initech");
+    EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
+}
+
+TEST_F(ExplorerBilling, TheSameItemAsLastSavedIsNotShownAgain) {
+    // The holder knows the item it last wrote by its subject and start: a
+    // selection of that item again leaves the boxes as they are.
+    auto a = h.addAppointment(u"A");
+    auto b = h.addAppointment(u"B", u"Globex", 2);
+    startWith();
+    h.sc().select(ex, {a});
+    h.sc().pickInCombo(combo(1), u"Acme");
+    const auto fills = callsOf(h.instruments(), u"AddItem");
+    h.sc().select(ex, {a});
+    EXPECT_EQ(callsOf(h.instruments(), u"AddItem"), fills);
+    h.sc().select(ex, {b});
+    EXPECT_GT(callsOf(h.instruments(), u"AddItem"), fills);
+    EXPECT_EQ(combo(1)->text, u"Globex");
+}
+
+TEST_F(ExplorerBilling, ACopiedAppointmentBecomesTheKnownItemWhenNoneWasWritten) {
+    auto a = h.addAppointment(u"A");
+    startWith();
+    h.sc().select(ex, {a});
+    auto& toolbar = *h.session().objToolBar;
+    ASSERT_TRUE(toolbar.strEntryID().empty());
+    auto copy = h.sc().copyItem(a);
+    EXPECT_EQ(toolbar.strEntryID(), u"A" + hb::Variant(copy->start).toStr());
+}
+
+TEST_F(ExplorerBilling, DeactivatingTheExplorerDisablesTheBoxes) {
+    auto a = h.addAppointment(u"A", u"Acme");
+    auto mail = h.sc().outlook().inbox()->addMail(u"Hello");
+    startWith();
+    h.sc().select(ex, {a});
+    auto inspector = h.sc().openInspector(mail);
+    EXPECT_FALSE(combo(1)->enabled);
+    EXPECT_TRUE(h.session().objToolBar->ouiCurrItem().isNothing());
+    // A mail's window gets nothing of the add-in.
+    EXPECT_EQ(addinBarsIn(*inspector), 0u);
+    EXPECT_TRUE(inspector->panes.empty());
+    EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
+}
+
+}  // namespace
+}  // namespace hbtest
