@@ -458,7 +458,9 @@ class Inspectors : public SimObject {
 
 class Selection : public SimObject {
   public:
-    Selection(Outlook& world, std::vector<std::shared_ptr<Item>> items);
+    Selection(Outlook& world, std::weak_ptr<Explorer> explorer,
+              std::vector<std::shared_ptr<Item>> items);
+    std::weak_ptr<Explorer> explorer;
     std::vector<std::shared_ptr<Item>> items;
 };
 

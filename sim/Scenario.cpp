@@ -244,4 +244,21 @@ std::shared_ptr<Item> Scenario::copyItem(const std::shared_ptr<Item>& item,
     return c;
 }
 
+std::uint64_t faultSweep(const std::function<void(Scenario&)>& scenario,
+                         const std::function<void(Scenario&, std::uint64_t k)>& check) {
+    std::uint64_t n = 0;
+    {
+        Scenario clean;
+        scenario(clean);
+        n = clean.instruments().callCount();
+    }
+    for (std::uint64_t k = 1; k <= n; ++k) {
+        Scenario sc;
+        sc.instruments().failCall(k);
+        scenario(sc);
+        check(sc, k);
+    }
+    return n;
+}
+
 }  // namespace sim

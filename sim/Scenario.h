@@ -170,4 +170,11 @@ class Scenario {
     std::shared_ptr<ComAddIn> comAddIn_;
 };
 
+// A fault sweep: runs a scenario once on a fresh Scenario to count the
+// add-in's calls (N), then N more times, each on a fresh Scenario whose k-th
+// call fails (k = 1..N), calling check(scenario, k) after each run.
+// Returns N. A scenario must be deterministic (the simulation is).
+std::uint64_t faultSweep(const std::function<void(Scenario&)>& scenario,
+                         const std::function<void(Scenario&, std::uint64_t k)>& check);
+
 }  // namespace sim

@@ -53,7 +53,7 @@ std::shared_ptr<const hb::MemberTable> explorerTable() {
                     e.world().switchFolder(self(e), f);
                 })
             .get(u"Selection",
-                 [](Explorer& e) { return obj(e.world().make<Selection>(e.selection)); })
+                 [](Explorer& e) { return obj(e.world().make<Selection>(self(e), e.selection)); })
             .get(u"CommandBars", [](Explorer& e) { return obj(e.commandBars); })
             .get(u"Caption", [](Explorer& e) { return e.caption(); })
             .get(u"Class", [](Explorer&) { return std::int32_t{34}; })
@@ -151,7 +151,7 @@ std::shared_ptr<const hb::MemberTable> selectionTable() {
             .method(u"Item", [](Selection& s, Args& args) { return itemAt(s.items, args); })
             .defaultMember(u"Item")
             .get(u"Application", [](Selection& s) { return obj(s.world().application()); })
-            .get(u"Parent", [](Selection& s) { return obj(s.world().activeExplorer()); })
+            .get(u"Parent", [](Selection& s) { return obj(s.explorer.lock()); })
             .enumerable([](Selection& s) { return all(s.items); })
             .build();
     return t;
@@ -222,8 +222,11 @@ Explorers::Explorers(Outlook& world) : SimObject(world, u"Explorers", explorersT
 
 Inspectors::Inspectors(Outlook& world) : SimObject(world, u"Inspectors", inspectorsTable()) {}
 
-Selection::Selection(Outlook& world, std::vector<std::shared_ptr<Item>> items_)
-    : SimObject(world, u"Selection", selectionTable()), items(std::move(items_)) {}
+Selection::Selection(Outlook& world, std::weak_ptr<Explorer> explorer_,
+                     std::vector<std::shared_ptr<Item>> items_)
+    : SimObject(world, u"Selection", selectionTable()),
+      explorer(std::move(explorer_)),
+      items(std::move(items_)) {}
 
 // ======================= window operations =======================
 
