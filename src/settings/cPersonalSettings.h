@@ -29,7 +29,10 @@ class cPersonalSettings {
     cPersonalSettings(const cPersonalSettings&) = delete;
     cPersonalSettings& operator=(const cPersonalSettings&) = delete;
 
-    // Fields, in the declaration order of the Part.
+    // Fields, in the declaration order of the Part. They start at the run
+    // time's zero values; construction sets the Part's defaults (report
+    // source, 8, 0.75, 185, 600, 2, ...), so a construction that fails half
+    // way leaves the fields as far as they were set.
     std::vector<std::shared_ptr<cMetaDictionary>> MetaDataLists;
     Currency curPersonalRate;
     bool blnFilterPrivate = false;
@@ -44,9 +47,9 @@ class cPersonalSettings {
     bool blnCreateLocalCube = false;
     bool blnStartGrid = false;
     bool blnWriteSubject = false;
-    std::int16_t intPaneWidth = 185;
-    std::int16_t intPaneHeight = 600;
-    std::int16_t intPaneDockPos = 2;
+    std::int16_t intPaneWidth = 0;
+    std::int16_t intPaneHeight = 0;
+    std::int16_t intPaneDockPos = 0;
 
     // Operations, in the order of the interface.
     void SaveSettings() noexcept;

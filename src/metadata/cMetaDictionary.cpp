@@ -1,0 +1,82 @@
+#include "metadata/cMetaDictionary.h"
+
+#include "common/ErrorTrap.h"
+#include "settings/modScriptingDic.h"
+
+namespace hb {
+
+cMetaDictionary::cMetaDictionary(Session& s) : s_(s) {
+    MetaDic = fncCreateDic<std::shared_ptr<cMetaData>>(s);
+}
+
+void cMetaDictionary::AddMeta(const Str& name, const Str& category, Currency hourlyRate,
+                              std::int32_t metaID, const Str& superCategory,
+                              std::optional<bool> enabled) {
+    // 1. An empty name is ignored.
+    if (name.empty()) return;
+    // 2.
+    auto entry = std::make_shared<cMetaData>();
+    entry->MetaName = name;
+    entry->Category = category;
+    entry->HourlyRate = hourlyRate;
+    entry->MetaID = metaID;
+    entry->SuperCategory = superCategory;
+    entry->Enabled = enabled.value_or(true);
+    // 3. The first entry of a name wins.
+    if (!MetaDic) raise(err::ObjectVariableNotSet);
+    if (!MetaDic->Exists(entry->MetaName)) MetaDic->Add(entry->MetaName, entry);
+}
+
+Variant cMetaDictionary::fncSafeValue(const Variant& value, bool& numeric) {
+    const Variant& v = value.deref();
+    if (numeric) {
+        if (v.isNull()) return Variant(std::int16_t{0});
+        return v;
+    }
+    if (v.isNull()) return Variant(Str());
+    return Variant(v.toStr(s_.platform.userLocale()));
+}
+
+void cMetaDictionary::ReadFromRecordset(const Variant& recordset) {
+    const Locale loc = s_.platform.userLocale();
+    bool numeric = true;
+    bool text = false;
+    // 1. The Fields collection, once.
+    const Variant fields = recordset.get(u"Fields");
+    auto field = [&](const Variant& index) { return fields.get(u"Item", {index}).get(u"Value"); };
+
+    std::int32_t metaID = 0;
+    Currency rate;
+    Str category;
+    Str superCategory;
+    bool enabled = true;
+    // 2.
+    while (!recordset.get(u"EOF").toBool(loc)) {
+        if (fields.get(u"Count").toLong(loc) > 1) {
+            metaID = field(Variant(std::int32_t{0})).toLong(loc);
+            rate = fncSafeValue(field(Variant(Str(u"curRate"))), numeric).toCurrency(loc);
+            category = fncSafeValue(field(Variant(Str(u"strCategory"))), text).toStr(loc);
+            superCategory = fncSafeValue(field(Variant(Str(u"strSuperCategory"))), text).toStr(loc);
+            enabled = fncSafeValue(field(Variant(Str(u"blnEnabled"))), text).toBool(loc);
+        } else {
+            // A bare list of names: a running MetaID (32-bit; overflow is an
+            // error), enabled, the other values kept from the previous row.
+            if (metaID == INT32_MAX) raise(err::Overflow);
+            ++metaID;
+            enabled = true;
+        }
+        const Str name = fncSafeValue(field(Variant(Str(u"strName"))), text).toStr(loc);
+        AddMeta(name, category, rate, metaID, superCategory, enabled);
+        recordset.call(u"MoveNext");
+    }
+}
+
+void cMetaDictionary::FillCombo(const Variant& combo) noexcept {
+    trap(s_, u"cMetaDictionary.subFillcombo", [&] {
+        combo.call(u"Clear");
+        if (!MetaDic) raise(err::ObjectVariableNotSet);
+        for (const auto& entry : *MetaDic) combo.call(u"AddItem", {Variant(entry.first)});
+    });
+}
+
+}  // namespace hb

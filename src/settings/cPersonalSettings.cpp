@@ -1,0 +1,342 @@
+#include "settings/cPersonalSettings.h"
+
+#include "common/Constants.h"
+#include "common/ErrorTrap.h"
+#include "common/Text.h"
+#include "diagnostics/modErroHandling.h"
+#include "settings/modFileHandling.h"
+#include "settings/modGetDefaultFolders.h"
+#include "settings/modRegistryEntry.h"
+#include "settings/modSettingsAppointment.h"
+
+namespace hb {
+
+namespace {
+
+constexpr char16_t kSection[] = u"Settings";
+constexpr char16_t kNull[] = u"NULL";
+
+Str boolText(bool value) {
+    return value ? u"True" : u"False";
+}
+
+bool isSomething(const Variant& v) {
+    const Variant& d = v.deref();
+    return d.isObject() && !d.isNothing();
+}
+
+// Conversions of the settings (see the header): the Variant conversions
+// with the user's regional settings, passed explicitly.
+std::int16_t textToInteger(const Str& text, const Locale& loc) {
+    return Variant(text).toInteger(loc);  // CInt: halves to even, 6 past 16 bits
+}
+
+}  // namespace
+
+// --- construction ---------------------------------------------------------
+
+cPersonalSettings::cPersonalSettings(Session& s) : s_(s) {
+    trap(s_, u"cPersonalSettings.Class_Initialize", [&] { classInitialize(); });
+}
+
+void cPersonalSettings::classInitialize() {
+    // 1.
+    MetaDataLists.clear();
+    // 2.
+    subSetupFS(s_);
+    // 3.
+    subTrace(s_, u"Checking for HourbookConnection.txt");
+    // 4.
+    const Str folder = fncReadReportPath();
+    // 5./6.
+    const Str connectionFile = fncNoTrailingSlash(folder) + u"\\HourbookConnection.txt";
+    if (fsFileExists(s_, connectionFile)) {
+        lngReportChoice = 3;
+        strReportValue = fsReadAll(s_, connectionFile);
+    } else {
+        subTrace(s_, u"Assuming Access database");
+        lngReportChoice = 2;
+        strReportValue = fncNoTrailingSlash(folder) + u"\\";
+    }
+    // 7.
+    blnConvert24 = false;
+    intConvert24Hours = Variant(std::int16_t{8});
+    blnRemoveLunch = false;
+    intRemoveLunchHours = Variant(0.75);
+    intPaneWidth = 185;
+    intPaneHeight = 600;
+    intPaneDockPos = 2;
+    blnCreateLocalCube = false;
+    blnWriteSubject = false;
+}
+
+Str cPersonalSettings::fncReadReportPath() {
+    // 1./2. The local cube folder (created when missing), "OLAP Cubes"
+    // replaced by "My Hourbooks" (case-sensitive).
+    const Str reportFolder =
+        text::replace(fncGetLocalCubePath(s_, true), u"OLAP Cubes", u"My Hourbooks");
+    // 3.
+    const Str pathFile = fncNoTrailingSlash(reportFolder) + u"\\ReportPath.txt";
+    if (fsFileExists(s_, pathFile)) return text::replace(fsReadAll(s_, pathFile), kCrLf, u"");
+    // 4.
+    return fncNoTrailingSlash(s_.platform.moduleFolder()) + u"\\";
+}
+
+// --- settings body ----------------------------------------------------------
+
+Str cPersonalSettings::fncJoinDic(const std::shared_ptr<MetaDicType>& dic,
+                                  const Str& strDelimiter) noexcept {
+    Str result;
+    const bool ok = trap(s_, u"fncJoinDic", [&] {
+        if (!dic) raise(err::ObjectVariableNotSet);
+        for (const auto& entry : *dic) {
+            result += entry.first;
+            result += strDelimiter;
+        }
+    });
+    return ok ? result : Str();
+}
+
+Variant cPersonalSettings::fncMetadataList() {
+    Str list;
+    for (const auto& dic : MetaDataLists) {
+        if (!dic) raise(err::ObjectVariableNotSet);
+        if (dic->Caption.empty()) continue;
+        list += dic->Caption;
+        list += u":";
+        list += fncJoinDic(dic->MetaDic, u";");
+        list += kCrLf;
+    }
+    return Variant(std::move(list));
+}
+
+Str cPersonalSettings::fncBuildBody() {
+    const Locale loc = s_.platform.userLocale();
+    const Str crlf = kCrLf;
+    Str body;
+    body += toStr(lngReportChoice) + crlf;
+    body += strReportValue + crlf;
+    body += Variant(curPersonalRate).toStr(loc) + crlf;  // CStr: the user's decimal separator
+    body += boolText(blnFilterEvents) + crlf;
+    body += boolText(blnFilterPrivate) + crlf;
+    body += boolText(blnFilterRecurring) + crlf;
+    body += fncMetadataList().toStr(loc);
+    return body;
+}
+
+void cPersonalSettings::parseMetadataLine(const Str& line) {
+    // a. The name is the part before the first ":".
+    const auto colon = line.find(u':');
+    const Str name = colon == Str::npos ? line : line.substr(0, colon);
+    // b.
+    if (name.empty()) return;
+    // c.
+    auto dic = std::make_shared<cMetaDictionary>(s_);
+    MetaDataLists.push_back(dic);
+    dic->Caption = name;
+    // d. The text after the first ":" (from position length(name) + 2).
+    const Str rest = text::mid(line, static_cast<std::int32_t>(name.size()) + 2);
+    // e. Non-empty pieces: entries without category, super-category or rate
+    // (empty texts, a zero rate, False for the other arguments).
+    for (const Str& piece : text::split(rest, u";")) {
+        if (!piece.empty()) dic->AddMeta(piece, Str(), Currency{}, 0, Str(), false);
+    }
+}
+
+void cPersonalSettings::takeBodyFrom(const std::vector<Str>& fields, const Locale& loc) {
+    const std::size_t n = fields.size() - 1;
+    // 4. The rate through a 16-bit integer (halves to even, -32768..32767 on
+    // this path; the registry path keeps the full currency value).
+    curPersonalRate = Currency::fromUnits(textToInteger(fields[2], loc));
+    // 5.
+    blnFilterEvents = Variant(fields[3]).toBool(loc);
+    blnFilterPrivate = Variant(fields[4]).toBool(loc);
+    blnFilterRecurring = Variant(fields[5]).toBool(loc);
+    // 6.
+    MetaDataLists = {};
+    // 7. Fields 6 to n - 1: the last field (the rest after the final CR LF)
+    // is skipped.
+    for (std::size_t i = 6; i < n; ++i) parseMetadataLine(fields[i]);
+}
+
+void cPersonalSettings::FromString(const Str& strSettings) noexcept {
+    trap(s_, u"FromString", [&] {
+        const Locale loc = s_.platform.userLocale();
+        // 1.
+        const std::vector<Str> fields = text::split(strSettings, kCrLf);
+        // 2. Fewer than seven fields: nothing at all.
+        if (fields.size() < 7) return;
+        // 3.
+        if (isNumeric(Variant(fields[0]), loc)) {
+            lngReportChoice = textToInteger(fields[0], loc);
+            strReportValue = fields[1];
+        }
+        // 4. to 7.
+        takeBodyFrom(fields, loc);
+    });
+}
+
+void cPersonalSettings::subPopulateMetadataList(const Str& strList) noexcept {
+    trap(s_, u"subPopulateMetadataList", [&] {
+        const std::vector<Str> fields = text::split(strList, kCrLf);
+        // No CR LF at all: the lists stay untouched.
+        if (fields.size() < 2) return;
+        MetaDataLists = {};
+        for (std::size_t i = 0; i + 1 < fields.size(); ++i) parseMetadataLine(fields[i]);
+    });
+}
+
+// --- stores ---------------------------------------------------------------
+
+void cPersonalSettings::SaveSettings() noexcept {
+    trap(s_, u"SaveSettings", [&] {
+        const Locale loc = s_.platform.userLocale();
+        // 1.
+        subTrace(s_, u"Saving personal settings to setting appointment of 1/1/2050");
+        // 2.
+        const Str body = fncBuildBody();
+        // 3.
+        const Variant appointment = fncGetSettingsAppointment(s_);
+        // 4.
+        const Variant list = fncMetadataList();
+        // 5. Errors on the appointment are ignored and cleared.
+        if (isSomething(appointment)) {
+            resumeNext(s_, [&] { appointment.put(u"Body", Variant(body)); });
+            resumeNext(s_, [&] { subFixLongProperty(s_, appointment, body, u"Settings"); });
+            resumeNext(s_, [&] {
+                appointment.put(u"Categories", Variant(text::left(list.toStr(loc), 4000)));
+            });
+            resumeNext(s_, [&] { appointment.call(u"Save"); });
+            s_.err.clear();
+        }
+        // 6.
+        subTrace(s_, u"Saving personal settings to registry");
+        // 7. The seventeen keys, in the order of the key table.
+        SaveSettingString(s_, kSection, u"ReportChoice", toStr(lngReportChoice));
+        SaveSettingString(s_, kSection, u"ReportValue", strReportValue);
+        SaveSettingString(s_, kSection, u"PersonalRate", Variant(curPersonalRate).toStr(loc));
+        SaveSettingString(s_, kSection, u"FilterEvents", boolText(blnFilterEvents));
+        SaveSettingString(s_, kSection, u"FilterPrivate", boolText(blnFilterPrivate));
+        SaveSettingString(s_, kSection, u"FilterRecurring", boolText(blnFilterRecurring));
+        SaveSettingString(s_, kSection, u"MetadataList", list.toStr(loc));
+        SaveSettingString(s_, kSection, u"Convert24", boolText(blnConvert24));
+        SaveSettingString(s_, kSection, u"Convert24Hours", intConvert24Hours.toStr(loc));
+        SaveSettingString(s_, kSection, u"StartGrid", boolText(blnStartGrid));
+        SaveSettingString(s_, kSection, u"RemoveLunch", boolText(blnRemoveLunch));
+        SaveSettingString(s_, kSection, u"RemoveLunchHours", intRemoveLunchHours.toStr(loc));
+        SaveSettingString(s_, kSection, u"CreateLocalCube", boolText(blnCreateLocalCube));
+        SaveSettingString(s_, kSection, u"WriteSubject", boolText(blnWriteSubject));
+        SaveSettingString(s_, kSection, u"PaneWidth", toStr(intPaneWidth));
+        SaveSettingString(s_, kSection, u"PaneHeight", toStr(intPaneHeight));
+        SaveSettingString(s_, kSection, u"PaneDockPos", toStr(intPaneDockPos));
+    });
+}
+
+bool cPersonalSettings::GetValuesFromSettings() noexcept {
+    trap(s_, u"GetValuesFromSettings", [&] {
+        const Locale loc = s_.platform.userLocale();
+        // 1.
+        subTrace(s_, u"Reading Hourbook settings from Registry!");
+        // 2. Never written: migrate from the settings appointment, and take
+        // nothing from the registry.
+        if (GetSettingString(s_, kSection, u"ReportChoice", kNull) == kNull) {
+            subReadExistingSettingAppointment2050();
+            return;
+        }
+        // 3.
+        const Str choice = GetSettingString(s_, kSection, u"ReportChoice", kNull);
+        if (choice != kNull) lngReportChoice = textToInteger(choice, loc);
+        const Str value = GetSettingString(s_, kSection, u"ReportValue", kNull);
+        if (value != kNull) strReportValue = value;
+        // 4. A missing boolean key reads as "true" (the intended asymmetry
+        // with the construction defaults); the rate keeps its full currency
+        // value on this path.
+        curPersonalRate = Variant(GetSettingString(s_, kSection, u"PersonalRate", u"0")).toCurrency(loc);
+        blnFilterEvents = Variant(GetSettingString(s_, kSection, u"FilterEvents", u"true")).toBool(loc);
+        blnFilterPrivate = Variant(GetSettingString(s_, kSection, u"FilterPrivate", u"true")).toBool(loc);
+        blnFilterRecurring =
+            Variant(GetSettingString(s_, kSection, u"FilterRecurring", u"true")).toBool(loc);
+        subPopulateMetadataList(GetSettingString(s_, kSection, u"MetadataList", Str()));
+        blnConvert24 = Variant(GetSettingString(s_, kSection, u"Convert24", u"true")).toBool(loc);
+        intConvert24Hours = Variant(GetSettingString(s_, kSection, u"Convert24Hours", u"8"));
+        blnRemoveLunch = Variant(GetSettingString(s_, kSection, u"RemoveLunch", u"true")).toBool(loc);
+        intRemoveLunchHours = Variant(GetSettingString(s_, kSection, u"RemoveLunchHours", u"0.75"));
+        blnCreateLocalCube =
+            Variant(GetSettingString(s_, kSection, u"CreateLocalCube", u"true")).toBool(loc);
+        blnStartGrid = Variant(GetSettingString(s_, kSection, u"StartGrid", u"true")).toBool(loc);
+        blnWriteSubject = Variant(GetSettingString(s_, kSection, u"WriteSubject", u"true")).toBool(loc);
+    });
+    // 5.
+    return true;
+}
+
+void cPersonalSettings::subReadExistingSettingAppointment2050() noexcept {
+    trap(s_, u"subReadExistingSettingAppointment2050", [&] {
+        const Locale loc = s_.platform.userLocale();
+        // 1.
+        subTrace(s_, u"Getting settings from appointment on 1 jan 2050");
+        // 2.
+        const Variant appointment = fncGetSettingsAppointment(s_);
+        if (!isSomething(appointment)) return;
+        // 3.
+        const std::vector<Str> fields =
+            text::split(fncGetLongProperty(s_, appointment, u"Settings"), kCrLf);
+        // 4.
+        if (fields.size() > 6) {
+            // a. Not numeric: nothing at all is taken.
+            if (!isNumeric(Variant(fields[0]), loc)) return;
+            // b.
+            const std::int16_t choice = textToInteger(fields[0], loc);
+            const Str value = fields[1];
+            // c. An Access database folder is taken over only where the
+            // installation and the database file agree.
+            if (choice == 2) {
+                const Str defaultDatabase =
+                    fncNoTrailingSlash(text::replace(fncGetLocalCubePath(s_, false), u"OLAP Cubes",
+                                                     u"My Hourbooks")) +
+                    u"\\Hourbook3.mdb";
+                const Str storedDatabase =
+                    fncNoTrailingSlash(fncNoTrailingSlash(value)) + u"\\Hourbook3.mdb";
+                const Str programFolder = fncNoTrailingSlash(s_.platform.moduleFolder()) + u"\\";
+                if (fsFileExists(s_, programFolder + u"HBPersonalSettingsSingle.exe")) {
+                    // Single-user installation: the default database only.
+                    if (!(text::equalsNoCase(storedDatabase, defaultDatabase) &&
+                          fsFileExists(s_, storedDatabase))) {
+                        return;
+                    }
+                } else {
+                    // Workgroup installation: a database elsewhere only.
+                    if (!(fsFileExists(s_, programFolder + u"HBPersonalSettings.exe") &&
+                          fsFileExists(s_, storedDatabase) &&
+                          !text::equalsNoCase(storedDatabase, defaultDatabase))) {
+                        return;
+                    }
+                }
+            }
+            // d.
+            lngReportChoice = choice;
+            strReportValue = value;
+            takeBodyFrom(fields, loc);
+        }
+        // 5. The seven user properties, whether or not a body was found.
+        blnConvert24 = fncGetProperty(s_, appointment, u"blnConvert24", vbtype::vbBoolean, Variant(Str()))
+                           .toBool(loc);
+        intConvert24Hours =
+            fncGetProperty(s_, appointment, u"intConvert24Hours", vbtype::vbInteger, Variant(Str()));
+        blnRemoveLunch =
+            fncGetProperty(s_, appointment, u"blnRemoveLunch", vbtype::vbBoolean, Variant(Str()))
+                .toBool(loc);
+        intRemoveLunchHours =
+            fncGetProperty(s_, appointment, u"intRemoveLunchHours", vbtype::vbInteger, Variant(Str()));
+        blnCreateLocalCube =
+            fncGetProperty(s_, appointment, u"blnCreateLocalCube", vbtype::vbBoolean, Variant(Str()))
+                .toBool(loc);
+        blnStartGrid = fncGetProperty(s_, appointment, u"blnStartGrid", vbtype::vbBoolean, Variant(Str()))
+                           .toBool(loc);
+        blnWriteSubject =
+            fncGetProperty(s_, appointment, u"blnWriteSubject", vbtype::vbBoolean, Variant(Str()))
+                .toBool(loc);
+    });
+}
+
+}  // namespace hb

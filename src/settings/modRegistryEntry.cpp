@@ -1,0 +1,98 @@
+#include "settings/modRegistryEntry.h"
+
+#include <algorithm>
+#include <optional>
+
+#include "common/Constants.h"
+#include "common/Text.h"
+
+namespace hb {
+
+namespace {
+
+// Step 1 to 3 of both operations: the checks in the order application name,
+// section, key, and the key path.
+Str checkedPath(const Str& strSection, const Str& strKey) {
+    Str appName = kRegistryAppName;  // the host's product name would stand in for an empty one
+    if (appName.empty()) appName = u"Hourbook for Outlook";
+    const Str app = text::trim(appName);
+    const Str section = text::trim(strSection);
+    const Str key = text::trim(strKey);
+    if (app.empty()) raise(regerr::kAppNameEmpty, u"AppName may not be empty");
+    if (section.empty()) raise(regerr::kSectionEmpty, u"Section may not be empty");
+    if (key.empty()) raise(regerr::kKeyEmpty, u"Key may not be empty");
+    return u"Software\\Brindlewood\\" + app + u"\\" + section;
+}
+
+}  // namespace
+
+void SaveSettingString(Platform& p, const Str& strSection, const Str& strKey,
+                       const Str& strValue) {
+    const Str path = checkedPath(strSection, strKey);
+    const Str key = text::trim(strKey);
+
+    RegKey handle = 0;
+    std::optional<AutomationError> pending;
+    const std::int32_t created = p.regCreateKey(path, handle);
+    if (created != win::ERROR_SUCCESS) {
+        pending.emplace(regerr::kRegistry + created, u"Could not open/create registry section");
+    } else {
+        // REG_SZ; the platform passes the text's length in characters as the
+        // data size (the terminating zero not counted), as the Part asks.
+        const std::int32_t set = p.regSetString(handle, key, strValue);
+        if (set != win::ERROR_SUCCESS) {
+            pending.emplace(regerr::kRegistry + set, u"Could not set key value");
+        }
+    }
+    // In every case close the key, ignoring errors of the close.
+    try {
+        if (created == win::ERROR_SUCCESS) p.regCloseKey(handle);
+    } catch (...) {
+    }
+    if (pending) throw *pending;
+}
+
+Str GetSettingString(Platform& p, const Str& strSection, const Str& strKey,
+                     const Str& strDefault) {
+    const Str path = checkedPath(strSection, strKey);
+    const Str key = text::trim(strKey);
+
+    RegKey handle = 0;
+    const std::int32_t opened = p.regOpenKey(path, handle);
+    if (opened == win::ERROR_FILE_NOT_FOUND) return strDefault;
+    if (opened != win::ERROR_SUCCESS) {
+        raise(regerr::kRegistry + opened, u"Could not open registry section");
+    }
+
+    Str result;
+    std::optional<AutomationError> pending;
+    RegValue value;
+    const std::int32_t queried = p.regQueryValue(handle, key, value);
+    if (queried != win::ERROR_SUCCESS) {
+        result = strDefault;  // the value does not exist
+    } else if (value.type != win::REG_SZ) {
+        // The last registry result is 0 at this point.
+        pending.emplace(regerr::kRegistry + queried, u"Registry data not a string");
+    } else if (value.sizeBytes == 0) {
+        result.clear();
+    } else {
+        // The original makes a buffer of the reported size and keeps its
+        // first size - 1 characters (dropping the terminating zero that the
+        // ANSI layer counts). The platform's query gives the stored text
+        // exactly; keeping at most size - 1 of its characters is the same
+        // observable result: a written text reads back unchanged (its size
+        // counts the zero, in characters or in bytes), an empty stored text
+        // reads as empty, not as the default, and a value whose reported
+        // size leaves out its zero loses its last character as before.
+        const std::size_t keep = std::min<std::size_t>(value.text.size(), value.sizeBytes - 1);
+        result = value.text.substr(0, keep);
+    }
+    try {
+        p.regCloseKey(handle);
+    } catch (...) {
+    }
+    if (pending) throw *pending;
+    return result;
+}
+
+}  // namespace hb

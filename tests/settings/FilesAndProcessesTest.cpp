@@ -1,0 +1,302 @@
+// Part 3.4: path helpers, special folders, the scripting components with
+// their self-repair, and subExecute.
+#include "settings/modFileHandling.h"
+#include "settings/modGetDefaultFolders.h"
+#include "settings/modScriptingDic.h"
+#include "SettingsTestSupport.h"
+
+namespace hb::test {
+namespace {
+
+TEST(NoTrailingSlash, RemovesOneTrailingSeparatorAtMost) {
+    EXPECT_EQ(fncNoTrailingSlash(u"C:\\Data\\\\"), u"C:\\Data\\");
+    EXPECT_EQ(fncNoTrailingSlash(u"C:\\Data\\"), u"C:\\Data");
+    EXPECT_EQ(fncNoTrailingSlash(u"C:/Data/"), u"C:/Data");
+    EXPECT_EQ(fncNoTrailingSlash(u"C:\\Data"), u"C:\\Data");
+    EXPECT_EQ(fncNoTrailingSlash(u""), u"");
+    EXPECT_EQ(fncNoTrailingSlash(u"\\"), u"");
+    EXPECT_EQ(fncNoTrailingSlash(u"C:\\Data\\ "), u"C:\\Data\\ ");
+}
+
+TEST(RemoveQuotes, RemovesEveryApostrophe) {
+    EXPECT_EQ(fncRemoveQuotes(u"O'Brien's"), u"OBriens");
+    EXPECT_EQ(fncRemoveQuotes(u"plain \"text\""), u"plain \"text\"");
+    EXPECT_EQ(fncRemoveQuotes(u""), u"");
+}
+
+TEST(SpecialFolders, CubeAndOlapFoldersBelowDocuments) {
+    Env e;
+    EXPECT_EQ(fncGetSpecialFolder(e.s, 5, 0), u"C:\\Users\\John\\Documents");
+    EXPECT_EQ(fncGetLocalCubePath(e.s, false), u"C:\\Users\\John\\Documents\\OLAP Cubes");
+    EXPECT_FALSE(e.platform.folderExists(u"C:\\Users\\John\\Documents\\OLAP Cubes"));
+    EXPECT_EQ(fncGetLocalCubePath(e.s, true), u"C:\\Users\\John\\Documents\\OLAP Cubes");
+    EXPECT_TRUE(e.platform.folderExists(u"C:\\Users\\John\\Documents\\OLAP Cubes"));
+    EXPECT_EQ(fncGetLocalCubePath(e.s, true), u"C:\\Users\\John\\Documents\\OLAP Cubes");
+    EXPECT_EQ(fncGetLocalOLAPPath(e.s, true), u"C:\\Users\\John\\Documents\\My OLAP");
+    EXPECT_TRUE(e.platform.folderExists(u"C:\\Users\\John\\Documents\\My OLAP"));
+}
+
+TEST(SpecialFolders, FailingSystemCallGivesEmptyText) {
+    Env e;
+    e.platform.failNext("specialFolder");
+    EXPECT_EQ(fncGetSpecialFolder(e.s, 5, 0), u"");
+    e.platform.failNext("specialFolder");
+    EXPECT_EQ(fncGetLocalCubePath(e.s, false), u"\\OLAP Cubes");
+}
+
+TEST(FileSystemObject, CreatedOnceAndShared) {
+    Env e;
+    EXPECT_FALSE(e.s.blnFSAvailable);
+    subSetupFS(e.s);
+    EXPECT_TRUE(e.s.blnFSAvailable);
+    const auto attempts = e.platform.componentAttempts().size();
+    subSetupFS(e.s);
+    EXPECT_EQ(e.platform.componentAttempts().size(), attempts);
+    EXPECT_TRUE(e.platform.runs().empty());
+    EXPECT_TRUE(e.noReport());
+}
+
+TEST(FileSystemObject, RepairedSilentlyWhenTheRepairHelps) {
+    Env e;
+    e.platform.failComponent(ScriptComponent::FileSystemObject, 2);  // direct and by ProgID
+    subSetupFS(e.s);
+    EXPECT_TRUE(e.s.blnFSAvailable);
+    EXPECT_TRUE(e.s.blnFSRepairTried);
+    ASSERT_EQ(e.platform.runs().size(), 1u);
+    EXPECT_EQ(e.platform.runs()[0].command, u"regsvr32 scrrun.dll /s");
+    EXPECT_EQ(e.platform.runs()[0].windowStyle, 2);
+    EXPECT_TRUE(e.noReport());
+    EXPECT_TRUE(e.platform.messageBoxes().empty());
+}
+
+TEST(FileSystemObject, RepairIsTriedOncePerSession) {
+    Env e;
+    e.platform.failComponent(ScriptComponent::FileSystemObject);
+    subSetupFS(e.s);
+    EXPECT_FALSE(e.s.blnFSAvailable);
+    ASSERT_EQ(e.platform.runs().size(), 1u);
+    auto r = e.takeReport();
+    ASSERT_TRUE(r);
+    EXPECT_EQ(r->procedure, u"subSetupFS");
+    EXPECT_EQ(r->number, 429);
+
+    subSetupFS(e.s);
+    EXPECT_EQ(e.platform.runs().size(), 1u);  // no second repair
+    r = e.takeReport();
+    ASSERT_TRUE(r);
+    EXPECT_EQ(r->procedure, u"subSetupFS");
+    // The shared object's members then fail as calls on Nothing.
+    EXPECT_THROW(fsFileExists(e.s, u"C:\\x"), AutomationError);
+}
+
+TEST(FileSystemObject, FailingRepairStartIsIgnored) {
+    Env e;
+    e.platform.failComponent(ScriptComponent::FileSystemObject, 2);
+    e.platform.failNext("run", 2, 1, u"The system cannot find the file specified.");
+    subSetupFS(e.s);
+    EXPECT_TRUE(e.s.blnFSAvailable);
+    EXPECT_EQ(e.s.err.number, 0);
+    EXPECT_TRUE(e.noReport());
+}
+
+TEST(FileSystemObject, ReadAllAndFileExists) {
+    Env e;
+    subSetupFS(e.s);
+    e.platform.setFile(u"C:\\x\\a.txt", u"line1\r\nline2");
+    EXPECT_TRUE(fsFileExists(e.s, u"C:\\x\\a.txt"));
+    EXPECT_FALSE(fsFileExists(e.s, u"C:\\x\\b.txt"));
+    EXPECT_TRUE(fsFolderExists(e.s, u"C:\\x"));
+    EXPECT_EQ(fsReadAll(e.s, u"C:\\x\\a.txt"), u"line1\r\nline2");
+    try {
+        fsReadAll(e.s, u"C:\\x\\b.txt");
+        FAIL();
+    } catch (const AutomationError& err) {
+        EXPECT_EQ(err.number(), 53);
+    }
+}
+
+TEST(CreateDic, TextCompareInsertionOrdered) {
+    Env e;
+    auto dic = fncCreateDic<int>(e.s);
+    ASSERT_TRUE(dic);
+    EXPECT_EQ(dic->CompareMode(), 1);
+    dic->Add(u"Beta", 1);
+    dic->Add(u"alpha", 2);
+    dic->Add(u"ΣΊΣΥΦΟΣ", 3);
+    EXPECT_TRUE(dic->Exists(u"BETA"));
+    EXPECT_TRUE(dic->Exists(u"σίσυφος"));
+    EXPECT_FALSE(dic->Exists(u"gamma"));
+    EXPECT_EQ(dic->Item(u"ALPHA"), 2);
+    EXPECT_EQ(*dic->storedKey(u"ALPHA"), u"alpha");
+    EXPECT_EQ(dic->Keys(), (std::vector<Str>{u"Beta", u"alpha", u"ΣΊΣΥΦΟΣ"}));
+    try {
+        dic->Add(u"beta", 4);
+        FAIL();
+    } catch (const AutomationError& err) {
+        EXPECT_EQ(err.number(), 457);
+    }
+    dic->Remove(u"BETA");
+    EXPECT_EQ(dic->Keys(), (std::vector<Str>{u"alpha", u"ΣΊΣΥΦΟΣ"}));
+    EXPECT_EQ(dic->Item(u"σίσυφος"), 3);
+    EXPECT_EQ(dic->Count(), 2);
+    EXPECT_THROW(dic->setCompareMode(0), AutomationError);  // not while filled
+}
+
+TEST(CreateDic, BinaryModeIsCaseSensitive) {
+    ScriptingDictionary<int> dic;
+    EXPECT_EQ(dic.CompareMode(), 0);
+    dic.Add(u"a", 1);
+    dic.Add(u"A", 2);
+    EXPECT_EQ(dic.Count(), 2);
+}
+
+TEST(CreateDic, RepairOnceThenReport) {
+    Env e;
+    e.platform.failComponent(ScriptComponent::Dictionary, 2);
+    auto dic = fncCreateDic<int>(e.s);
+    EXPECT_TRUE(dic);
+    ASSERT_EQ(e.platform.runs().size(), 1u);
+    EXPECT_EQ(e.platform.runs()[0].command, u"regsvr32 scrrun.dll /s");
+    EXPECT_TRUE(e.noReport());
+
+    Env f;
+    f.platform.failComponent(ScriptComponent::Dictionary);
+    EXPECT_FALSE(fncCreateDic<int>(f.s));
+    auto r = f.takeReport();
+    ASSERT_TRUE(r);
+    EXPECT_EQ(r->procedure, u"modScriptingDic.fncCreateDic");
+    EXPECT_EQ(r->description,
+              u"Attempting to create a new Scripting.Dictionary object. This component is usually "
+              u"installed with Internet Explorer 4.0 or later");
+    EXPECT_EQ(r->number, 429);
+    EXPECT_FALSE(fncCreateDic<int>(f.s));
+    EXPECT_EQ(f.platform.runs().size(), 1u);  // once per session
+}
+
+TEST(Shell, RepairOnceThenCriticalMessage) {
+    Env e;
+    e.platform.failComponent(ScriptComponent::Shell);
+    EXPECT_FALSE(fncGetShell(e.s));
+    ASSERT_EQ(e.platform.runs().size(), 1u);
+    EXPECT_EQ(e.platform.runs()[0].command, u"regsvr32 wshom.ocx /s");
+    EXPECT_EQ(e.platform.runs()[0].windowStyle, 2);
+    ASSERT_EQ(e.platform.messageBoxes().size(), 1u);
+    const auto& box = e.platform.messageBoxes()[0];
+    EXPECT_EQ(box.caption, u"Hourbook for Outlook Addin v4");
+    EXPECT_EQ(box.flags, win::MB_ICONCRITICAL);
+    EXPECT_EQ(box.text,
+              u"ERROR\r\nAttempting to create a new Scripting.Dictionary object.\r\nThis component "
+              u"is usually installed with Internet Explorer 4.0 or later\r\nPlease download the "
+              u"Windows Scripting Runtime from Microsoft Downloads to resolve this issue!");
+    EXPECT_FALSE(fncGetShell(e.s));
+    EXPECT_EQ(e.platform.runs().size(), 1u);
+    EXPECT_EQ(e.s.err.number, 0);
+}
+
+TEST(Shell, RepairedWhenItHelps) {
+    Env e;
+    e.platform.failComponent(ScriptComponent::Shell, 1);
+    EXPECT_TRUE(fncGetShell(e.s));
+    EXPECT_EQ(e.platform.runs().size(), 1u);
+    EXPECT_TRUE(e.platform.messageBoxes().empty());
+}
+
+struct ExecuteEnv : Env {
+    ExecuteEnv() {
+        s.phrases.LNGERROREXECUTE = u"Error trying to run the file at";
+        subSetupFS(s);
+    }
+};
+
+TEST(Execute, LinksGoToTheShellUntouched) {
+    for (Str link : {u"http://www.hourbook.invalid/", u"HTTPS://x.invalid", u"mailto:a@b.invalid",
+                     u"MailTo:support@hourbook.invalid", u"hTtP://x"}) {
+        ExecuteEnv e;
+        subExecute(e.s, link, u"ignored", u"C:\\Folder");
+        ASSERT_EQ(e.platform.runs().size(), 1u) << u8(link);
+        EXPECT_EQ(e.platform.runs()[0].command, link);
+        EXPECT_EQ(e.platform.runs()[0].windowStyle, 1);
+        EXPECT_TRUE(e.platform.messageBoxes().empty());
+    }
+}
+
+TEST(Execute, ProgramOfTheGivenFolder) {
+    ExecuteEnv e;
+    e.platform.setFile(u"D:\\Data\\HBReporting.exe", u"");
+    e.platform.setFile(u"C:\\Program Files\\Hourbook\\HBReporting.exe", u"");
+    subExecute(e.s, u"HBReporting", u"", u"D:\\Data\\");
+    ASSERT_EQ(e.platform.runs().size(), 1u);
+    EXPECT_EQ(e.platform.runs()[0].command, u"\"D:\\Data\\HBReporting.exe\" ");
+    EXPECT_EQ(e.platform.runs()[0].windowStyle, 1);
+    EXPECT_EQ(e.s.diag.strLastTrace, u"Attempting to execute the path 'D:\\Data\\HBReporting.exe'");
+}
+
+TEST(Execute, FallsBackToTheAddinFolder) {
+    ExecuteEnv e;
+    e.platform.setFile(u"C:\\Program Files\\Hourbook\\Cubelens.exe", u"");
+    subExecute(e.s, u"Cubelens", u"D:\\Data\\", u"D:\\Data");
+    ASSERT_EQ(e.platform.runs().size(), 1u);
+    EXPECT_EQ(e.platform.runs()[0].command,
+              u"\"C:\\Program Files\\Hourbook\\Cubelens.exe\" D:\\Data\\");
+    e.platform.clearRuns();
+    subExecute(e.s, u"Cubelens", u"args", u"");
+    ASSERT_EQ(e.platform.runs().size(), 1u);
+    EXPECT_EQ(e.platform.runs()[0].command, u"\"C:\\Program Files\\Hourbook\\Cubelens.exe\" args");
+}
+
+TEST(Execute, MissingFileIsToldToTheUser) {
+    ExecuteEnv e;
+    subExecute(e.s, u"HBReporting", u"", u"D:\\Data");
+    EXPECT_TRUE(e.platform.runs().empty());
+    ASSERT_EQ(e.platform.messageBoxes().size(), 1u);
+    const auto& box = e.platform.messageBoxes()[0];
+    EXPECT_EQ(box.caption, u"Hourbook for Outlook Addin v4");
+    EXPECT_EQ(box.flags, win::MB_ICONCRITICAL);
+    EXPECT_EQ(box.text,
+              u"Error trying to run the file at C:\\Program Files\\Hourbook\\HBReporting.exe");
+    EXPECT_TRUE(e.noReport());
+}
+
+TEST(Execute, FailingStartIsToldToTheUser) {
+    ExecuteEnv e;
+    e.platform.setFile(u"C:\\Program Files\\Hourbook\\HBReporting.exe", u"");
+    e.platform.failNext("run", 70, 1, u"Permission denied");
+    subExecute(e.s, u"HBReporting", u"", u"");
+    ASSERT_EQ(e.platform.messageBoxes().size(), 1u);
+    const auto& box = e.platform.messageBoxes()[0];
+    EXPECT_EQ(box.flags, win::MB_ICONCRITICAL);
+    EXPECT_EQ(box.text,
+              u"Permission denied\r\nError trying to run the file at C:\\Program "
+              u"Files\\Hourbook\\HBReporting.exe");
+    EXPECT_EQ(e.s.err.number, 0);
+    EXPECT_TRUE(e.noReport());
+}
+
+TEST(Execute, TracesWhatItStarts) {
+    ExecuteEnv e;
+    e.s.diag.blnTrace = true;
+    e.platform.setFile(u"C:\\Program Files\\Hourbook\\HBPersonalSettings.exe", u"");
+    subExecute(e.s, u"HBPersonalSettings", u"False", u"C:\\Program Files\\Hourbook\\");
+    const auto log = e.platform.file(u"C:\\Program Files\\Hourbook\\BrindlewoodLog.txt");
+    ASSERT_TRUE(log);
+    EXPECT_NE(log->find(u"Attempting to execute HBPersonalSettings False"), Str::npos);
+    EXPECT_NE(log->find(u"Attempting to execute the path 'C:\\Program "
+                        u"Files\\Hourbook\\HBPersonalSettings.exe'"),
+              Str::npos);
+    ASSERT_EQ(e.platform.runs().size(), 1u);
+    EXPECT_EQ(e.platform.runs()[0].command,
+              u"\"C:\\Program Files\\Hourbook\\HBPersonalSettings.exe\" False");
+}
+
+TEST(Execute, WithoutAShellTheTrapReports) {
+    ExecuteEnv e;
+    e.platform.failComponent(ScriptComponent::Shell);
+    subExecute(e.s, u"http://x.invalid", u"", u"");
+    auto r = e.takeReport();
+    ASSERT_TRUE(r);
+    EXPECT_EQ(r->procedure, u"modFileHandling.subExecute");
+    EXPECT_EQ(r->number, 91);
+}
+
+}  // namespace
+}  // namespace hb::test
