@@ -88,7 +88,9 @@ Str RecordingPaneView::comboList(int index, int item) const {
 void RecordingPaneView::setComboListIndex(int index, int item) {
     Combo& c = at(index);
     if (item < -1 || item >= static_cast<int>(c.items.size())) hb::raise(380);
+    const bool changed = c.listIndex != item;
     c.listIndex = item;
+    if (changed && clickTarget) clickTarget->cmbMeta_Click(index);
 }
 
 Str RecordingPaneView::comboText(int index) const {
@@ -104,6 +106,9 @@ PaneControl::PaneControl(hb::Session& s) : pane(s, view) {}
 PaneControl::~PaneControl() = default;
 
 Variant PaneControl::invoke(hb::CallKind kind, const Str& member, hb::Args& args) {
+    if (kind == hb::CallKind::PropertyPut || kind == hb::CallKind::PropertyPutRef) {
+        assigned.push_back(member);
+    }
     return pane.automationObject()->invoke(kind, member, args);
 }
 
@@ -226,6 +231,7 @@ std::shared_ptr<sim::Item> SessionHarness::addAppointment(const Str& subject, co
 
 void SessionHarness::start(std::int32_t startFolder) {
     auto addin = std::make_shared<DesignerAddin>(*platform_);
+    addin->designer.session().diag.blnTrace = trace;
     addin_ = addin;
     scenario_->startOutlook(std::move(addin), startFolder);
 }
@@ -280,6 +286,24 @@ std::shared_ptr<sim::CustomTaskPane> SessionHarness::paneOf(const sim::Window& w
         if (!p->deleted) return p;
     }
     return nullptr;
+}
+
+std::vector<Str> SessionHarness::traceLines() const {
+    std::vector<Str> lines;
+    const auto log = platform_->file(platform_->moduleFolder() + u"\\BrindlewoodLog.txt");
+    if (!log) return lines;
+    std::size_t start = 0;
+    while (start < log->size()) {
+        std::size_t end = log->find(u"\r\n", start);
+        if (end == Str::npos) end = log->size();
+        const Str line = log->substr(start, end - start);
+        // Caption TAB date and time TAB text.
+        const std::size_t tab1 = line.find(u'\t');
+        const std::size_t tab2 = tab1 == Str::npos ? Str::npos : line.find(u'\t', tab1 + 1);
+        lines.push_back(tab2 == Str::npos ? line : line.substr(tab2 + 1));
+        start = end + 2;
+    }
+    return lines;
 }
 
 std::size_t SessionHarness::errorDialogs() const {

@@ -51,6 +51,9 @@ class RecordingPaneView : public hb::PaneView {
     std::array<Combo, 3> combos;
     int layouts = 0;
     int doEventsCalls = 0;
+    // A combo box raises Click when code changes its selection, as the
+    // control's combo boxes do; set to the pane to hear it.
+    hb::Pane* clickTarget = nullptr;
 
     void setLabel(int index, bool visible, const Str& caption) override;
     void setComboVisible(int index, bool visible) override;
@@ -80,6 +83,8 @@ class PaneControl : public hb::Object {
 
     RecordingPaneView view;
     hb::Pane pane;
+    // The host's assignments, in order ("objAppointment", "Settings").
+    std::vector<Str> assigned;
 
     Variant invoke(hb::CallKind kind, const Str& member, hb::Args& args) override;
     Str typeName() const override { return u"Pane"; }
@@ -137,6 +142,11 @@ class SessionHarness {
     // An appointment in the default calendar, 6 May 2024 at 9 + n o'clock.
     std::shared_ptr<sim::Item> addAppointment(const Str& subject, const Str& categories = {},
                                               int hourOffset = 0);
+
+    // Trace log on from the add-in's load (set before start).
+    bool trace = false;
+    // The texts of the trace log's lines, in order.
+    std::vector<Str> traceLines() const;
 
     // ---- Outlook's life ----
     // Starts Outlook on a folder with the add-in loaded by Office.

@@ -1,0 +1,169 @@
+// Outlook's start with the add-in: what the session builds, in which order,
+// and what a first start without any settings does.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "addin/cCalendarReactions.h"
+#include "explorer/cToolBarItem.h"
+#include "session/SessionHarness.h"
+#include "settings/cPersonalSettings.h"
+
+namespace hbtest {
+namespace {
+
+std::size_t settingsAppointments(sim::Outlook& o) {
+    std::size_t n = 0;
+    for (const auto& item : o.calendar()->items) {
+        if (item->subject == hb::kSettingsSubject) ++n;
+    }
+    return n;
+}
+
+std::vector<std::shared_ptr<sim::CommandBarControl>> liveControls(const sim::CommandBar& bar) {
+    std::vector<std::shared_ptr<sim::CommandBarControl>> out;
+    for (const auto& c : bar.controls->list) {
+        if (!c->deleted) out.push_back(c);
+    }
+    return out;
+}
+
+// Position of the first trace line that starts with `text` (npos if none).
+std::size_t traceAt(const std::vector<Str>& lines, const Str& text) {
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        if (lines[i].rfind(text, 0) == 0) return i;
+    }
+    return Str::npos;
+}
+
+TEST(SessionStartup, AFirstStartWithoutSettingsSetsUpOnceAndStartsTheSettingsProgramOnce) {
+    SessionHarness h;
+    h.addProgram(u"HBPersonalSettings.exe");
+    h.start();
+    ASSERT_TRUE(h.loaded());
+
+    // The settings appointment was made, once.
+    EXPECT_EQ(settingsAppointments(h.outlook()), 1u);
+    // The settings program, asked to set up the lists.
+    ASSERT_EQ(h.platform().runs().size(), 1u);
+    EXPECT_NE(h.platform().runs()[0].command.find(u"HBPersonalSettings.exe"), Str::npos);
+    EXPECT_NE(h.platform().runs()[0].command.find(u"True"), Str::npos);
+
+    // The calendar window carries the bar with the buttons and nothing else.
+    auto bar = SessionHarness::addinBar(*h.sc().explorer());
+    ASSERT_NE(bar, nullptr);
+    const auto controls = liveControls(*bar);
+    ASSERT_FALSE(controls.empty());
+    for (const auto& c : controls)
+        EXPECT_EQ(c->type, sim::mso::ControlButton);
+
+    // Looking at appointments afterwards makes no second settings appointment.
+    auto appt = h.addAppointment(u"Review");
+    h.sc().select(h.sc().explorer(), {appt});
+    h.sc().activate(h.sc().explorer());
+    EXPECT_EQ(settingsAppointments(h.outlook()), 1u);
+    EXPECT_EQ(h.platform().runs().size(), 1u);
+    EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
+
+    h.sc().quit();
+    EXPECT_TRUE(h.census().empty()) << h.censusText();
+}
+
+TEST(SessionStartup, StoredListsStartNoSettingsProgram) {
+    SessionHarness h;
+    h.addProgram(u"HBPersonalSettings.exe");
+    h.setLists(workgroupLists());
+    h.start();
+    ASSERT_TRUE(h.loaded());
+    EXPECT_TRUE(h.platform().runs().empty());
+    EXPECT_EQ(h.session().oPersonalSettings->MetaDataLists.size(), 3u);
+    EXPECT_FALSE(h.session().blnSettingsChanged);
+}
+
+TEST(SessionStartup, TheSessionKnowsTheCalendarTheUserAndTheSeparator) {
+    SessionHarness h;
+    h.setListSeparator(u";");
+    h.setLists(workgroupLists());
+    h.start();
+    ASSERT_TRUE(h.loaded());
+    hb::Session& s = h.session();
+    EXPECT_EQ(s.strListSeparator, u";");
+    EXPECT_EQ(s.strCalendarEntryID, h.outlook().calendar()->entryId);
+    EXPECT_EQ(s.strCalendarStoreID, h.outlook().calendar()->storeId);
+    EXPECT_EQ(s.strCurrentUser, u"John Smith");
+    EXPECT_TRUE(s.blnConnected);
+    ASSERT_TRUE(s.oPersonalSettings);
+    EXPECT_EQ(s.strSettingsValue, s.oPersonalSettings->fncBuildBody());
+    EXPECT_TRUE(s.objToolBar);
+    EXPECT_TRUE(s.oAppointments);
+    // One wrapper for the one window, none for inspectors yet.
+    ASSERT_TRUE(s.oCalendarReactions);
+    EXPECT_EQ(s.oCalendarReactions->colExplorers.size(), 1u);
+    EXPECT_TRUE(s.oCalendarReactions->colInspectors.empty());
+    // Office 2007 handed over its task pane factory.
+    EXPECT_FALSE(s.oCTPFactory.isEmpty());
+    EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
+}
+
+TEST(SessionStartup, TheWorkingStateIsBuiltInItsOrder) {
+    SessionHarness h;
+    h.trace = true;
+    h.setLists(workgroupLists());
+    h.start();
+    ASSERT_TRUE(h.loaded());
+
+    const auto lines = h.traceLines();
+    const std::vector<Str> order = {
+        u"Getting List separator from computer settings!",
+        u"Creating a new object for holding buttons",
+        u"Setting reference to the default Outlook Calendar",
+        u"Getting current user full name from mailbox name",
+        u"Reading Hourbook settings from Registry!",
+        u"Setting a reference to the explorers collection cCalendarReactions",
+        u"Adding the new explorer to the collection",
+        u"Reacting to Explorer Activate event",
+    };
+    std::size_t last = 0;
+    for (const Str& text : order) {
+        const std::size_t at = traceAt(lines, text);
+        ASSERT_NE(at, Str::npos) << hb::toUtf8(text);
+        EXPECT_GE(at, last) << hb::toUtf8(text);
+        last = at;
+    }
+
+    // In Outlook: the calendar first, then the event sources, the watcher
+    // on the calendar's items, and last the active window is activated.
+    std::vector<std::string> calls;
+    for (const auto& r : h.instruments().log()) {
+        const std::string m = hb::toUtf8(r.member);
+        if (m == "GetDefaultFolder" || m == "ExplorersEvents" || m == "InspectorsEvents" ||
+            m == "ItemsEvents" || m == "Activate") {
+            if (std::find(calls.begin(), calls.end(), m) == calls.end()) calls.push_back(m);
+        }
+    }
+    const std::vector<std::string> expected = {"GetDefaultFolder", "ExplorersEvents",
+                                               "InspectorsEvents", "ItemsEvents", "Activate"};
+    EXPECT_EQ(calls, expected);
+}
+
+TEST(SessionStartup, OutlookWithoutTaskPanesStartsTheSame) {
+    SessionHarness h(u"11.0.8217");
+    h.setLists(workgroupLists());
+    h.start();
+    ASSERT_TRUE(h.loaded());
+    EXPECT_TRUE(h.session().oCTPFactory.isEmpty());
+    EXPECT_NE(SessionHarness::addinBar(*h.sc().explorer()), nullptr);
+    EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
+}
+
+TEST(SessionStartup, AStartOnTheInboxTracksTheWindowWithoutABar) {
+    SessionHarness h;
+    h.setLists(workgroupLists());
+    h.start(sim::ol::FolderInbox);
+    ASSERT_TRUE(h.loaded());
+    EXPECT_EQ(h.session().oCalendarReactions->colExplorers.size(), 1u);
+    EXPECT_EQ(SessionHarness::addinBar(*h.sc().explorer()), nullptr);
+}
+
+}  // namespace
+}  // namespace hbtest
