@@ -1,0 +1,109 @@
+# The Windows layer of the MinGW-w64 cross builds (presets win64 and win32),
+# included by cmake/HbTargets.cmake after the portable areas:
+#
+#   hb_win32       src/platform/win32 (the Win32 Platform), an object library
+#   HBAddin        HBAddin.dll: src/win + hb_win32 + hbcore, with VERSIONINFO
+#                  and the LANGUAGE resource
+#   gtest          GoogleTest built from Debian's source (/usr/src/googletest)
+#   hb_wintests    tests/win/*.cpp, GoogleTest, run under Wine by CTest
+#   hb_selfcheck   tests/win/selfcheck: loads HBAddin.dll and reports on it
+#
+# The test programs run through ${CMAKE_BINARY_DIR}/wine-run.sh (generated from
+# cmake/wine-run.sh.in), which uses the build tree's own Wine prefix.
+
+enable_language(RC)
+
+option(HB_WIN_TESTS "Build the Windows test programs (GoogleTest from Debian's source)" ON)
+option(HB_WINE_TESTS "Register the Windows test programs in CTest, run under Wine" ON)
+set(HB_GTEST_SOURCE_DIR /usr/src/googletest CACHE PATH "GoogleTest's source (Debian package googletest)")
+set(HB_WINEPREFIX ${CMAKE_BINARY_DIR}/wineprefix CACHE PATH "The build tree's private Wine prefix")
+
+set(HB_WIN_LIBS advapi32 shell32 ole32 oleaut32 user32 version)
+# Windows 7 API level; the headers and import libraries of MinGW-w64 cover it.
+set(HB_WIN_DEFS UNICODE _UNICODE _WIN32_WINNT=0x0601 WINVER=0x0601)
+
+# Version numbers and the LANGUAGE file's path for the resource script.
+configure_file(${CMAKE_CURRENT_LIST_DIR}/hb_build.h.in ${CMAKE_BINARY_DIR}/generated/hb_build.h @ONLY)
+
+# ---------------------------------------------------------------- Win32 Platform
+file(GLOB hb_win32_srcs CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/platform/win32/*.cpp)
+add_library(hb_win32 OBJECT ${hb_win32_srcs})
+target_include_directories(hb_win32 PUBLIC ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR})
+target_compile_definitions(hb_win32 PUBLIC ${HB_WIN_DEFS}
+                           HB_VERSION_MAJOR=${PROJECT_VERSION_MAJOR}
+                           HB_VERSION_MINOR=${PROJECT_VERSION_MINOR}
+                           HB_VERSION_PATCH=${PROJECT_VERSION_PATCH})
+target_link_libraries(hb_win32 PUBLIC ${HB_WIN_LIBS})
+
+# ---------------------------------------------------------------- HBAddin.dll
+file(GLOB hb_dll_srcs CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/win/*.cpp)
+set(hb_dll_rc ${PROJECT_SOURCE_DIR}/src/win/HBAddin.rc)
+add_library(HBAddin SHARED ${hb_dll_srcs} ${hb_dll_rc} ${PROJECT_SOURCE_DIR}/src/win/HBAddin.def)
+set_target_properties(HBAddin PROPERTIES PREFIX "" OUTPUT_NAME HBAddin)
+target_include_directories(HBAddin PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}
+                           ${CMAKE_BINARY_DIR}/generated)
+target_compile_definitions(HBAddin PRIVATE ${HB_WIN_DEFS})
+# hb_win32's objects go into the DLL; hbcore (every portable area) after them.
+target_link_libraries(HBAddin PRIVATE hb_win32 hbcore ${HB_WIN_LIBS})
+if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+  # The .def file names the __stdcall entry points undecorated; the linker
+  # resolves them to the decorated symbols (DllCanUnloadNow@0, ...).
+  target_link_options(HBAddin PRIVATE -Wl,--enable-stdcall-fixup)
+endif()
+set_source_files_properties(${hb_dll_rc} PROPERTIES OBJECT_DEPENDS
+                            "${HB_LANGUAGE_FILE};${CMAKE_BINARY_DIR}/generated/hb_build.h")
+add_dependencies(HBAddin hb_language)
+
+if(NOT HB_WIN_TESTS)
+  return()
+endif()
+
+# ---------------------------------------------------------------- GoogleTest (MinGW-w64)
+set(BUILD_GMOCK OFF)
+set(INSTALL_GTEST OFF)
+set(gtest_force_shared_crt OFF)
+set(gtest_build_tests OFF)
+set(gtest_build_samples OFF)
+set(gtest_disable_pthreads OFF)
+if(NOT EXISTS ${HB_GTEST_SOURCE_DIR}/CMakeLists.txt)
+  message(FATAL_ERROR "GoogleTest's source is missing at ${HB_GTEST_SOURCE_DIR} "
+                      "(Debian: apt-get install googletest)")
+endif()
+add_subdirectory(${HB_GTEST_SOURCE_DIR} ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
+# GoogleTest is not held to the project's warning level.
+target_compile_options(gtest PRIVATE -w)
+target_compile_options(gtest_main PRIVATE -w)
+
+# ---------------------------------------------------------------- Wine runner
+configure_file(${CMAKE_CURRENT_LIST_DIR}/wine-run.sh.in ${CMAKE_BINARY_DIR}/wine-run.sh @ONLY)
+file(CHMOD ${CMAKE_BINARY_DIR}/wine-run.sh PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE
+     GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+set(HB_WINE_RUN ${CMAKE_BINARY_DIR}/wine-run.sh)
+
+# ---------------------------------------------------------------- hb_wintests
+file(GLOB hb_wintest_srcs CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/win/*.cpp)
+add_executable(hb_wintests ${hb_wintest_srcs})
+target_include_directories(hb_wintests PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}
+                           ${PROJECT_SOURCE_DIR}/tests ${CMAKE_BINARY_DIR}/generated)
+target_link_libraries(hb_wintests PRIVATE hb_win32 hbcore gtest gtest_main ${HB_WIN_LIBS})
+set_target_properties(hb_wintests PROPERTIES CROSSCOMPILING_EMULATOR ${HB_WINE_RUN})
+add_dependencies(hb_wintests HBAddin)  # the tests load HBAddin.dll from their own folder
+
+# ---------------------------------------------------------------- hb_selfcheck
+add_executable(hb_selfcheck ${PROJECT_SOURCE_DIR}/tests/win/selfcheck/hb_selfcheck.cpp)
+target_include_directories(hb_selfcheck PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}
+                           ${CMAKE_BINARY_DIR}/generated)
+target_link_libraries(hb_selfcheck PRIVATE hb_win32 hbcore ${HB_WIN_LIBS})
+set_target_properties(hb_selfcheck PROPERTIES CROSSCOMPILING_EMULATOR ${HB_WINE_RUN})
+add_dependencies(hb_selfcheck HBAddin)
+
+if(HB_WINE_TESTS)
+  enable_testing()
+  include(GoogleTest)
+  # Each GoogleTest test is a CTest test "wine.<Suite>.<Test>", listed under
+  # Wine when ctest starts (no Wine needed to build).
+  gtest_discover_tests(hb_wintests TEST_PREFIX "wine." DISCOVERY_MODE PRE_TEST
+                       DISCOVERY_TIMEOUT 120 PROPERTIES LABELS wine TIMEOUT 120)
+  add_test(NAME wine.selfcheck COMMAND hb_selfcheck)
+  set_tests_properties(wine.selfcheck PROPERTIES LABELS wine TIMEOUT 120)
+endif()
