@@ -155,7 +155,7 @@ bool validPropertyType(std::int32_t t) {
 }
 
 Str entryIdText(std::uint64_t n, const char* prefix) {
-    char buf[64];
+    char buf[96];  // the prefix and 24 digits, with room to spare (-O2 checks it)
     std::snprintf(buf, sizeof buf, "%s%024llX", prefix, static_cast<unsigned long long>(n));
     return hb::fromUtf8(buf);
 }
