@@ -1,0 +1,251 @@
+// The task pane control's logic: filling itself from the settings text,
+// preselecting the appointment's values, writing a choice back into the
+// appointment (or its series) and its subject, and the billing test.
+#include <gtest/gtest.h>
+
+#include "common/AutomationError.h"
+#include "inspector/Pane.h"
+#include "session/SessionHarness.h"
+#include "settings/cPersonalSettings.h"
+
+namespace hbtest {
+namespace {
+
+std::vector<std::string> categoriesPuts(sim::Instruments& instr) {
+    std::vector<std::string> out;
+    for (const auto& r : instr.log()) {
+        if (r.op == sim::CallOp::PropertyPut && r.member == u"Categories") out.push_back(r.args);
+    }
+    return out;
+}
+
+class PaneLogic : public ::testing::Test {
+  protected:
+    void start(const std::vector<MetaList>& lists = workgroupLists()) {
+        h.setLists(lists);
+        h.start();
+        ASSERT_TRUE(h.loaded());
+        control = std::make_shared<PaneControl>(h.session());
+    }
+    // The host's two assignments: the item, then the settings text.
+    void show(const std::shared_ptr<sim::Item>& item) {
+        control->pane.setObjAppointment(
+            h.instruments().toAddin(Variant(hb::ObjectPtr(item)), u"test"));
+        control->pane.setSettings(h.session().oPersonalSettings->fncBuildBody());
+    }
+    RecordingPaneView& view() { return control->view; }
+    hb::cPersonalSettings& settings() { return *h.session().oPersonalSettings; }
+
+    SessionHarness h;
+    std::shared_ptr<PaneControl> control;
+};
+
+TEST_F(PaneLogic, ThreeListsShowThreeLabelledBoxesWithTheItemsValues) {
+    start();
+    auto appt = h.addAppointment(u"Review", u"Globex, Jones, Office");
+    show(appt);
+    EXPECT_EQ(view().labels[0].caption, u"Company");
+    EXPECT_EQ(view().labels[1].caption, u"Person");
+    EXPECT_EQ(view().labels[2].caption, u"Extra Field");
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_TRUE(view().labels[i].visible);
+        EXPECT_TRUE(view().combos[i].visible);
+    }
+    const std::vector<Str> companies = {u"Acme", u"Globex", u"Initech"};
+    EXPECT_EQ(view().combos[0].items, companies);
+    EXPECT_EQ(view().selected(0), u"Globex");
+    EXPECT_EQ(view().selected(1), u"Jones");
+    EXPECT_EQ(view().selected(2), u"Office");
+    EXPECT_GE(view().layouts, 1);
+}
+
+TEST_F(PaneLogic, FewerListsLeaveTheRestHiddenAndOutOfTheChoice) {
+    start({{u"Company", {u"Acme", u"Globex"}}, {u"Person", {u"Smith"}}});
+    auto appt = h.addAppointment(u"Review", u"Globex, Smith");
+    show(appt);
+    EXPECT_TRUE(view().labels[1].visible);
+    EXPECT_FALSE(view().labels[2].visible);
+    EXPECT_EQ(view().labels[2].caption, u"META");
+    EXPECT_FALSE(view().combos[2].visible);
+    EXPECT_TRUE(view().combos[2].items.empty());
+
+    // Whatever the hidden box holds is not part of the choice.
+    view().combos[2].typed = u"Travel";
+    h.instruments().resetCounts();
+    ASSERT_TRUE(control->pick(0, u"Acme"));
+    EXPECT_EQ(categoriesPuts(h.instruments()), std::vector<std::string>{"String \",Acme,Smith\""});
+    EXPECT_EQ(appt->categories, u"Acme, Smith");
+    EXPECT_EQ(view().doEventsCalls, 1);
+}
+
+TEST_F(PaneLogic, AValueThatIsNotInTheListIsNotSelected) {
+    start();
+    auto appt = h.addAppointment(u"Review", u"Nobody, Smith");
+    show(appt);
+    EXPECT_EQ(view().combos[0].listIndex, -1);
+    EXPECT_EQ(view().selected(1), u"Smith");
+    EXPECT_EQ(view().combos[2].listIndex, -1);
+}
+
+TEST_F(PaneLogic, AClickWhileTheControlFillsItselfChangesNothing) {
+    start();
+    auto appt = h.addAppointment(u"Review", u"Globex, Jones, Office");
+    // The boxes raise Click as their selection is set.
+    view().clickTarget = &control->pane;
+    h.instruments().resetCounts();
+    show(appt);
+    EXPECT_EQ(view().selected(0), u"Globex");
+    EXPECT_TRUE(categoriesPuts(h.instruments()).empty());
+    EXPECT_EQ(view().doEventsCalls, 0);
+
+    // Once filled, a changed selection is written.
+    view().setComboListIndex(0, 0);
+    EXPECT_EQ(categoriesPuts(h.instruments()),
+              std::vector<std::string>{"String \",Acme,Jones,Office\""});
+}
+
+TEST_F(PaneLogic, AnExceptionShowsAndWritesItsSeries) {
+    start();
+    auto series = h.outlook().calendar()->addRecurringAppointment(
+        u"Weekly", sim::makeDate(2024, 5, 6, 9), sim::makeDate(2024, 5, 6, 10), u"Acme, Smith");
+    auto exception =
+        series->addException(sim::makeDate(2024, 5, 13, 11), sim::makeDate(2024, 5, 13, 12));
+    exception->setCategories(u"Globex");
+    show(exception);
+    EXPECT_EQ(view().selected(0), u"Acme");
+    EXPECT_EQ(view().selected(1), u"Smith");
+
+    ASSERT_TRUE(control->pick(2, u"Travel"));
+    EXPECT_EQ(series->categories, u"Acme, Smith, Travel");
+    EXPECT_EQ(exception->categories, u"Globex");
+}
+
+TEST_F(PaneLogic, TheUsersSeparatorJoinsTheValues) {
+    h.setListSeparator(u";");
+    start();
+    auto appt = h.addAppointment(u"Review");
+    show(appt);
+    h.instruments().resetCounts();
+    control->pick(0, u"Acme");
+    control->pick(1, u"Smith");
+    control->pick(2, u"Travel");
+    const auto puts = categoriesPuts(h.instruments());
+    ASSERT_EQ(puts.size(), 3u);
+    EXPECT_EQ(puts[2], "String \";Acme;Smith;Travel\"");
+}
+
+TEST_F(PaneLogic, TheSubjectFollowsOnlyWhenEmptyOrBillingInformation) {
+    start();
+    settings().blnWriteSubject = true;
+    struct Case {
+        Str subject;
+        Str expected;
+    };
+    const Case cases[] = {
+        {u"", u"Acme, Smith, Travel"},
+        {u"Meeting with the board", u"Meeting with the board"},
+        {u"Globex", u"Acme, Smith, Travel"},                   // written by the add-in before
+        {u"Globex, Jones", u"Acme, Smith, Travel"},            // so was this
+        {u"Globex, Jones, Office", u"Globex, Jones, Office"},  // three pieces: never
+    };
+    int hour = 0;
+    for (const Case& c : cases) {
+        SCOPED_TRACE(hb::toUtf8(c.subject));
+        auto appt = h.addAppointment(c.subject, u"Acme, Smith", hour++);
+        auto pane = std::make_shared<PaneControl>(h.session());
+        pane->pane.setObjAppointment(h.instruments().toAddin(Variant(hb::ObjectPtr(appt)), u"t"));
+        pane->pane.setSettings(settings().fncBuildBody());
+        ASSERT_TRUE(pane->pick(2, u"Travel"));
+        EXPECT_EQ(appt->subject, c.expected);
+    }
+}
+
+TEST_F(PaneLogic, WithoutTheWriteSubjectSettingTheSubjectStays) {
+    start();
+    auto appt = h.addAppointment(u"");
+    show(appt);
+    control->pick(0, u"Acme");
+    EXPECT_EQ(appt->categories, u"Acme");
+    EXPECT_EQ(appt->subject, u"");
+}
+
+TEST_F(PaneLogic, WithoutAnAppointmentNothingIsWrittenAndNothingShown) {
+    start();
+    control->pane.setSettings(settings().fncBuildBody());
+    EXPECT_TRUE(view().combos[0].visible);
+    EXPECT_EQ(view().combos[0].listIndex, -1);
+    h.instruments().resetCounts();
+    control->pick(0, u"Acme");
+    EXPECT_TRUE(categoriesPuts(h.instruments()).empty());
+    EXPECT_TRUE(h.platform().messageBoxes().empty());
+}
+
+TEST_F(PaneLogic, TheHostReachesTheControlThroughItsTwoProperties) {
+    start();
+    auto appt = h.addAppointment(u"Review", u"Initech");
+    hb::Object& object = *control;
+    object.putRef(u"objAppointment",
+                  h.instruments().toAddin(Variant(hb::ObjectPtr(appt)), u"test"));
+    object.put(u"Settings", Variant(settings().fncBuildBody()));
+    EXPECT_EQ(view().selected(0), u"Initech");
+    EXPECT_EQ(sim::Instruments::simObject(object.get(u"objAppointment")), appt);
+    // Settings can only be written; other members do not exist.
+    try {
+        (void)object.get(u"Settings");
+        ADD_FAILURE() << "reading Settings";
+    } catch (const hb::AutomationError&) {
+    }
+    try {
+        (void)object.call(u"Refresh");
+        ADD_FAILURE() << "an unknown member";
+    } catch (const hb::AutomationError& e) {
+        EXPECT_EQ(e.number(), hb::err::NoSuchMember);
+    }
+}
+
+TEST_F(PaneLogic, TheControlLetsGoOfTheAppointmentWhenItEnds) {
+    start();
+    auto appt = h.addAppointment(u"Review");
+    const auto before = h.instruments().liveHandleCount();
+    show(appt);
+    EXPECT_GT(h.instruments().liveHandleCount(), before);
+    control.reset();
+    EXPECT_EQ(h.instruments().liveHandleCount(), before);
+}
+
+TEST_F(PaneLogic, BillingInformationIsRecognisedPieceByPiece) {
+    start();
+    hb::Session& s = h.session();
+    EXPECT_TRUE(hb::fncIsHourbookData(s, u"Acme"));
+    EXPECT_TRUE(hb::fncIsHourbookData(s, u"  acme "));
+    EXPECT_TRUE(hb::fncIsHourbookData(s, u"Acme, Smith"));
+    EXPECT_TRUE(hb::fncIsHourbookData(s, u"Nobody, smith"));
+    EXPECT_TRUE(hb::fncIsHourbookData(s, u",Acme,,"));
+    // Without a comma only the first list is asked.
+    EXPECT_FALSE(hb::fncIsHourbookData(s, u"Smith"));
+    // Two pieces that match nothing step past the last piece: no.
+    EXPECT_FALSE(hb::fncIsHourbookData(s, u"Nobody, Nothing"));
+    // The comma decides, not the list separator.
+    EXPECT_FALSE(hb::fncIsHourbookData(s, u"Nobody;Smith"));
+    // Three or more pieces are never billing information.
+    EXPECT_FALSE(hb::fncIsHourbookData(s, u"Acme, Smith, Travel"));
+    EXPECT_FALSE(hb::fncIsHourbookData(s, u"Meeting with the board"));
+    EXPECT_FALSE(hb::fncIsHourbookData(s, u""));
+    EXPECT_TRUE(h.platform().messageBoxes().empty());
+}
+
+TEST(PaneWithoutSettings, NothingIsShownAndNothingRaised) {
+    hb::MemoryPlatform platform;
+    hb::Session s(platform);
+    PaneControl control(s);
+    control.pane.setSettings(u"2\r\nC:\\\r\n0\r\nFalse\r\nFalse\r\nFalse\r\nCompany:Acme;\r\n");
+    EXPECT_FALSE(control.view.combos[0].visible);
+    control.view.combos[0].items = {u"Acme"};
+    control.view.combos[0].visible = true;
+    EXPECT_TRUE(control.pick(0, u"Acme"));
+    EXPECT_FALSE(hb::fncIsHourbookData(s, u"Acme"));
+    EXPECT_TRUE(platform.messageBoxes().empty());
+}
+
+}  // namespace
+}  // namespace hbtest
