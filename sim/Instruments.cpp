@@ -262,6 +262,7 @@ Variant Handle::invoke(hb::CallKind kind, const Str& member, Args& args) {
     instruments_->beforeCall(*target_, member, toOp(kind), args);
     Args simArgs = Instruments::toSim(args);
     Variant result = target_->invoke(kind, member, simArgs);
+    if (result.type() != Variant::Type::Object) return result;
     return instruments_->toAddin(result, target_->typeName() + u"." + member);
 }
 

@@ -22,6 +22,10 @@
 //    whose Subject is that text (letter case ignored); no match raises
 //    "The attempted operation failed.  An object could not be found."
 //    Items.Find("[Subject]='text'") gives the first match or Nothing.
+//    UserProperties.Find(name) and UserProperties(name) give Nothing for a
+//    missing property.
+//  - Setting an appointment's Start moves its End with it (the duration
+//    stays), as Outlook does.
 //  - Categories is kept as a list of keywords: an assigned text is split at
 //    the list separator, each piece trimmed, empty pieces and repeats
 //    (letter case ignored) dropped, and reading joins them with the list

@@ -32,7 +32,8 @@ void Scenario::startOutlook(std::shared_ptr<Addin> addin, std::int32_t startFold
     if (outlook_->running) throw ScenarioError("Outlook runs already");
     Outlook& o = *outlook_;
     o.running = true;
-    auto first = o.openExplorer(o.defaultFolder(startFolder));
+    std::shared_ptr<Explorer> first;
+    if (startFolder != 0) first = o.openExplorer(o.defaultFolder(startFolder));
     Instruments& instr = o.instruments();
     if (addin) {
         addin_ = std::move(addin);
@@ -63,7 +64,7 @@ void Scenario::startOutlook(std::shared_ptr<Addin> addin, std::int32_t startFold
     }
     o.application()->raiseEvent(u"ApplicationEvents", u"Startup", {});
     o.pump();
-    if (first->open) o.activate(first);
+    if (first && first->open) o.activate(first);
     o.pump();
 }
 

@@ -97,8 +97,10 @@ class Scenario {
     // OnConnection(Application, ext_cm_Startup, the COMAddIn), from version
     // 12 on CTPFactoryAvailable(the task pane factory), OnStartupComplete,
     // then Application's Startup event; then the explorer is shown
-    // (Activate). A connection call that raises is recorded in
-    // addinErrors and the add-in is not loaded (as Office does).
+    // (Activate). startFolder 0: Outlook runs without any window, as when
+    // an automation client started it (ActiveExplorer is Nothing). A
+    // connection call that raises is recorded in addinErrors and the add-in
+    // is not loaded (as Office does).
     void startOutlook(std::shared_ptr<Addin> addin = nullptr,
                       std::int32_t startFolder = ol::FolderInbox);
     // The user exits Outlook (also what happens when the last window

@@ -208,3 +208,22 @@ TEST(SimWindows, ConnectionFailureUnloadsTheAddin) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(SimWindows, WithoutAWindowActiveExplorerIsNothingUntilOneIsAdded) {
+    Scenario sc;
+    auto addin = std::make_shared<TestAddin>();
+    sc.startOutlook(addin, 0);
+    EXPECT_TRUE(addin->app.call(u"ActiveExplorer").isNothing());
+    EXPECT_TRUE(addin->app.call(u"ActiveWindow").isNothing());
+    Variant explorers = addin->app.get(u"Explorers");
+    Variant inbox = addin->app.call(u"GetNamespace", {Str(u"MAPI")})
+                        .call(u"GetDefaultFolder", {std::int32_t{6}});
+    explorers.call(u"Add", {inbox, std::int32_t{0}});
+    explorers.call(u"Item", {std::int32_t{1}}).call(u"Activate");
+    EXPECT_EQ(addin->app.call(u"ActiveExplorer").get(u"Caption").toStr(),
+              u"Inbox - Microsoft Outlook");
+}
+
+}  // namespace
