@@ -106,8 +106,9 @@ class Variant {
     void put(const Str& member, Variant value, Args args = {}) const;
     Variant call(const Str& member, Args args = {}) const;
 
-    // Same type and same value (objects: same pointer). For tests and caches;
-    // the language's own "=" is not modelled.
+    // Same type and same value (objects: same pointer; a by-reference slot
+    // compares as its target). For tests and caches; the language's own "="
+    // is not modelled.
     friend bool operator==(const Variant& a, const Variant& b);
 
   private:

@@ -140,6 +140,9 @@ TEST(MemoryFiles, FoldersFilesAndAppend) {
     EXPECT_EQ(p.readTextFile(log), Str(u"one\r\ntwo\r\n"));
     p.failNext("createFolder");
     EXPECT_FALSE(p.createFolder(u"C:\\Users\\John\\Documents\\My OLAP"));
+    p.failNext("moduleFolder");
+    EXPECT_EQ(p.moduleFolder(), u"");
+    EXPECT_EQ(p.moduleFolder(), u"C:\\Program Files\\Hourbook");
     p.setDocumentsFolder(u"E:\\Docs");
     p.clearFailures();
     EXPECT_EQ(p.specialFolder(win::CSIDL_PERSONAL), Str(u"E:\\Docs"));

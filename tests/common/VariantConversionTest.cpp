@@ -285,6 +285,16 @@ TEST(CStr, Dates) {
     EXPECT_EQ(Variant(Date{dt::timeFraction(13, 45, 0)}).toStr(), u"1:45:00 PM");
     EXPECT_EQ(Variant(Date{0.0}).toStr(), u"12:00:00 AM");
     EXPECT_EQ(Variant(Date{1.0}).toStr(), u"12/31/1899");
+    EXPECT_EQ(Variant(Date{-1.25}).toStr(), u"12/29/1899 6:00:00 AM");
+    EXPECT_EQ(Variant(Date{dt::serial(2050, 1, 1)}).toStr(), u"1/1/2050");
+    Locale iso;
+    iso.shortDate = u"yyyy-MM-dd";
+    iso.longTime = u"HH:mm:ss";
+    EXPECT_EQ(Variant(Date{d + 0.75}).toStr(iso), u"2024-03-05 18:00:00");
+    EXPECT_EQ(S(u"2024-03-05 18:00:00").toDate(iso).days, d + 0.75);
+    Locale quoted;
+    quoted.shortDate = u"dddd, d 'de' MMMM yyyy";
+    EXPECT_EQ(Variant(Date{d}).toStr(quoted), u"Tuesday, 5 de March 2024");
     EXPECT_EQ(Variant(Date{d + dt::timeFraction(13, 45, 0)}).toStr(german()),
               u"05.03.2024 13:45:00");
     EXPECT_EQ(Variant(Date{d}).toStr(german()), u"05.03.2024");

@@ -420,7 +420,7 @@ bool MemoryPlatform::appendLine(const Str& path, const Str& line) {
 }
 
 Str MemoryPlatform::moduleFolder() {
-    ++calls_["moduleFolder"];
+    if (failing("moduleFolder")) return Str();
     return moduleFolder_;
 }
 

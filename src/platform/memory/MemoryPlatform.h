@@ -8,14 +8,15 @@
 // function ("regCreateKey", "regOpenKey", "regQueryValue", "regSetString",
 // "regSetDword", "regDeleteValue", "regDeleteTree", "specialFolder",
 // "fileExists", "folderExists", "createFolder", "readTextFile",
-// "appendLine", "resource", "createComponent", "getActiveObject",
+// "appendLine", "moduleFolder", "resource", "createComponent", "getActiveObject",
 // "createObject", "messageBox", "run", "expandEnvironment", "localeInfo",
 // "windowsVersion", "addinVersion"). A failing call does what the Windows
 // call does on failure:
 //  - registry operations return the code given (regCloseKey cannot fail);
 //  - specialFolder, readTextFile and resource return nullopt; fileExists,
 //    folderExists, createFolder, appendLine and createComponent false;
-//    getActiveObject and createObject Nothing; messageBox 0;
+//    getActiveObject and createObject Nothing; messageBox 0 (the box is
+//    recorded all the same); moduleFolder an empty text;
 //  - run raises an AutomationError with the code and description given;
 //  - expandEnvironment returns the text unchanged; localeInfo returns 0 and
 //    an empty text; windowsVersion ok = false; addinVersion 0.0.0.
