@@ -1,0 +1,193 @@
+// The explorer side under load: three metadata lists of 10,000 entries each.
+//  - start-up of Outlook with the add-in until the calendar window has its bar,
+//  - a selection change in the calendar (the boxes refilled and set),
+//  - a value picked in a box (written, saved, shown again).
+// Beside the time each reports the object-model calls the add-in made
+// (counted by the simulated Outlook) per operation.
+#include <benchmark/benchmark.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+#include "addin/OHBAddinDesigner.h"
+#include "common/Constants.h"
+#include "platform/memory/MemoryPlatform.h"
+#include "sim/Scenario.h"
+
+namespace {
+
+using hb::Str;
+using hb::Variant;
+
+constexpr int kEntries = 10000;
+const Str kSettingsKey = u"Software\\Brindlewood\\Hourbook for Outlook\\Settings";
+
+// The generated LANGUAGE resource beside the benchmark's build tree.
+std::vector<std::uint8_t> languageResource() {
+    static const std::vector<std::uint8_t> bytes = [] {
+        char buffer[4096] = {};
+        const ssize_t n = ::readlink("/proc/self/exe", buffer, sizeof buffer - 1);
+        std::string exe = n > 0 ? std::string(buffer, static_cast<std::size_t>(n)) : std::string();
+        const auto slash = exe.rfind('/');
+        const std::string file =
+            (slash == std::string::npos ? std::string(".") : exe.substr(0, slash)) +
+            "/generated/LANGUAGE.utf16";
+        std::ifstream in(file, std::ios::binary);
+        if (!in) throw std::runtime_error("LANGUAGE resource not found at " + file);
+        return std::vector<std::uint8_t>(std::istreambuf_iterator<char>(in),
+                                         std::istreambuf_iterator<char>());
+    }();
+    return bytes;
+}
+
+const Str& metadataText() {
+    static const Str text = [] {
+        Str t;
+        for (const char16_t* caption : {u"Company", u"Person", u"Extra Field"}) {
+            t += Str(caption) + u":";
+            for (int i = 1; i <= kEntries; ++i)
+                t += Str(caption) + u" " + hb::toStr(i) + u";";
+            t += u"\r\n";
+        }
+        return t;
+    }();
+    return text;
+}
+
+class Designer : public sim::Addin {
+  public:
+    explicit Designer(hb::Platform& p) : designer(p) {}
+    hb::OHBAddinDesigner designer;
+    void onConnection(const Variant& app, std::int32_t mode, const Variant& inst,
+                      hb::Args& custom) override {
+        designer.AddinInstance_OnConnection(app, mode, inst, custom);
+    }
+    void ctpFactoryAvailable(const Variant& factory) override {
+        designer.ICustomTaskPaneConsumer_CTPFactoryAvailable(factory);
+    }
+    void onBeginShutdown(hb::Args& custom) override {
+        designer.AddinInstance_OnBeginShutdown(custom);
+    }
+    void onDisconnection(std::int32_t mode, hb::Args& custom) override {
+        designer.AddinInstance_OnDisconnection(mode, custom);
+    }
+};
+
+// Outlook with a calendar of two appointments and the workgroup's three big
+// lists in the registry, not yet started.
+struct World {
+    hb::MemoryPlatform platform;
+    sim::Scenario sc;
+    std::shared_ptr<sim::Item> a, b;
+
+    World() {
+        platform.setResource(u"CUSTOM", u"LANGUAGE", languageResource());
+        platform.setAddinVersion(hb::ModuleVersion{4, 0, 1});
+        platform.addFolder(platform.documentsFolder());
+        platform.addFolder(platform.moduleFolder());
+        platform.setString(kSettingsKey, u"ReportChoice", u"2");
+        platform.setString(kSettingsKey, u"ReportValue",
+                           platform.documentsFolder() + u"\\My Hourbooks\\");
+        platform.setString(kSettingsKey, u"PersonalRate", u"0");
+        for (const char16_t* name :
+             {u"FilterEvents", u"FilterPrivate", u"FilterRecurring", u"Convert24", u"RemoveLunch",
+              u"CreateLocalCube", u"StartGrid", u"WriteSubject"}) {
+            platform.setString(kSettingsKey, name, u"False");
+        }
+        platform.setString(kSettingsKey, u"Convert24Hours", u"8");
+        platform.setString(kSettingsKey, u"RemoveLunchHours", u"0.75");
+        platform.setString(kSettingsKey, u"MetadataList", metadataText());
+
+        sim::Outlook& o = sc.outlook();
+        o.addStore(u"Mailbox - John Smith");
+        auto cal = o.calendar();
+        (void)o.inbox();
+        a = cal->addAppointment(u"Review", sim::makeDate(2024, 5, 6, 9),
+                                sim::makeDate(2024, 5, 6, 10),
+                                u"Company 5000, Person 17, Extra Field 9999");
+        b = cal->addAppointment(u"Planning", sim::makeDate(2024, 5, 6, 11),
+                                sim::makeDate(2024, 5, 6, 12), u"Company 3");
+        platform.setActiveObject(
+            u"Outlook.Application",
+            sc.instruments().toAddin(Variant(hb::ObjectPtr(o.application())), u"GetObject"));
+        sc.instruments().setLogging(false);
+    }
+    ~World() {
+        sc.quit();
+        platform.setActiveObject(u"Outlook.Application", Variant::nothing());
+    }
+    void start() { sc.startOutlook(std::make_shared<Designer>(platform), sim::ol::FolderCalendar); }
+    std::shared_ptr<sim::CommandBarControl> combo(int n) {
+        auto bar = sim::Scenario::bar(*sc.explorer(), hb::kProductCaption);
+        if (!bar) throw std::runtime_error("no bar");
+        int seen = 0;
+        for (const auto& c : bar->controls->list) {
+            if (c->isComboBox() && ++seen == n) return c;
+        }
+        throw std::runtime_error("no combo box");
+    }
+};
+
+void report(benchmark::State& state, std::uint64_t calls) {
+    state.counters["calls"] =
+        benchmark::Counter(static_cast<double>(calls), benchmark::Counter::kAvgIterations);
+}
+
+void BM_StartupToFirstToolbar(benchmark::State& state) {
+    std::uint64_t calls = 0;
+    for (auto _ : state) {
+        state.PauseTiming();
+        auto world = std::make_unique<World>();
+        world->sc.instruments().resetCounts();
+        state.ResumeTiming();
+
+        world->start();
+
+        state.PauseTiming();
+        if (!sim::Scenario::bar(*world->sc.explorer(), hb::kProductCaption)) {
+            state.SkipWithError("no toolbar after start-up");
+        }
+        calls += world->sc.instruments().callCount();
+        world.reset();
+        state.ResumeTiming();
+    }
+    report(state, calls);
+}
+BENCHMARK(BM_StartupToFirstToolbar)->Unit(benchmark::kMillisecond);
+
+void BM_SelectionChange(benchmark::State& state) {
+    World world;
+    world.start();
+    auto ex = world.sc.explorer();
+    world.sc.instruments().resetCounts();
+    bool first = true;
+    for (auto _ : state) {
+        world.sc.select(ex, {first ? world.a : world.b});
+        first = !first;
+    }
+    if (world.combo(1)->entries.size() != kEntries) state.SkipWithError("boxes not filled");
+    report(state, world.sc.instruments().callCount());
+}
+BENCHMARK(BM_SelectionChange)->Unit(benchmark::kMillisecond);
+
+void BM_ValuePick(benchmark::State& state) {
+    World world;
+    world.start();
+    auto ex = world.sc.explorer();
+    world.sc.select(ex, {world.a});
+    world.sc.instruments().resetCounts();
+    bool first = true;
+    for (auto _ : state) {
+        world.sc.pickInCombo(world.combo(2), first ? u"Person 42" : u"Person 9000");
+        first = !first;
+    }
+    if (world.a->saveCount == 0) state.SkipWithError("nothing saved");
+    report(state, world.sc.instruments().callCount());
+}
+BENCHMARK(BM_ValuePick)->Unit(benchmark::kMillisecond);
+
+}  // namespace
