@@ -65,7 +65,8 @@ TEST_F(RegistryStoreWinTest, StoredAsRegSzBelowTheAddinKey) {
     const Str greek = u"\u0391\u03B8\u03B7\u03BD\u03AC";
     SaveSettingString(p_, u"  " + section_ + u" ", u" Customer ", greek);
     HKEY h = nullptr;
-    const std::wstring path(keyPath().begin(), keyPath().end());
+    const Str key = keyPath();
+    const std::wstring path(key.begin(), key.end());
     ASSERT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, KEY_READ, &h), ERROR_SUCCESS);
     DWORD type = 0;
     wchar_t buffer[64] = {};
