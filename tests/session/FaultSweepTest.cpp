@@ -1,0 +1,244 @@
+// Fault sweep: every scenario is run once to count the object-model calls
+// it makes (N), then again with call k failing, for k from 1 to N. Whatever
+// fails, the add-in lets no error reach Outlook (only its connection call
+// may fail, as Office allows), shows at most one error report per load, and
+// holds nothing of Outlook once Outlook has quit.
+//
+// The sweep runs under the sanitizers on small machines, so by default it
+// samples k evenly (about kSamples runs a scenario, the first and the last
+// call always included); HB_FULL_SWEEP=1 in the environment runs every k.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <functional>
+#include <iostream>
+
+#include "session/SessionHarness.h"
+
+namespace hbtest {
+namespace {
+
+constexpr std::uint64_t kSamples = 24;
+
+// A driver action the user could not take because of an earlier failure
+// (a missing bar, a closed window) is skipped; the scenario goes on.
+void act(const std::function<void()>& action) {
+    try {
+        action();
+    } catch (const sim::ScenarioError&) {
+    }
+}
+
+void pick(SessionHarness& h, const sim::Window& window, int n, const Str& entry) {
+    act([&] {
+        if (auto c = h.combo(window, n)) h.sc().pickInCombo(c, entry);
+    });
+}
+
+void click(SessionHarness& h, const sim::Window& window, std::int32_t faceId) {
+    act([&] {
+        if (auto b = h.button(window, faceId)) h.sc().click(b);
+    });
+}
+
+std::shared_ptr<sim::Explorer> mainWindow(SessionHarness& h) {
+    return h.sc().explorer();
+}
+
+struct SweepScenario {
+    const char* name;
+    Str version;
+    std::function<void(SessionHarness&)> setUp;
+    std::function<void(SessionHarness&)> play;  // after Outlook started
+};
+
+std::vector<SweepScenario> scenarios() {
+    return {
+        {"first start without settings", u"12.0.4518.1014",
+         [](SessionHarness& h) {
+             h.addProgram(u"HBPersonalSettings.exe");
+             h.addAppointment(u"Review");
+         },
+         [](SessionHarness& h) {
+             auto e = mainWindow(h);
+             act([&] { h.sc().select(e, {h.outlook().calendar()->findBySubject(u"Review")}); });
+             act([&] { h.sc().quit(); });
+         }},
+        {"workgroup billing in the calendar window", u"12.0.4518.1014",
+         [](SessionHarness& h) {
+             h.setLists(workgroupLists());
+             h.setSetting(u"WriteSubject", u"True");
+             h.addAppointment(u"", u"", 0);
+             h.addAppointment(u"Meeting with the board", u"Globex, Jones", 2);
+         },
+         [](SessionHarness& h) {
+             auto e = mainWindow(h);
+             auto cal = h.outlook().calendar();
+             auto empty = cal->findBySubject(u"");
+             auto board = cal->findBySubject(u"Meeting with the board");
+             act([&] { h.sc().select(e, {empty}); });
+             pick(h, *e, 1, u"Acme");
+             pick(h, *e, 2, u"Smith");
+             pick(h, *e, 3, u"Travel");
+             act([&] { h.sc().select(e, {board}); });
+             pick(h, *e, 1, u"Initech");
+             act([&] { h.sc().select(e, {empty, board}); });
+             act([&] { h.sc().select(e, {h.outlook().inbox()->addMail(u"Hello")}); });
+             act([&] { h.sc().switchFolder(e, h.outlook().inbox()); });
+             act([&] { h.sc().switchFolder(e, cal); });
+             act([&] { h.sc().activate(e); });
+             act([&] { h.sc().quit(); });
+         }},
+        {"appointment windows with task panes", u"12.0.4518.1014",
+         [](SessionHarness& h) {
+             h.setLists(workgroupLists());
+             h.addAppointment(u"Review", u"Globex, Jones");
+         },
+         [](SessionHarness& h) {
+             auto appt = h.outlook().calendar()->findBySubject(u"Review");
+             std::shared_ptr<sim::Inspector> window;
+             act([&] { window = h.sc().openInspector(appt); });
+             for (const auto& control : h.paneControls())
+                 control->pick(0, u"Acme");
+             h.sc().pump();
+             if (window) {
+                 if (auto pane = h.paneOf(*window)) {
+                     act([&] { h.sc().dockPane(pane, sim::mso::DockBottom); });
+                     act([&] { h.sc().resizePane(pane, 300, 240); });
+                 }
+                 act([&] { h.sc().close(window); });
+             }
+             act([&] {
+                 auto mail = h.sc().openInspector(h.outlook().inbox()->addMail(u"Hello"));
+                 h.sc().close(mail);
+             });
+             act([&] { h.sc().openInspector(appt); });
+             act([&] { h.sc().quit(); });
+         }},
+        {"Outlook 2003: appointment window toolbar and a second window", u"11.0.8217",
+         [](SessionHarness& h) {
+             h.setLists(workgroupLists());
+             h.addAppointment(u"Review", u"Globex, Jones");
+         },
+         [](SessionHarness& h) {
+             auto appt = h.outlook().calendar()->findBySubject(u"Review");
+             std::shared_ptr<sim::Inspector> window;
+             act([&] { window = h.sc().openInspector(appt); });
+             if (window) {
+                 pick(h, *window, 2, u"Smith");
+                 act([&] { h.sc().close(window); });
+             }
+             std::shared_ptr<sim::Explorer> second;
+             act([&] { second = h.sc().openExplorer(h.outlook().calendar()); });
+             if (second) act([&] { h.sc().close(second); });
+             act([&] { h.sc().openInspector(appt); });
+             // The user closes the main window last: Outlook quits.
+             act([&] {
+                 for (const auto& i : std::vector(h.outlook().inspectors()))
+                     h.sc().close(i);
+                 if (auto e = mainWindow(h)) h.sc().close(e);
+             });
+         }},
+        {"series, copies, commands, then the add-ins dialog", u"12.0.4518.1014",
+         [](SessionHarness& h) {
+             h.setLists(workgroupLists());
+             h.setSetting(u"CreateLocalCube", u"True");
+             h.addProgram(u"HBPersonalSettings.exe");
+             h.addProgram(u"HBReporting.exe");
+             h.addProgram(u"Cubelens.exe");
+             auto series = h.outlook().calendar()->addRecurringAppointment(
+                 u"Weekly", sim::makeDate(2024, 5, 6, 9), sim::makeDate(2024, 5, 6, 10),
+                 u"Acme, Smith");
+             series->addException(sim::makeDate(2024, 5, 13, 9), sim::makeDate(2024, 5, 13, 10));
+             auto posted = h.addAppointment(u"Posted", u"Acme", 4);
+             posted->addUserProperty(u"strPosted", sim::ol::DateTime,
+                                     Variant(sim::makeDate(2024, 5, 31)));
+         },
+         [](SessionHarness& h) {
+             auto e = mainWindow(h);
+             auto cal = h.outlook().calendar();
+             auto series = cal->findBySubject(u"Weekly");
+             act([&] { h.sc().select(e, {series->exceptions.front()}); });
+             pick(h, *e, 3, u"Travel");
+             act([&] { h.sc().copyItem(cal->findBySubject(u"Posted")); });
+             click(h, *e, 790);
+             click(h, *e, 1957);
+             click(h, *e, 1556);
+             act([&] { h.sc().activate(e); });
+             act([&] { h.sc().close(h.sc().openExplorer(h.outlook().inbox())); });
+             act([&] { h.sc().disconnectAddin(); });
+             act([&] { h.sc().quit(); });
+         }},
+    };
+}
+
+struct RunResult {
+    std::uint64_t calls = 0;
+    bool faultInjected = false;
+};
+
+RunResult runOnce(const SweepScenario& scenario, std::optional<std::uint64_t> failAt) {
+    SessionHarness h(scenario.version);
+    scenario.setUp(h);
+    if (failAt) h.instruments().failCall(*failAt);
+    h.start();
+    scenario.play(h);
+    // Whatever the scenario left open, Outlook ends.
+    act([&] { h.sc().quit(); });
+
+    RunResult result;
+    result.calls = h.instruments().callCount();
+    result.faultInjected = h.instruments().faultsInjected() > 0;
+
+    const std::string where =
+        std::string(scenario.name) +
+        (failAt ? " with call " + std::to_string(*failAt) + " failing" : " without faults");
+    for (const Str& e : h.sc().addinErrors) {
+        EXPECT_EQ(e.rfind(u"OnConnection", 0), 0u) << where << ": " << hb::toUtf8(e);
+    }
+    EXPECT_LE(h.errorDialogs(), 1u) << where << "\n" << h.messageBoxesText();
+    EXPECT_FALSE(h.loaded()) << where;
+    const auto census = h.census();
+    EXPECT_TRUE(census.empty()) << where << "\n" << h.censusText();
+    if (!failAt) {
+        EXPECT_EQ(h.errorDialogs(), 0u) << where << "\n" << h.messageBoxesText();
+        EXPECT_TRUE(h.sc().addinErrors.empty()) << where;
+    }
+    return result;
+}
+
+std::vector<std::uint64_t> callsToFail(std::uint64_t n) {
+    std::vector<std::uint64_t> ks;
+    const char* full = std::getenv("HB_FULL_SWEEP");
+    const std::uint64_t stride =
+        (full && *full == '1') ? 1 : std::max<std::uint64_t>(1, (n + kSamples - 1) / kSamples);
+    for (std::uint64_t k = 1; k <= n; k += stride)
+        ks.push_back(k);
+    if (!ks.empty() && ks.back() != n) ks.push_back(n);
+    return ks;
+}
+
+class FaultSweep : public ::testing::TestWithParam<std::size_t> {};
+
+TEST_P(FaultSweep, NoFailureReachesOutlookOrKeepsItHeld) {
+    const SweepScenario scenario = scenarios().at(GetParam());
+    const RunResult baseline = runOnce(scenario, std::nullopt);
+    ASSERT_GT(baseline.calls, 0u);
+    std::size_t runs = 0, injected = 0;
+    for (const std::uint64_t k : callsToFail(baseline.calls)) {
+        SCOPED_TRACE("call " + std::to_string(k) + " of " + std::to_string(baseline.calls));
+        const RunResult r = runOnce(scenario, k);
+        ++runs;
+        if (r.faultInjected) ++injected;
+        if (HasFailure()) break;  // one broken run is enough to read
+    }
+    // Most runs reach the failing call (a failure may shorten a run).
+    EXPECT_GE(injected * 2, runs);
+    std::cout << "[ sweep    ] " << scenario.name << ": " << baseline.calls << " calls, " << runs
+              << " runs, " << injected << " with the fault reached\n";
+}
+
+INSTANTIATE_TEST_SUITE_P(Scenarios, FaultSweep, ::testing::Range<std::size_t>(0, 5));
+
+}  // namespace
+}  // namespace hbtest
