@@ -40,22 +40,21 @@ class PaneObject : public DispatchObject {
 
   private:
     static std::shared_ptr<const MemberTable> table() {
-        static const auto t =
-            Members<PaneObject>()
-                .prop(
-                    u"objAppointment", [](PaneObject& o) { return o.pane_.objAppointment(); },
-                    [](PaneObject& o, const Variant& v) { o.pane_.setObjAppointment(v); })
-                .prop(
-                    u"Settings",
-                    [](PaneObject&) -> Variant {
-                        raise(451,
-                              u"Property let procedure not defined and property get procedure did "
-                              u"not return an object");
-                    },
-                    [](PaneObject& o, const Variant& v) { o.pane_.setSettings(v.toStr()); })
-                .build();
+        static const std::shared_ptr<const MemberTable> t = [] {
+            auto members = std::make_shared<MemberTable>();
+            members->property(
+                u"objAppointment",
+                [](DispatchObject& o, Args&) { return pane(o).objAppointment(); },
+                [](DispatchObject& o, Args&, const Variant& v) { pane(o).setObjAppointment(v); });
+            // Write-only: reading it is no member at all (438).
+            members->property(u"Settings", {}, [](DispatchObject& o, Args&, const Variant& v) {
+                pane(o).setSettings(v.toStr());
+            });
+            return members;
+        }();
         return t;
     }
+    static Pane& pane(DispatchObject& o) { return static_cast<PaneObject&>(o).pane_; }
 
     Pane& pane_;
 };

@@ -193,7 +193,8 @@ TEST_F(PaneLogic, TheHostReachesTheControlThroughItsTwoProperties) {
     try {
         (void)object.get(u"Settings");
         ADD_FAILURE() << "reading Settings";
-    } catch (const hb::AutomationError&) {
+    } catch (const hb::AutomationError& e) {
+        EXPECT_EQ(e.number(), hb::err::NoSuchMember);
     }
     try {
         (void)object.call(u"Refresh");
