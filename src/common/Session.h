@@ -33,7 +33,11 @@ struct ErrState {
 
 // Diagnostics state (trace log and error reporter).
 struct DiagnosticsState {
+#ifdef HB_TRACE
+    bool blnTrace = true;  // built with -DHB_TRACE=ON: every trace text goes to the log
+#else
     bool blnTrace = false;
+#endif
     bool blnErrorOccurred = false;
     bool blnReported = false;
     Str strLastTrace;
@@ -82,7 +86,7 @@ struct Session {
     // Files and scripting components
     bool blnFSAvailable = false;    // the shared file-system object exists
     bool blnFSRepairTried = false;  // the scripting runtime repair ran once
+    bool blnShellRepairTried = false;  // the Windows Script Host repair ran once
 };
 
 }  // namespace hb
-    bool blnShellRepairTried = false;  // the Windows Script Host repair ran once

@@ -1,0 +1,437 @@
+// The phrase table: language choice, reading the LANGUAGE resource, the
+// phrase collection and the phrase variables.
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
+
+#include "diag/DiagSupport.h"
+#include "diagnostics/modErroHandling.h"
+#include "languages/PhraseCollection.h"
+#include "languages/cPhrase.h"
+#include "languages/modMultiLanguage.h"
+
+namespace hbtest {
+namespace {
+
+using namespace hb::lang;
+
+// ---- language choice ----
+
+TEST(LanguageChoiceTest, LocaleTable) {
+    const std::pair<std::uint32_t, std::int16_t> cases[] = {
+        {1029, Czech},
+        {1030, Danish},
+        {1043, Dutch},
+        {2067, Dutch},
+        {1035, Finnish},
+        {1036, French},
+        {2060, French},
+        {3084, French},
+        {5132, French},
+        {4108, French},
+        {1031, German},
+        {3079, German},
+        {5127, German},
+        {4103, German},
+        {2055, German},
+        {1032, Greek},
+        {1040, Italian},
+        {2064, Italian},
+        {1044, Norwegian},
+        {2070, Portuguese},
+        {1060, Slovenian},
+        {3082, Spanish},
+        {1034, Spanish},
+        {11274, Spanish},
+        {16394, Spanish},
+        {13322, Spanish},
+        {9226, Spanish},
+        {5130, Spanish},
+        {7178, Spanish},
+        {12298, Spanish},
+        {4106, Spanish},
+        {18442, Spanish},
+        {2058, Spanish},
+        {19466, Spanish},
+        {6154, Spanish},
+        {10250, Spanish},
+        {20490, Spanish},
+        {15370, Spanish},
+        {17418, Spanish},
+        {14346, Spanish},
+        {8202, Spanish},
+        {1053, Swedish},
+        {1055, Turkish},
+        // The narrow table: these get English.
+        {1033, English},
+        {2057, English},
+        {1046, English},
+        {2068, English},
+        {2077, English},
+        {1049, English},
+        {2073, English},
+        {1058, English},
+        {1045, English},
+        {1041, English},
+        {0, English},
+        // Sort bits count: German phone book order, Spanish traditional.
+        {0x10407, English},
+        {0x1040A, English},
+    };
+    for (auto [lcid, column] : cases) {
+        EXPECT_EQ(hb::languageForLcid(lcid), column) << "locale " << lcid;
+    }
+}
+
+TEST(LanguageChoiceTest, TheSystemLocaleDecides) {
+    hb::MemoryPlatform p;
+    hb::Session s{p};
+    p.setSystemDefaultLcid(1031);
+    EXPECT_EQ(hb::fncGetlocalLanguage(s), German);
+    p.setSystemDefaultLcid(1046);
+    EXPECT_EQ(hb::fncGetlocalLanguage(s), English);
+    p.setSystemDefaultLcid(2070);
+    EXPECT_EQ(hb::fncGetlocalLanguage(s), Portuguese);
+    p.setSystemDefaultLcid(66567);
+    EXPECT_EQ(hb::fncGetlocalLanguage(s), English);
+    // The user's locale plays no part.
+    hb::Locale fr;
+    fr.listSeparator = u";";
+    p.setUserLocale(fr);
+    p.setSystemDefaultLcid(1033);
+    EXPECT_EQ(hb::fncGetlocalLanguage(s), English);
+}
+
+// ---- the phrase collection ----
+
+TEST(PhraseCollectionTest, KeysWithoutRegardToCaseInInsertionOrder) {
+    hb::PhraseCollection c;
+    auto a = std::make_shared<hb::cPhrase>();
+    auto b = std::make_shared<hb::cPhrase>();
+    c.add(a, u"LNGZ");
+    c.add(b, u"LNGA");
+    EXPECT_EQ(c.count(), 2);
+    EXPECT_EQ(c.item(u"lngz"), a);
+    EXPECT_EQ(c.item(u"LngA"), b);
+    EXPECT_EQ(c.item(1), a);
+    EXPECT_EQ(c.item(2), b);
+    try {
+        c.add(std::make_shared<hb::cPhrase>(), u"lnga");
+        ADD_FAILURE() << "a repeated key is refused";
+    } catch (const hb::AutomationError& e) {
+        EXPECT_EQ(e.number(), 457);
+    }
+    try {
+        (void)c.item(u"LNGNONE");
+        ADD_FAILURE() << "a missing key raises";
+    } catch (const hb::AutomationError& e) {
+        EXPECT_EQ(e.number(), 5);
+    }
+    try {
+        (void)c.item(3);
+        ADD_FAILURE() << "an index past the end raises";
+    } catch (const hb::AutomationError& e) {
+        EXPECT_EQ(e.number(), 9);
+    }
+    EXPECT_EQ(c.count(), 2);
+    EXPECT_EQ(c.item(u"LNGA"), b);
+}
+
+TEST(PhraseCollectionTest, PhraseMembersByName) {
+    auto p = std::make_shared<hb::cPhrase>();
+    p->put(u"LangConstant", Variant(u"LNGOK"));
+    p->put(u"langphrase", Variant(u"OK"));
+    EXPECT_EQ(p->LangConstant, u"LNGOK");
+    EXPECT_EQ(p->get(u"LangPhrase").toStr(), u"OK");
+    EXPECT_EQ(p->typeName(), u"cPhrase");
+    EXPECT_THROW(p->get(u"Caption"), hb::AutomationError);
+}
+
+// ---- reading the table ----
+
+class ReadPhrasesTest : public DiagTest {
+  protected:
+    Str phrase(const Str& key) { return s.colPhrases->item(key)->LangPhrase; }
+    std::vector<Str> keys() {
+        std::vector<Str> out;
+        for (const auto& p : *s.colPhrases)
+            out.push_back(p->LangConstant);
+        return out;
+    }
+};
+
+TEST_F(ReadPhrasesTest, ChosenColumnWithEnglishFallback) {
+    setLanguageTable(tableText({
+        tableLine(u"LNGABOUT", {{4, u"About"}, {7, u"Info"}}),
+        tableLine(u"LNGADD", {{4, u"Add"}}),
+        tableLine(u"LNGALL", {}),
+    }));
+    hb::subReadPhrases(s, German, false);
+    EXPECT_TRUE(boxes().empty());
+    EXPECT_EQ(keys(), (std::vector<Str>{u"LNGABOUT", u"LNGADD", u"LNGALL"}));
+    EXPECT_EQ(phrase(u"LNGABOUT"), u"Info");
+    EXPECT_EQ(phrase(u"LNGADD"), u"Add");  // empty German cell: English
+    EXPECT_EQ(phrase(u"LNGALL"), u"");     // empty English too: empty
+    EXPECT_EQ(hb::fncGetLastTrace(s), u"Reading language phrases from resource file");
+}
+
+TEST_F(ReadPhrasesTest, ByteOrderMarkIsDroppedFromTheFirstKey) {
+    setLanguageTable(tableText({tableLine(u"LNGABOUT", {{4, u"About"}})}));
+    hb::subReadPhrases(s, English, false);
+    EXPECT_EQ(keys(), std::vector<Str>{u"LNGABOUT"});
+    EXPECT_EQ(phrase(u"LNGABOUT"), u"About");
+}
+
+TEST_F(ReadPhrasesTest, WithoutByteOrderMarkNothingIsDropped) {
+    setLanguageTable(tableText({tableLine(u"LNGABOUT", {{4, u"About"}})}), false);
+    hb::subReadPhrases(s, English, false);
+    EXPECT_EQ(keys(), std::vector<Str>{u"LNGABOUT"});
+}
+
+TEST_F(ReadPhrasesTest, QuestionMarkRule) {
+    // The first character reads as "?" through the ANSI character code:
+    // the mark, and a real "?" alike; keys lose a leading one too.
+    setLanguageTable(u"?" + tableText({tableLine(u"?LNGA", {{4, u"A?"}}),
+                                       tableLine(u"\uFEFFLNGB", {{4, u"B"}})}),
+                     false);
+    hb::subReadPhrases(s, English, false);
+    EXPECT_EQ(keys(), (std::vector<Str>{u"LNGA", u"LNGB"}));
+    EXPECT_EQ(phrase(u"LNGA"), u"A?");
+}
+
+TEST_F(ReadPhrasesTest, MarkAndQuestionMarkLoseOnlyOneCharacter) {
+    setLanguageTable(tableText({tableLine(u"?LNGA", {{4, u"A"}})}));
+    hb::subReadPhrases(s, English, false);
+    // The mark goes with the text, the "?" with the key.
+    EXPECT_EQ(keys(), std::vector<Str>{u"LNGA"});
+}
+
+TEST_F(ReadPhrasesTest, LastPieceIsSkipped) {
+    setLanguageTable(tableText(
+        {tableLine(u"LNGABOUT", {{4, u"About"}}), tableLine(u"LNGADD", {{4, u"Add"}})}, false));
+    hb::subReadPhrases(s, English, false);
+    EXPECT_EQ(keys(), std::vector<Str>{u"LNGABOUT"});
+    EXPECT_TRUE(boxes().empty());
+}
+
+TEST_F(ReadPhrasesTest, ApostrophesRemovedDoubleQuotesKept) {
+    setLanguageTable(tableText({
+        tableLine(u"LNGHIDEPERSONALMORE", {{4, u"Hide 'More' in personal settings"},
+                                           {6, u"Masquer « Plus » dans l'aperçu d'aujourd'hui"}}),
+        tableLine(u"LNGERRCHART", {{4,
+                                    u"\"Unable to set that chart type for this chart!\" & "
+                                    u"vbCrLf & \"Please select another type.\""}}),
+    }));
+    hb::subReadPhrases(s, French, false);
+    EXPECT_EQ(phrase(u"LNGHIDEPERSONALMORE"), u"Masquer « Plus » dans laperçu daujourdhui");
+    EXPECT_EQ(phrase(u"LNGERRCHART"),
+              u"\"Unable to set that chart type for this chart!\" & "
+              u"vbCrLf & \"Please select another type.\"");
+    hb::subReadPhrases(s, English, false);
+    EXPECT_EQ(phrase(u"LNGHIDEPERSONALMORE"), u"Hide More in personal settings");
+}
+
+TEST_F(ReadPhrasesTest, ShortLineKeepsThePreviousText) {
+    setLanguageTable(tableText({
+        tableLine(u"LNGABOUT", {{4, u"About"}, {7, u"Info"}}),
+        u"LNGADD\tPridat\tTilfoej\tToevoegen\tAdd",  // five fields: no German
+        tableLine(u"LNGALL", {{4, u"All"}, {7, u"Alle"}}),
+    }));
+    hb::subReadPhrases(s, German, false);
+    EXPECT_EQ(keys(), (std::vector<Str>{u"LNGABOUT", u"LNGADD", u"LNGALL"}));
+    EXPECT_EQ(phrase(u"LNGADD"), u"Info");
+    EXPECT_EQ(phrase(u"LNGALL"), u"Alle");
+    ASSERT_EQ(boxes().size(), 1u);
+    EXPECT_NE(boxes()[0].text.find(u"\r\n#9\r\n"), Str::npos);
+    EXPECT_NE(boxes()[0].text.find(u" : subReadPhrases \r\n"), Str::npos);
+}
+
+TEST_F(ReadPhrasesTest, RepeatedKeyIsReportedAndTheFirstStays) {
+    setLanguageTable(tableText({
+        tableLine(u"LNGOK", {{4, u"OK"}}),
+        tableLine(u"lngok", {{4, u"Okay"}}),
+        tableLine(u"LNGTO", {{4, u"To"}}),
+    }));
+    hb::subReadPhrases(s, English, false);
+    EXPECT_EQ(keys(), (std::vector<Str>{u"LNGOK", u"LNGTO"}));
+    EXPECT_EQ(phrase(u"LNGOK"), u"OK");
+    ASSERT_EQ(boxes().size(), 1u);
+    EXPECT_NE(boxes()[0].text.find(u"\r\n#457\r\n"), Str::npos);
+    EXPECT_NE(boxes()[0].text.find(u" : subReadPhrases \r\n"), Str::npos);
+}
+
+TEST_F(ReadPhrasesTest, EachLoadMakesANewCollection) {
+    setLanguageTable(tableText({tableLine(u"LNGOK", {{4, u"OK"}})}));
+    hb::subReadPhrases(s, English, false);
+    auto first = s.colPhrases;
+    hb::subReadPhrases(s, English, false);
+    EXPECT_NE(s.colPhrases, first);
+    EXPECT_EQ(s.colPhrases->count(), 1);
+    EXPECT_TRUE(boxes().empty());
+}
+
+TEST_F(ReadPhrasesTest, MissingResourceIsReported) {
+    hb::subReadPhrases(s, English, false);
+    ASSERT_EQ(boxes().size(), 1u);
+    EXPECT_NE(boxes()[0].text.find(u" : subReadPhrases \r\n"), Str::npos);
+    ASSERT_TRUE(s.colPhrases);
+    EXPECT_EQ(s.colPhrases->count(), 0);
+}
+
+TEST_F(ReadPhrasesTest, AnsiText) {
+    const std::string ansi = "\x3FLNGOK\t\t\t\tOK\t\t\t\xC4nderung \x80\r\n";
+    platform.setResource(u"CUSTOM", u"LANGUAGE",
+                         std::vector<std::uint8_t>(ansi.begin(), ansi.end()));
+    hb::subReadPhrases(s, German, true);
+    EXPECT_EQ(keys(), std::vector<Str>{u"LNGOK"});
+    EXPECT_EQ(phrase(u"LNGOK"), u"\u00C4nderung \u20AC");
+}
+
+// ---- filling the phrase variables ----
+
+TEST_F(ReadPhrasesTest, LoadLanguagesFillsEveryVariable) {
+    setLanguageTable(fullEnglishTable());
+    hb::LoadLanguages(s, English);
+    EXPECT_TRUE(boxes().empty());
+    EXPECT_EQ(s.phrases.LNGERRINAPP, u"There has been an error in this application.");
+    EXPECT_EQ(s.phrases.LNGABOUT, u"text of LNGABOUT");
+    EXPECT_EQ(s.phrases.LNGYEARDEF, u"text of LNGYEARDEF");
+    EXPECT_EQ(hb::fncGetLastTrace(s), u"Reading phrases from collection into variables");
+}
+
+TEST_F(ReadPhrasesTest, MissingKeyIsReportedAndTheOthersAreRead) {
+    std::vector<Str> lines;
+    for (const Str& key : allPhraseKeys()) {
+        if (key == u"LNGCANCEL") continue;
+        lines.push_back(tableLine(key, {{4, u"new " + key}}));
+    }
+    setLanguageTable(tableText(lines));
+    s.phrases.LNGCANCEL = u"earlier";
+    hb::LoadLanguages(s, English);
+    EXPECT_EQ(s.phrases.LNGCANCEL, u"earlier");
+    EXPECT_EQ(s.phrases.LNGBY, u"new LNGBY");
+    EXPECT_EQ(s.phrases.LNGCATEGORY, u"new LNGCATEGORY");
+    EXPECT_EQ(s.phrases.LNGYEARDEF, u"new LNGYEARDEF");
+    ASSERT_EQ(boxes().size(), 1u);
+    EXPECT_NE(boxes()[0].text.find(u"\r\n#5\r\n"), Str::npos);
+    EXPECT_NE(boxes()[0].text.find(u" : LoadLanguages \r\n"), Str::npos);
+    // The report is built with the phrases read before the failing key.
+    EXPECT_EQ(boxes()[0].text.rfind(u" Hourbook for Outlook Addin v4 (", 0), 0u);
+}
+
+// ---- the shipped table ----
+
+#ifdef HB_LANGUAGE_FILE
+std::vector<std::uint8_t> shippedTable() {
+    std::ifstream in(HB_LANGUAGE_FILE, std::ios::binary);
+    return std::vector<std::uint8_t>(std::istreambuf_iterator<char>(in), {});
+}
+
+class ShippedTableTest : public DiagTest {
+  protected:
+    ShippedTableTest() { platform.setResource(u"CUSTOM", u"LANGUAGE", shippedTable()); }
+};
+
+TEST_F(ShippedTableTest, Format) {
+    const auto bytes = shippedTable();
+    ASSERT_GE(bytes.size(), 6u);
+    EXPECT_EQ(bytes[0], 0xFF);
+    EXPECT_EQ(bytes[1], 0xFE);
+    EXPECT_EQ(bytes.size() % 2, 0u);
+    // The last line ends with CR LF.
+    const std::size_t n = bytes.size();
+    EXPECT_EQ(bytes[n - 4], '\r');
+    EXPECT_EQ(bytes[n - 3], 0);
+    EXPECT_EQ(bytes[n - 2], '\n');
+    EXPECT_EQ(bytes[n - 1], 0);
+}
+
+TEST_F(ShippedTableTest, EveryKeyLoadsInEverySelectableColumn) {
+    const std::vector<Str> keys = allPhraseKeys();
+    for (std::int16_t column = Czech; column <= Turkish; ++column) {
+        hb::Session fresh{platform};
+        hb::LoadLanguages(fresh, column);
+        ASSERT_TRUE(platform.messageBoxes().empty())
+            << "column " << column << ": " << hb::toUtf8(platform.messageBoxes()[0].text);
+        ASSERT_TRUE(fresh.colPhrases);
+        EXPECT_EQ(fresh.colPhrases->count(), static_cast<std::int32_t>(keys.size()));
+        for (const Str& key : keys) {
+            EXPECT_FALSE(fresh.colPhrases->item(key)->LangPhrase.empty())
+                << "column " << column << " key " << hb::toUtf8(key);
+        }
+        EXPECT_EQ(fresh.colPhrases->item(1)->LangConstant, u"LNGABOUT");
+    }
+}
+
+TEST_F(ShippedTableTest, EnglishTexts) {
+    hb::LoadLanguages(s, English);
+    ASSERT_TRUE(boxes().empty());
+    const hb::Phrases& p = s.phrases;
+    EXPECT_EQ(p.LNGADDING2050,
+              u"An appointment will now be added to the calendar at 1 Jan 2050. This appointment "
+              u"contains all of your personal settings.");
+    EXPECT_EQ(p.LNGREPORT, u"Report");
+    EXPECT_EQ(p.LNGREPORTTT, u"Reports your appointments");
+    EXPECT_EQ(p.LNGSTATISTICS, u"Statistics");
+    EXPECT_EQ(p.LNGSTATSTT, u"Show statistics");
+    EXPECT_EQ(p.LNGSETTINGS, u"Configure");
+    EXPECT_EQ(p.LNGSETTINGSTT, u"Show settings");
+    EXPECT_EQ(p.LNGCUSTOMER, u"Customer");
+    EXPECT_EQ(p.LNGPERSON, u"Person");
+    EXPECT_EQ(p.LNGEXTRAFIELD, u"Extra field");
+    EXPECT_EQ(p.LNGMETA, u"Meta data");
+    EXPECT_EQ(p.LNGMETACATEGORY, u"Meta data category");
+    EXPECT_EQ(p.LNGMETASUPERCATEGORY, u"Meta data supercategory");
+    EXPECT_EQ(p.LNGRATE, u"Rate");
+    EXPECT_EQ(p.LNGENABLE, u"Enabled");
+    EXPECT_EQ(p.LNGPOSTED, u"Posted");
+    EXPECT_EQ(p.LNGNOTPOSTED, u"Not Posted");
+    EXPECT_EQ(p.LNGMISSINGVALUE, u"Missing value");
+    EXPECT_EQ(p.LNGCONFLICTVALUE,
+              u"A value which previously was in the list is no longer available.");
+    EXPECT_EQ(p.LNGNODOUBLES, u"You must not have any doubles in this list!");
+    EXPECT_EQ(p.LNGO2KNEEDED, u"You need Outlook 2000 or later to run this application.");
+    EXPECT_EQ(p.LNGOFFLINE,
+              u"Failed to get values from the common settings. Thus only the previously selected "
+              u"tasks and customers are available in the lists to the left.");
+    EXPECT_EQ(p.LNGERRINAPP, u"There has been an error in this application.");
+    EXPECT_EQ(p.LNGERRTHISERROR, u"This error has occured:");
+    EXPECT_EQ(p.LNGERRLINE, u"Error on line");
+    EXPECT_EQ(p.LNGERRSYSTEMERROR, u"The system error message was:");
+    EXPECT_EQ(p.LNGERRSENDREPORT, u"Would you like to send an e-mail with an error report?");
+    EXPECT_EQ(p.LNGERRMISSINGSTATS, u"Could not find the statistics file.");
+    EXPECT_EQ(p.LNGERROREXECUTE, u"Error trying to run the file at");
+    EXPECT_EQ(p.LNGWRITESUBJECT, u"Write Hourbook data in subject");
+    EXPECT_EQ(p.LNGUSEDEFAULTCALENDAR,
+              u"Do you want to use the default calendar? If you answer No, you will get to choose "
+              u"another calendar to use for Hourbook.");
+    EXPECT_EQ(p.LNGFILTERS, u"Marked appointments,Not marked appointments,All appointments");
+    EXPECT_EQ(p.LNGWORKING1, u"Working with ");
+    EXPECT_EQ(p.LNGRESTARTOUTLOOK, u"You should restart MS Outlook now.");
+    EXPECT_EQ(p.LNGHIDEPERSONALMORE, u"Hide More in personal settings");
+    // The literal marker stays as it stands.
+    EXPECT_EQ(p.LNGERRCHART,
+              u"Unable to set that chart type for this chart!\" & vbCrLf & "
+              u"\"Please select another type.");
+    EXPECT_NE(p.LNGSENDMEEMAIL.find(hb::kSupportEmail), Str::npos);
+}
+
+TEST_F(ShippedTableTest, LocaleChoosesTheTexts) {
+    platform.setSystemDefaultLcid(1031);
+    hb::LoadLanguages(s, hb::fncGetlocalLanguage(s));
+    EXPECT_EQ(s.phrases.LNGADD, u"Hinzufügen");
+    EXPECT_EQ(s.phrases.LNGREPORT, s.colPhrases->item(u"LNGREPORT")->LangPhrase);
+    EXPECT_NE(s.phrases.LNGERRINAPP, u"There has been an error in this application.");
+
+    hb::Session brazil{platform};
+    platform.setSystemDefaultLcid(1046);
+    hb::LoadLanguages(brazil, hb::fncGetlocalLanguage(brazil));
+    EXPECT_EQ(brazil.phrases.LNGADD, u"Add");
+    EXPECT_EQ(brazil.phrases.LNGERRINAPP, u"There has been an error in this application.");
+    EXPECT_TRUE(boxes().empty());
+}
+#endif
+
+}  // namespace
+}  // namespace hbtest

@@ -1,0 +1,228 @@
+// The Outlook access helpers: finding or starting Outlook, its version, the
+// user's name, the list separator.
+#include <gtest/gtest.h>
+
+#include "addin/modOutlookCode.h"
+#include "common/Constants.h"
+#include "diag/DiagSupport.h"
+#include "diagnostics/modErroHandling.h"
+
+namespace hbtest {
+namespace {
+
+using hb::win::MB_ICONCRITICAL;
+using hb::win::MB_OK;
+
+class OutlookCodeTest : public DiagTest {
+  protected:
+    void setMailboxName(const Str& name) { outlook.defaultStore().root->name = name; }
+    Str userName() {
+        connect();
+        return hb::fncGetUserName(s);
+    }
+};
+
+// ---- the user's name ----
+
+TEST_F(OutlookCodeTest, NameAfterTheDash) {
+    EXPECT_EQ(userName(), u"John Smith");
+    EXPECT_EQ(s.strCurrentUser, u"John Smith");
+    EXPECT_EQ(outlook.instruments().count(u"NameSpace", u"GetDefaultFolder"), 1u);
+}
+
+TEST_F(OutlookCodeTest, GermanMailbox) {
+    setMailboxName(u"Postfach - Hans Müller");
+    EXPECT_EQ(userName(), u"Hans Müller");
+}
+
+TEST_F(OutlookCodeTest, NameIsTrimmed) {
+    setMailboxName(u"Mailbox -   Jane Doe  ");
+    EXPECT_EQ(userName(), u"Jane Doe");
+}
+
+TEST_F(OutlookCodeTest, NameWithCommaIsTakenWhole) {
+    setMailboxName(u"Smith, John");
+    EXPECT_EQ(userName(), u"Smith, John");
+}
+
+TEST_F(OutlookCodeTest, PersonalFoldersGiveTheWindowsUser) {
+    setMailboxName(u"Personal Folders");
+    platform.setEnvironment(u"USERNAME", u"jsmith");
+    EXPECT_EQ(userName(), u"jsmith");
+    EXPECT_EQ(platform.componentAttempts(),
+              std::vector<hb::ScriptComponent>{hb::ScriptComponent::Shell});
+}
+
+TEST_F(OutlookCodeTest, MailboxNameLeavesAnEarlierNameAlone) {
+    setMailboxName(u"Personal Folders");
+    s.strCurrentUser = u"Earlier";
+    EXPECT_EQ(userName(), u"Earlier");
+    EXPECT_TRUE(platform.componentAttempts().empty());
+}
+
+TEST_F(OutlookCodeTest, MailboxFailureIsReportedAndTheWindowsUserTaken) {
+    connect();
+    outlook.instruments().failMember(u"GetDefaultFolder");
+    EXPECT_EQ(hb::fncGetUserName(s), u"John");
+    ASSERT_EQ(boxes().size(), 1u);
+    EXPECT_NE(boxes()[0].text.find(u" : subGetSafeMailboxName \r\n"), Str::npos);
+    EXPECT_EQ(hb::fncGetLastTrace(s), u"Getting current user full name from mailbox name");
+    EXPECT_FALSE(s.err);
+}
+
+TEST_F(OutlookCodeTest, WithoutShellTheNameStaysEmpty) {
+    setMailboxName(u"Personal Folders");
+    platform.failComponent(hb::ScriptComponent::Shell);
+    EXPECT_EQ(userName(), u"");
+    EXPECT_TRUE(boxes().empty());
+    EXPECT_FALSE(s.err);
+}
+
+TEST_F(OutlookCodeTest, MailboxNameStartsOutlookWhenNotHeld) {
+    outlookRunning();
+    hb::subGetSafeMailboxName(s);
+    EXPECT_EQ(s.strCurrentUser, u"John Smith");
+    EXPECT_EQ(platform.activeObjectRequests(), std::vector<Str>{u"Outlook.Application"});
+}
+
+// ---- the list separator ----
+
+TEST_F(OutlookCodeTest, ListSeparator) {
+    platform.setListSeparator(u";");
+    EXPECT_EQ(hb::fncGetListSeparator(s), u";");
+    EXPECT_EQ(hb::fncGetLastTrace(s), u"Getting List separator from computer settings!");
+    ASSERT_EQ(platform.localeInfoRequests().size(), 1u);
+    EXPECT_EQ(platform.localeInfoRequests()[0], std::make_pair(1024u, 12u));
+    platform.setListSeparator(u",");
+    EXPECT_EQ(hb::fncGetListSeparator(s), u",");
+}
+
+TEST_F(OutlookCodeTest, ListSeparatorFailureGives256Blanks) {
+    platform.failNext("localeInfo");
+    EXPECT_EQ(hb::fncGetListSeparator(s), Str(256, u' '));
+}
+
+// ---- the version ----
+
+TEST_F(OutlookCodeTest, VersionIsCached) {
+    connect();
+    EXPECT_EQ(hb::fncOutlookVersion(s), 11);
+    EXPECT_EQ(s.intOutlookVersion, 11);
+    EXPECT_EQ(outlook.instruments().count(u"Version"), 1u);
+    outlook.version = u"12.0.4518.1014";
+    EXPECT_EQ(hb::fncOutlookVersion(s), 11);
+    EXPECT_EQ(outlook.instruments().count(u"Version"), 1u);
+}
+
+TEST_F(OutlookCodeTest, VersionWithoutDotRaises) {
+    connect();
+    outlook.version = u"12";
+    try {
+        (void)hb::fncOutlookVersion(s);
+        ADD_FAILURE() << "a version without \".\" raises";
+    } catch (const hb::AutomationError& e) {
+        EXPECT_EQ(e.number(), 5);
+    }
+    EXPECT_EQ(s.intOutlookVersion, 0);
+}
+
+TEST_F(OutlookCodeTest, MajorFromVersion) {
+    Str v = u"12.0.4518.1014";
+    EXPECT_EQ(hb::fncMajorFromVersion(v), 12);
+    EXPECT_EQ(v, u"12");
+    v = u"9.0.0.2711";
+    EXPECT_EQ(hb::fncMajorFromVersion(v), 9);
+    v = u"";
+    EXPECT_THROW(hb::fncMajorFromVersion(v), hb::AutomationError);
+}
+
+TEST_F(OutlookCodeTest, VersionStartsOutlookWhenNotHeld) {
+    outlookRunning();
+    EXPECT_EQ(hb::fncOutlookVersion(s), 11);
+    EXPECT_FALSE(s.olApp.isNothing());
+}
+
+// ---- finding or starting Outlook ----
+
+TEST_F(OutlookCodeTest, StartDoesNothingWhenHeld) {
+    connect();
+    std::int16_t inbox = 6;
+    hb::fncStartOutlook(s, inbox);
+    EXPECT_EQ(hb::fncGetLastTrace(s), u"Attempting to start MS Outlook 2000 or later");
+    EXPECT_TRUE(platform.activeObjectRequests().empty());
+    EXPECT_EQ(outlook.instruments().callCount(), 0u);
+    EXPECT_TRUE(s.onsMAPI.isEmpty());
+}
+
+TEST_F(OutlookCodeTest, StartAttachesToARunningOutlookAndOpensAWindow) {
+    outlookRunning();
+    std::int16_t inbox = 6;
+    hb::fncStartOutlook(s, inbox);
+    EXPECT_TRUE(hb::sameObject(s.olApp, application()));
+    EXPECT_TRUE(platform.createObjectRequests().empty());
+    EXPECT_EQ(s.onsMAPI.deref().obj().typeName(), u"NameSpace");
+    EXPECT_EQ(s.intOutlookVersion, 11);
+    ASSERT_EQ(outlook.explorers().size(), 1u);
+    EXPECT_EQ(outlook.explorers()[0]->currentFolder, outlook.inbox());
+    EXPECT_EQ(outlook.instruments().count(u"Activate"), 1u);
+    EXPECT_TRUE(boxes().empty());
+    EXPECT_FALSE(s.err);
+}
+
+TEST_F(OutlookCodeTest, StartWithAWindowOpenAddsNone) {
+    outlook.openExplorer(outlook.calendar());
+    outlookRunning();
+    std::int16_t inbox = 6;
+    hb::fncStartOutlook(s, inbox);
+    EXPECT_EQ(outlook.explorers().size(), 1u);
+    EXPECT_EQ(outlook.instruments().count(u"Explorers", u"Add"), 0u);
+}
+
+TEST_F(OutlookCodeTest, StartCreatesByVersionedProgId) {
+    platform.setCreatableObject(u"Outlook.Application.11", application());
+    std::int16_t inbox = 6;
+    hb::fncStartOutlook(s, inbox);
+    EXPECT_FALSE(s.olApp.isNothing());
+    EXPECT_EQ(platform.activeObjectRequests(), std::vector<Str>{u"Outlook.Application"});
+    EXPECT_EQ(platform.createObjectRequests(),
+              (std::vector<Str>{u"Outlook.Application", u"Outlook.Application.12",
+                                u"Outlook.Application.11"}));
+    EXPECT_TRUE(boxes().empty());
+}
+
+TEST_F(OutlookCodeTest, NoOutlookAtAll) {
+    s.phrases.LNGO2KNEEDED = u"You need Outlook 2000 or later to run this application.";
+    std::int16_t inbox = 6;
+    hb::fncStartOutlook(s, inbox);
+    EXPECT_EQ(platform.createObjectRequests(),
+              (std::vector<Str>{u"Outlook.Application", u"Outlook.Application.12",
+                                u"Outlook.Application.11", u"Outlook.Application.10",
+                                u"Outlook.Application.9", u"Outlook.Application"}));
+    ASSERT_EQ(boxes().size(), 2u);
+    EXPECT_EQ(boxes()[0].text,
+              u"Please start Outlook manually before you execute this application!");
+    EXPECT_EQ(boxes()[0].caption, u"");  // the default caption
+    EXPECT_EQ(boxes()[0].flags, MB_OK);
+    EXPECT_EQ(boxes()[1].text,
+              u"You need Outlook 2000 or later to run this application.\r\n"
+              u"429 ActiveX component can't create object\r\n0");
+    EXPECT_EQ(boxes()[1].caption, hb::kProductCaption);
+    EXPECT_EQ(boxes()[1].flags, MB_ICONCRITICAL | MB_OK);
+    EXPECT_FALSE(s.err);
+}
+
+TEST_F(OutlookCodeTest, Outlook97IsRefused) {
+    outlook.version = u"8.5.5104.0";
+    outlookRunning();
+    s.phrases.LNGO2KNEEDED = u"Outlook 2000 needed.";
+    std::int16_t inbox = 6;
+    hb::fncStartOutlook(s, inbox);
+    ASSERT_EQ(boxes().size(), 1u);
+    EXPECT_EQ(boxes()[0].text, u"Outlook 2000 needed.\r\n8");
+    EXPECT_EQ(boxes()[0].caption, hb::kProductCaption);
+    EXPECT_EQ(boxes()[0].flags, MB_ICONCRITICAL | MB_OK);
+    EXPECT_TRUE(s.onsMAPI.isEmpty());
+}
+
+}  // namespace
+}  // namespace hbtest
