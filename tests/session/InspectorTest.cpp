@@ -35,6 +35,7 @@ TEST_F(Inspectors, AnAppointmentWindowGetsThePaneWithTheItemThenTheSettings) {
     auto pane = h.paneOf(*window);
     ASSERT_NE(pane, nullptr);
     EXPECT_EQ(pane->title, u"Hourbook for Outlook (4.0.12)");
+    EXPECT_EQ(h.instruments().count(u"CreateCTP"), 1u);
 
     auto controls = h.paneControls();
     ASSERT_EQ(controls.size(), 1u);
