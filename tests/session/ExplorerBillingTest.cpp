@@ -276,3 +276,37 @@ TEST_F(ExplorerBilling, DeactivatingTheExplorerDisablesTheBoxes) {
 
 }  // namespace
 }  // namespace hbtest
+
+namespace hbtest {
+namespace {
+
+TEST(ExplorerBillingErrors, EachBoxReportsUnderItsOwnNameThePersonBoxUnderTheExplorers) {
+    struct Case {
+        int box;
+        const char* procedure;
+    };
+    for (const Case c :
+         {Case{1, "cToolBarItem.cmb1Meta_Change"}, Case{2, "cExplorerEvents.cmb2Meta_Change"},
+          Case{3, "cToolBarItem.cmb3Meta_Change"}}) {
+        SCOPED_TRACE(c.box);
+        SessionHarness h;
+        h.setLists(workgroupLists());
+        auto appt = h.addAppointment(u"Review");
+        h.start();
+        ASSERT_TRUE(h.loaded());
+        auto ex = h.sc().explorer();
+        h.sc().select(ex, {appt});
+        h.instruments().failMember(u"ListIndex");
+        h.sc().pickInCombo(h.combo(*ex, c.box), c.box == 1   ? u"Acme"
+                                                : c.box == 2 ? u"Smith"
+                                                             : u"Travel");
+        EXPECT_EQ(h.errorDialogs(), 1u);
+        EXPECT_NE(h.messageBoxesText().find(c.procedure), std::string::npos)
+            << h.messageBoxesText();
+        // Nothing was written.
+        EXPECT_EQ(appt->saveCount, 0);
+    }
+}
+
+}  // namespace
+}  // namespace hbtest
