@@ -2,6 +2,8 @@
 // switching folders, a second window and closing windows do.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "addin/cCalendarReactions.h"
 #include "diagnostics/modErroHandling.h"
 #include "explorer/cExplorerEvents.h"
@@ -197,6 +199,54 @@ TEST_F(ExplorerWindows, WithTheRemoveToolbarFlagLeavingTheCalendarDropsTheBar) {
     h.sc().select(second, {});
     EXPECT_EQ(addinBarsIn(*second), 0u);
     EXPECT_TRUE(extra->deleted);
+}
+
+}  // namespace
+}  // namespace hbtest
+
+namespace hbtest {
+namespace {
+
+std::vector<Str> linesAfter(const std::vector<Str>& all, std::size_t from) {
+    return std::vector<Str>(all.begin() + static_cast<std::ptrdiff_t>(from), all.end());
+}
+
+TEST(ExplorerTrace, ActivationAndSelectionTellWhatTheyDo) {
+    SessionHarness h;
+    h.trace = true;
+    h.setLists(workgroupLists());
+    auto appt = h.addAppointment(u"Review", u"Acme");
+    h.start();
+    ASSERT_TRUE(h.loaded());
+    const auto startup = h.traceLines();
+    auto has = [](const std::vector<Str>& lines, const Str& text) {
+        return std::find(lines.begin(), lines.end(), text) != lines.end();
+    };
+    EXPECT_TRUE(has(startup, u"Reacting to Explorer Activate event"));
+    EXPECT_TRUE(has(startup, u"Adding buttons to Hourbook for Outlook toolbar"));
+    EXPECT_TRUE(has(startup, u"Clearing all explorer objects from the collection"));
+
+    const std::size_t before = h.traceLines().size();
+    h.sc().select(h.sc().explorer(), {appt});
+    const auto lines = linesAfter(h.traceLines(), before);
+    const std::vector<Str> expected = {
+        u"Reacting to Selection Change in explorer object",
+        u"Checking the messageclass IPM.Appointment",
+        u"Found this folder to be True",
+        u"Disabling buttons CommandBarComboBox",
+        u"Checking Billing Information -property",
+    };
+    ASSERT_GE(lines.size(), expected.size());
+    EXPECT_EQ(std::vector<Str>(lines.begin(), lines.begin() + 5), expected);
+    EXPECT_TRUE(has(lines, u"Clearing the values from the comboboxes"));
+    EXPECT_TRUE(has(lines, u"Adding meta list 1 from collection into combobox"));
+    EXPECT_TRUE(has(lines, u"Adding meta list 3 from collection into combobox"));
+
+    const std::size_t mid = h.traceLines().size();
+    h.sc().switchFolder(h.sc().explorer(), h.outlook().inbox());
+    const auto away = linesAfter(h.traceLines(), mid);
+    ASSERT_FALSE(away.empty());
+    EXPECT_EQ(away[0], u"Checking if the current folder is an appointment folder");
 }
 
 }  // namespace
