@@ -36,7 +36,9 @@ cPersonalSettings& settingsOf(Session& s) {
 // The control as its host sees it through automation.
 class PaneObject : public DispatchObject {
   public:
-    explicit PaneObject(Pane& pane) : DispatchObject(u"Pane", table()), pane_(pane) {}
+    explicit PaneObject(Pane& pane) : DispatchObject(u"Pane", table()), pane_(&pane) {}
+    // The control ended: a host still holding this object reaches nothing.
+    void detach() { pane_ = nullptr; }
 
   private:
     static std::shared_ptr<const MemberTable> table() {
@@ -54,9 +56,13 @@ class PaneObject : public DispatchObject {
         }();
         return t;
     }
-    static Pane& pane(DispatchObject& o) { return static_cast<PaneObject&>(o).pane_; }
+    static Pane& pane(DispatchObject& o) {
+        Pane* p = static_cast<PaneObject&>(o).pane_;
+        if (!p) raise(err::ObjectVariableNotSet);
+        return *p;
+    }
 
-    Pane& pane_;
+    Pane* pane_;
 };
 
 }  // namespace
@@ -66,6 +72,7 @@ Pane::Pane(Session& s, PaneView& view) : s_(s), view_(view) {}
 Pane::~Pane() {
     // UserControl_Terminate: let go of the appointment and the markings.
     try {
+        if (object_) static_cast<PaneObject&>(*object_).detach();
         objAppointment_ = Variant();
         objMarking_.reset();
     } catch (...) {

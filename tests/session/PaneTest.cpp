@@ -235,6 +235,24 @@ TEST_F(PaneLogic, BillingInformationIsRecognisedPieceByPiece) {
     EXPECT_TRUE(h.platform().messageBoxes().empty());
 }
 
+TEST(PaneAutomationObject, OutlivingTheControlReachesNothing) {
+    hb::MemoryPlatform platform;
+    hb::Session s(platform);
+    hb::ObjectPtr object;
+    {
+        RecordingPaneView view;
+        hb::Pane pane(s, view);
+        object = pane.automationObject();
+        EXPECT_TRUE(object->get(u"objAppointment").isEmpty());
+    }
+    try {
+        (void)object->get(u"objAppointment");
+        ADD_FAILURE() << "reading from an ended control";
+    } catch (const hb::AutomationError& e) {
+        EXPECT_EQ(e.number(), hb::err::ObjectVariableNotSet);
+    }
+}
+
 TEST(PaneWithoutSettings, NothingIsShownAndNothingRaised) {
     hb::MemoryPlatform platform;
     hb::Session s(platform);
