@@ -4,7 +4,9 @@
 
 #include <algorithm>
 
+#include "addin/OHBAddinDesigner.h"
 #include "addin/cCalendarReactions.h"
+#include "common/AutomationError.h"
 #include "explorer/cToolBarItem.h"
 #include "session/SessionHarness.h"
 #include "settings/cPersonalSettings.h"
@@ -163,6 +165,38 @@ TEST(SessionStartup, AStartOnTheInboxTracksTheWindowWithoutABar) {
     ASSERT_TRUE(h.loaded());
     EXPECT_EQ(h.session().oCalendarReactions->colExplorers.size(), 1u);
     EXPECT_EQ(SessionHarness::addinBar(*h.sc().explorer()), nullptr);
+}
+
+}  // namespace
+}  // namespace hbtest
+
+namespace hbtest {
+namespace {
+
+TEST(SessionDesigner, ItsOwnFactoryMakesNoPane) {
+    SessionHarness h;
+    h.setLists(workgroupLists());
+    h.start();
+    ASSERT_TRUE(h.loaded());
+    const auto calls = h.instruments().callCount();
+    const Variant pane =
+        h.designer()->ICTPFactory_CreateCTP(hb::kPaneProgId, u"Hourbook", Variant::nothing());
+    EXPECT_TRUE(pane.isNothing());
+    EXPECT_EQ(h.instruments().callCount(), calls);
+    EXPECT_TRUE(h.paneControls().empty());
+}
+
+TEST(SessionDesigner, AnApplicationThatIsNoObjectFailsTheConnection) {
+    hb::MemoryPlatform platform;
+    hb::OHBAddinDesigner designer(platform);
+    hb::Args custom;
+    EXPECT_THROW(designer.AddinInstance_OnConnection(Variant(u"Outlook"), sim::ext::ConnectStartup,
+                                                     Variant::nothing(), custom),
+                 hb::AutomationError);
+    EXPECT_FALSE(designer.session().blnConnected);
+    designer.AddinInstance_OnDisconnection(sim::ext::DisconnectUserClosed, custom);
+    EXPECT_FALSE(designer.session().oCalendarReactions);
+    EXPECT_TRUE(platform.messageBoxes().empty());
 }
 
 }  // namespace
