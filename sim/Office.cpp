@@ -6,30 +6,16 @@
 
 namespace sim {
 
+using namespace detail;
+
 using hb::Members;
-using hb::ObjectPtr;
 
 namespace {
-
-template <class T>
-Variant obj(const std::shared_ptr<T>& p) {
-    if (!p) return Variant::nothing();
-    return Variant(ObjectPtr(p));
-}
-
-template <class T>
-std::shared_ptr<T> self(T& o) {
-    return std::static_pointer_cast<T>(o.shared_from_this());
-}
 
 // How Office reports a member that failed.
 [[noreturn]] void failed(const char16_t* member, const Str& typeName) {
     hb::raise(kOfficeErrorNumber,
               u"Method '" + Str(member) + u"' of object '" + typeName + u"' failed");
-}
-
-bool isText(const Variant& v) {
-    return v.deref().type() == Variant::Type::String;
 }
 
 std::int32_t optLong(const Args& args, std::size_t i, std::int32_t dflt) {

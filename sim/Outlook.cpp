@@ -10,21 +10,11 @@
 
 namespace sim {
 
+using namespace detail;
+
 using hb::Members;
-using hb::ObjectPtr;
 
 namespace {
-
-template <class T>
-Variant obj(const std::shared_ptr<T>& p) {
-    if (!p) return Variant::nothing();
-    return Variant(ObjectPtr(p));
-}
-
-template <class T>
-std::shared_ptr<T> self(T& o) {
-    return std::static_pointer_cast<T>(o.shared_from_this());
-}
 
 [[noreturn]] void notFound() {
     hb::raise(kNotFoundNumber, u"The attempted operation failed.  An object could not be found.");
@@ -37,10 +27,6 @@ std::size_t indexArg(const Variant& v, std::size_t n) {
         hb::raise(kOutlookErrorNumber, u"Array index out of bounds.");
     }
     return static_cast<std::size_t>(i - 1);
-}
-
-bool isText(const Variant& v) {
-    return v.deref().type() == Variant::Type::String;
 }
 
 Str folderTypeName() {

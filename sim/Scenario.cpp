@@ -2,13 +2,9 @@
 
 namespace sim {
 
-namespace {
-template <class T>
-Variant obj(const std::shared_ptr<T>& p) {
-    if (!p) return Variant::nothing();
-    return Variant(hb::ObjectPtr(p));
-}
-}  // namespace
+using namespace detail;
+
+namespace {}  // namespace
 
 Scenario::Scenario() : outlook_(std::make_unique<Outlook>()) {
     outlook_->onQuit = [this] { quit(); };

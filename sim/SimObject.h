@@ -45,4 +45,27 @@ class SimObject : public hb::DispatchObject {
     Outlook* world_;
 };
 
+// Helpers of the object tables.
+namespace detail {
+
+// An object as an automation value (Nothing for null).
+template <class T>
+Variant obj(const std::shared_ptr<T>& p) {
+    if (!p) return Variant::nothing();
+    return Variant(hb::ObjectPtr(p));
+}
+
+// The shared owner of an object (every simulated object is made shared).
+template <class T>
+std::shared_ptr<T> self(T& o) {
+    return std::static_pointer_cast<T>(o.shared_from_this());
+}
+
+// A text argument: a key rather than a 1-based index.
+inline bool isText(const Variant& v) {
+    return v.deref().type() == Variant::Type::String;
+}
+
+}  // namespace detail
+
 }  // namespace sim

@@ -8,21 +8,11 @@
 
 namespace sim {
 
+using namespace detail;
+
 using hb::Members;
-using hb::ObjectPtr;
 
 namespace {
-
-template <class T>
-Variant obj(const std::shared_ptr<T>& p) {
-    if (!p) return Variant::nothing();
-    return Variant(ObjectPtr(p));
-}
-
-template <class T>
-std::shared_ptr<T> self(T& o) {
-    return std::static_pointer_cast<T>(o.shared_from_this());
-}
 
 template <class T>
 Variant itemAt(const std::vector<std::shared_ptr<T>>& list, const Args& args) {
