@@ -18,6 +18,8 @@
 //    Width or Height changes, from code as well as from the user. A pane
 //    docked left or right refuses a new Height, one docked top or bottom a
 //    new Width (Office raises); a floating pane takes both.
+// Not modelled: Office's delivery of a button's Click to every button that
+// shares its Tag (the add-in sets no Tag), built-in controls' actions.
 #include "sim/Outlook.h"
 
 namespace sim {
