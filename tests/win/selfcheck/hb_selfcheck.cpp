@@ -1,8 +1,12 @@
 // hb_selfcheck.exe: the Windows self-checks of the main job. Loads
 // HBAddin.dll from its own folder, reads its version record, checks its COM
 // entry points and its LANGUAGE resource, and exercises the read-only
-// services of the Win32 platform. Prints what it verified; the exit code is
-// the number of failed checks (0: all passed).
+// services of the Win32 platform. Further arguments name other builds of the
+// DLL (the x86 one, which Debian's wine64 cannot load as code): their
+// machine type, version record and LANGUAGE resource are read as data.
+// Prints what it verified; the exit code is the number of failed checks
+// (0: all passed).
+
 // The platform headers before windows.h: Platform.h's hb::win constants
 // carry the names of Windows macros. Below, the Windows macros are used.
 #include "hb_build.h"
@@ -10,7 +14,11 @@
 
 #include <windows.h>
 
+#include <shellapi.h>
+
 #include <cstdio>
+#include <cstring>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -44,6 +52,103 @@ std::string hex(unsigned long v) {
     return b;
 }
 
+// The machine type of a PE file: "x64", "x86" or what was found.
+std::string machineOf(const std::wstring& file) {
+    HANDLE h = CreateFileW(file.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0,
+                           nullptr);
+    if (h == INVALID_HANDLE_VALUE) return "unreadable";
+    unsigned char head[4096] = {};
+    DWORD got = 0;
+    ReadFile(h, head, sizeof head, &got, nullptr);
+    CloseHandle(h);
+    if (got < 0x40 || head[0] != 'M' || head[1] != 'Z') return "no PE file";
+    const DWORD pe = head[0x3C] | (head[0x3D] << 8) | (head[0x3E] << 16) | (head[0x3F] << 24);
+    if (pe + 6 > got || std::memcmp(head + pe, "PE\0\0", 4) != 0) return "no PE file";
+    const unsigned machine = head[pe + 4] | (head[pe + 5] << 8);
+    if (machine == 0x8664) return "x64";
+    if (machine == 0x14C) return "x86";
+    return hex(machine);
+}
+
+// The version record of a module file: fixed file version and product name.
+bool versionOf(const std::wstring& file, hb::ModuleVersion& version, std::wstring& product) {
+    DWORD handle = 0;
+    const DWORD size = GetFileVersionInfoSizeW(file.c_str(), &handle);
+    if (size == 0) return false;
+    std::vector<char> data(size);
+    if (!GetFileVersionInfoW(file.c_str(), 0, size, data.data())) return false;
+    void* block = nullptr;
+    UINT length = 0;
+    if (!VerQueryValueW(data.data(), L"\\", &block, &length) || length < sizeof(VS_FIXEDFILEINFO))
+        return false;
+    VS_FIXEDFILEINFO info;
+    std::memcpy(&info, block, sizeof info);
+    version.major = HIWORD(info.dwFileVersionMS);
+    version.minor = LOWORD(info.dwFileVersionMS);
+    version.revision = HIWORD(info.dwFileVersionLS);
+    if (VerQueryValueW(data.data(), L"\\StringFileInfo\\040904B0\\ProductName", &block, &length))
+        product = static_cast<const wchar_t*>(block);
+    return true;
+}
+
+std::string versionText(const hb::ModuleVersion& v) {
+    return num(v.major) + "." + num(v.minor) + "." + num(v.revision);
+}
+
+// Checks the LANGUAGE resource's bytes: BOM, UTF-16LE, CR LF, 17 fields.
+void checkLanguage(const std::optional<std::vector<std::uint8_t>>& language,
+                   const std::string& who) {
+    check(language.has_value(), who + "resource CUSTOM/LANGUAGE present",
+          language ? num(static_cast<long long>(language->size())) + " bytes" : "");
+    if (!language) return;
+    const auto& b = *language;
+    check(b.size() >= 2 && b[0] == 0xFF && b[1] == 0xFE, who + "LANGUAGE starts with FF FE");
+    const std::size_t n = b.size();
+    check(n % 2 == 0 && n >= 6 && b[n - 4] == '\r' && b[n - 3] == 0 && b[n - 2] == '\n' &&
+              b[n - 1] == 0,
+          who + "LANGUAGE is UTF-16LE ending with CR LF");
+    hb::Str text;
+    for (std::size_t i = 2; i + 1 < n; i += 2)
+        text.push_back(static_cast<char16_t>(b[i] | (b[i + 1] << 8)));
+    long lines = 0;
+    long bad = 0;
+    std::size_t start = 0;
+    for (;;) {
+        const auto end = text.find(u"\r\n", start);
+        if (end == hb::Str::npos) break;
+        long tabs = 0;
+        for (std::size_t i = start; i < end; ++i)
+            tabs += text[i] == u'\t';
+        if (tabs != 16) ++bad;
+        ++lines;
+        start = end + 2;
+    }
+    check(lines > 0 && bad == 0 && start == text.size(),
+          who + "LANGUAGE has 17 fields on every line", num(lines) + " phrases");
+}
+
+// Another build of the DLL, read as data only.
+void checkOtherDll(const std::wstring& file) {
+    const std::string name = u8(hb::Str(file.begin(), file.end()));
+    out("Other build: " + name);
+    const std::string machine = machineOf(file);
+    check(machine == "x64" || machine == "x86", "machine type", machine);
+    hb::ModuleVersion v;
+    std::wstring product;
+    const bool ok = versionOf(file, v, product);
+    check(ok && v.major == 4 && v.minor == 0 && v.revision == HB_VERSION_PATCH,
+          "VERSIONINFO file version", versionText(v));
+    check(product == L"Hourbook for Outlook v4", "VERSIONINFO product name",
+          u8(hb::Str(product.begin(), product.end())));
+    HMODULE data = LoadLibraryExW(file.c_str(), nullptr,
+                                  LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_AS_IMAGE_RESOURCE);
+    check(data != nullptr, "loads as a resource file");
+    if (data == nullptr) return;
+    hb::Win32Platform resources(data);
+    checkLanguage(resources.resource(u"CUSTOM", u"LANGUAGE"), "");
+    FreeLibrary(data);
+}
+
 }  // namespace
 
 int main() {
@@ -67,22 +172,16 @@ int main() {
 
     // ---- version record
     const ModuleVersion v = addin.addinVersion();
-    const std::string version = num(v.major) + "." + num(v.minor) + "." + num(v.revision);
     check(v.major == 4 && v.minor == 0 && v.revision == HB_VERSION_PATCH,
-          "VERSIONINFO file version", version);
+          "VERSIONINFO file version (Platform::addinVersion)", versionText(v));
     {
-        const std::wstring file = dllPath;
-        DWORD handle = 0;
-        const DWORD size = GetFileVersionInfoSizeW(file.c_str(), &handle);
-        std::vector<char> data(size);
-        void* text = nullptr;
-        UINT length = 0;
+        ModuleVersion fv;
         std::wstring product;
-        if (size != 0 && GetFileVersionInfoW(file.c_str(), 0, size, data.data()) &&
-            VerQueryValueW(data.data(), L"\\StringFileInfo\\040904B0\\ProductName", &text, &length))
-            product = static_cast<const wchar_t*>(text);
+        versionOf(dllPath, fv, product);
         check(product == L"Hourbook for Outlook v4", "VERSIONINFO product name",
               u8(Str(product.begin(), product.end())));
+        check(machineOf(dllPath) == (sizeof(void*) == 8 ? "x64" : "x86"), "machine type",
+              machineOf(dllPath));
     }
 
     // ---- COM entry points
@@ -106,37 +205,7 @@ int main() {
     }
 
     // ---- the LANGUAGE resource
-    const auto language = addin.resource(u"CUSTOM", u"LANGUAGE");
-    check(language.has_value(), "resource CUSTOM/LANGUAGE present",
-          language ? num(static_cast<long long>(language->size())) + " bytes" : "");
-    if (language) {
-        const auto& b = *language;
-        check(b.size() >= 2 && b[0] == 0xFF && b[1] == 0xFE, "LANGUAGE starts with FF FE");
-        const std::size_t n = b.size();
-        check(n % 2 == 0 && n >= 6 && b[n - 4] == '\r' && b[n - 3] == 0 && b[n - 2] == '\n' &&
-                  b[n - 1] == 0,
-              "LANGUAGE is UTF-16LE ending with CR LF");
-        // Lines and fields.
-        Str text;
-        for (std::size_t i = 2; i + 1 < n; i += 2)
-            text.push_back(static_cast<char16_t>(b[i] | (b[i + 1] << 8)));
-        long lines = 0;
-        long bad = 0;
-        std::size_t start = 0;
-        for (;;) {
-            const auto end = text.find(u"\r\n", start);
-            if (end == Str::npos) break;
-            const Str line = text.substr(start, end - start);
-            long tabs = 0;
-            for (char16_t c : line)
-                tabs += c == u'\t';
-            if (tabs != 16) ++bad;
-            ++lines;
-            start = end + 2;
-        }
-        check(lines > 0 && bad == 0 && start == text.size(), "LANGUAGE has 17 fields on every line",
-              num(lines) + " phrases");
-    }
+    checkLanguage(addin.resource(u"CUSTOM", u"LANGUAGE"), "");
 
     // ---- read-only platform services
     Win32Platform p;
@@ -164,6 +233,14 @@ int main() {
           "%WINDIR% = " + u8(windir));
 
     FreeLibrary(dll);
+
+    // ---- other builds named on the command line
+    int argc = 0;
+    wchar_t** argv = CommandLineToArgvW(GetCommandLineW(), &argc);
+    for (int i = 1; argv != nullptr && i < argc; ++i)
+        checkOtherDll(argv[i]);
+    if (argv != nullptr) LocalFree(argv);
+
     out("hb_selfcheck: " + num(passed) + " checks passed, " + num(failed) + " failed");
     return failed;
 }
