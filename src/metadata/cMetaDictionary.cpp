@@ -24,7 +24,7 @@ void cMetaDictionary::AddMeta(const Str& name, const Str& category, Currency hou
     entry->Enabled = enabled.value_or(true);
     // 3. The first entry of a name wins.
     if (!MetaDic) raise(err::ObjectVariableNotSet);
-    if (!MetaDic->Exists(entry->MetaName)) MetaDic->Add(entry->MetaName, entry);
+    MetaDic->tryAdd(entry->MetaName, entry);  // Exists, then Add
 }
 
 Variant cMetaDictionary::fncSafeValue(const Variant& value, bool& numeric) {

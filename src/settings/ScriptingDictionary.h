@@ -41,6 +41,21 @@ class ScriptingDictionary {
         entries_.emplace_back(key, std::move(item));
     }
 
+    // Adds an item unless the key is present (one lookup for Exists + Add);
+    // true when it was added.
+    bool tryAdd(const Str& key, T item) {
+        Str k = indexKey(key);
+        auto [it, inserted] = index_.try_emplace(std::move(k), entries_.size());
+        if (!inserted) return false;
+        try {
+            entries_.emplace_back(key, std::move(item));
+        } catch (...) {
+            index_.erase(it);
+            throw;
+        }
+        return true;
+    }
+
     // The item of a key, or nullptr.
     T* find(StrView key) {
         auto it = index_.find(indexKey(key));

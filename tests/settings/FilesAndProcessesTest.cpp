@@ -135,6 +135,10 @@ TEST(CreateDic, TextCompareInsertionOrdered) {
     } catch (const AutomationError& err) {
         EXPECT_EQ(err.number(), 457);
     }
+    EXPECT_FALSE(dic->tryAdd(u"ALPHA", 9));
+    EXPECT_EQ(dic->Item(u"alpha"), 2);
+    EXPECT_TRUE(dic->tryAdd(u"Gamma", 5));
+    dic->Remove(u"gamma");
     dic->Remove(u"BETA");
     EXPECT_EQ(dic->Keys(), (std::vector<Str>{u"alpha", u"ΣΊΣΥΦΟΣ"}));
     EXPECT_EQ(dic->Item(u"σίσυφος"), 3);
@@ -171,6 +175,18 @@ TEST(CreateDic, RepairOnceThenReport) {
     EXPECT_EQ(r->number, 429);
     EXPECT_FALSE(fncCreateDic<int>(f.s));
     EXPECT_EQ(f.platform.runs().size(), 1u);  // once per session
+}
+
+TEST(CreateDic, OneScriptingRuntimeRepairPerSessionForBothComponents) {
+    Env e;
+    e.platform.failComponent(ScriptComponent::FileSystemObject);
+    e.platform.failComponent(ScriptComponent::Dictionary);
+    subSetupFS(e.s);
+    EXPECT_FALSE(fncCreateDic<int>(e.s));
+    EXPECT_EQ(e.platform.runs().size(), 1u);
+    auto r = e.takeReport();
+    ASSERT_TRUE(r);
+    EXPECT_EQ(r->procedure, u"subSetupFS");
 }
 
 TEST(Shell, RepairOnceThenCriticalMessage) {
