@@ -41,7 +41,7 @@ Variant fncGetSettingsAppointment(Session& s) noexcept {
     // 2. The items collection's default item lookup by text.
     Variant items;
     resumeNext(s, [&] { items = s.ofCalendar.get(u"Items"); });
-    resumeNext(s, [&] { item = items.get(u"Item", {Variant(subject)}); });
+    resumeNext(s, [&] { item = items.call(u"Item", {Variant(subject)}); });
     if (isSomething(item)) {
         // 3. A found item whose subject differs: search by a filter instead.
         Str found;
