@@ -35,6 +35,8 @@ win64=$(cd "$(hb_build_dir win64)" && pwd)
 win32=$(cd "$(hb_build_dir win32)" && pwd)
 "$win64/wine-run.sh" "$win64/hb_selfcheck.exe" "$(hb_winpath "$win32/HBAddin.dll")" </dev/null
 rc=$?
+# The build tree's wineserver would leave by itself in a few seconds.
+WINEPREFIX="$win64/wineprefix" wineserver -k >/dev/null 2>&1
 
 hb_say "Result"
 if [ $rc -eq 0 ]; then

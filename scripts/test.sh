@@ -60,6 +60,8 @@ fi
 hb_say "2/3 Windows x64 build and tests under Wine (preset win64)"
 if hb_build win64; then
     run_ctest win64 win64
+    # The build tree's wineserver would leave by itself in a few seconds.
+    WINEPREFIX="$(cd "$(hb_build_dir win64)" && pwd)/wineprefix" wineserver -k >/dev/null 2>&1
 else
     result[win64]="BUILD FAILED"
     total_failed=$((total_failed + 1))
