@@ -230,7 +230,9 @@ void cToolBarItem::RemoveToolbar() {
     trap(s, u"cToolBarItem.RemoveToolbar", [&] {
         if (blnInInspector_ || !isSet(ofbCurrCommandBar_)) return;
         ofbCurrCommandBar_.call(u"Delete");
-        // The controls went with their bar: let go of them and their events.
+        // The bar and its controls are gone: let go of them and their events,
+        // so that a second removal (one per window at shutdown) finds nothing.
+        ofbCurrCommandBar_ = Variant::nothing();
         cmb1Events_.disconnect();
         cmb2Events_.disconnect();
         cmb3Events_.disconnect();

@@ -114,6 +114,24 @@ TEST_F(Shutdown, ClosingTheLastWindowShutsDownAndOutlookQuits) {
     EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
 }
 
+// With the holder serving a calendar window, the clean-up removes the bar
+// once per window: the second removal must find the bar already let go of,
+// not fail on a deleted one in front of the user.
+TEST(ShutdownTwoCalendarWindows, BeginShutdownShowsNoErrorAndLeavesNoBar) {
+    SessionHarness h(u"12.0.4518.1014");
+    h.setLists(workgroupLists());
+    h.start();
+    ASSERT_TRUE(h.loaded());
+    auto second = h.sc().openExplorer(h.outlook().calendar());
+    ASSERT_NE(SessionHarness::addinBar(*second), nullptr);
+    hb::Args custom;
+    h.designer()->AddinInstance_OnBeginShutdown(custom);
+    EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
+    for (const auto& e : h.outlook().explorers())
+        EXPECT_EQ(SessionHarness::addinBar(*e), nullptr);
+    EXPECT_TRUE(h.census().empty()) << h.censusText();
+}
+
 TEST_F(Shutdown, TheHostsCallsOneAfterAnotherDoNoHarm) {
     start();
     h.designer()->AddinInstance_OnBeginShutdown(custom);
