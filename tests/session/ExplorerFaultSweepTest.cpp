@@ -73,7 +73,7 @@ void sweep(const SweepCase& c) {
     const std::uint64_t n = clean.calls;
     ASSERT_GT(n, 0u);
     std::size_t reported = 0;
-    for (std::uint64_t k = 1; k <= n; ++k) {
+    for (const std::uint64_t k : callsToFail(n)) {
         const RunResult r = runOnce(c, k);
         // The runs agree up to call k, so call k is made and fails.
         EXPECT_EQ(r.faults, 1u) << "call " << k << " of " << n;

@@ -4,9 +4,8 @@
 // may fail, as Office allows), shows at most one error report per load, and
 // holds nothing of Outlook once Outlook has quit.
 //
-// The sweep runs under the sanitizers on small machines, so by default it
-// samples k evenly (about kSamples runs a scenario, the first and the last
-// call always included); HB_FULL_SWEEP=1 in the environment runs every k.
+// Which calls fail is callsToFail's choice (a sample by default, every call
+// with HB_FULL_SWEEP=1).
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -17,8 +16,6 @@
 
 namespace hbtest {
 namespace {
-
-constexpr std::uint64_t kSamples = 24;
 
 // A driver action the user could not take because of an earlier failure
 // (a missing bar, a closed window) is skipped; the scenario goes on.
@@ -205,17 +202,6 @@ RunResult runOnce(const SweepScenario& scenario, std::optional<std::uint64_t> fa
         EXPECT_TRUE(h.sc().addinErrors.empty()) << where;
     }
     return result;
-}
-
-std::vector<std::uint64_t> callsToFail(std::uint64_t n) {
-    std::vector<std::uint64_t> ks;
-    const char* full = std::getenv("HB_FULL_SWEEP");
-    const std::uint64_t stride =
-        (full && *full == '1') ? 1 : std::max<std::uint64_t>(1, (n + kSamples - 1) / kSamples);
-    for (std::uint64_t k = 1; k <= n; k += stride)
-        ks.push_back(k);
-    if (!ks.empty() && ks.back() != n) ks.push_back(n);
-    return ks;
 }
 
 class FaultSweep : public ::testing::TestWithParam<std::size_t> {};

@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+#include <algorithm>
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <sstream>
@@ -331,6 +333,19 @@ std::string SessionHarness::censusText() {
     for (const Str& line : census())
         out += hb::toUtf8(line) + "\n";
     return out;
+}
+
+std::vector<std::uint64_t> callsToFail(std::uint64_t n) {
+    std::vector<std::uint64_t> ks;
+    const char* full = std::getenv("HB_FULL_SWEEP");
+    const std::uint64_t stride =
+        (full && *full == '1')
+            ? 1
+            : std::max<std::uint64_t>(1, (n + kSweepSamples - 1) / kSweepSamples);
+    for (std::uint64_t k = 1; k <= n; k += stride)
+        ks.push_back(k);
+    if (!ks.empty() && ks.back() != n) ks.push_back(n);
+    return ks;
 }
 
 }  // namespace hbtest

@@ -184,4 +184,11 @@ class SessionHarness {
     std::vector<std::weak_ptr<PaneControl>> panes_;
 };
 
+// The calls a fault sweep makes fail, one run each, for a scenario that
+// makes n calls: every call with HB_FULL_SWEEP=1 in the environment;
+// otherwise about kSweepSamples calls spread evenly, the first and the last
+// always included, so that the sweeps fit the sanitizer build's test run.
+inline constexpr std::uint64_t kSweepSamples = 60;
+std::vector<std::uint64_t> callsToFail(std::uint64_t n);
+
 }  // namespace hbtest
