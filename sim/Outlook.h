@@ -431,6 +431,7 @@ class Window : public SimObject {
     int activateCount = 0;
     virtual Str caption() const = 0;
     bool isExplorer() const;
+    void removePanes();  // the window's task panes go, with their controls
     Str unusableReason() const override;
     void detach() override;
 };

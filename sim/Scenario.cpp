@@ -94,6 +94,12 @@ void Scenario::disconnectAddin() {
         comAddIn_->connect = false;
         comAddIn_->object = Variant();
     }
+    // Office removes the task panes of an add-in it unloads, with their
+    // controls (one add-in is loaded here, so every pane goes).
+    for (const auto& w : outlook_->explorers())
+        w->removePanes();
+    for (const auto& w : outlook_->inspectors())
+        w->removePanes();
     outlook_->pump();
 }
 

@@ -185,6 +185,13 @@ Str Window::unusableReason() const {
            u"restart Outlook.";
 }
 
+void Window::removePanes() {
+    auto gone = std::move(panes);
+    panes.clear();
+    for (auto& p : gone)
+        p->remove();
+}
+
 void Window::detach() {
     for (auto& p : panes)
         p->detach();
@@ -313,10 +320,7 @@ void Outlook::closeWindow(const std::shared_ptr<Window>& window) {
 
 void Outlook::forget(const std::shared_ptr<Window>& window) {
     window->open = false;
-    auto panes = std::move(window->panes);  // a window's panes go with it
-    window->panes.clear();
-    for (auto& p : panes)
-        p->remove();
+    window->removePanes();  // a window's panes go with it
     std::erase_if(explorers_, [&](const auto& e) { return e == window; });
     std::erase_if(inspectors_, [&](const auto& i) { return i == window; });
     std::erase_if(focusOrder_, [&](const std::weak_ptr<Window>& w) {
