@@ -1,4 +1,4 @@
-# The LANGUAGE resource (Part 7.1): the phrase table source data/phrases.tsv
+# The LANGUAGE resource: the phrase table source data/phrases.tsv
 # (UTF-8) becomes ${CMAKE_BINARY_DIR}/generated/LANGUAGE.utf16 (UTF-16LE, BOM
 # FF FE, CR LF after every line) at build time. The Windows DLL embeds it as
 # "LANGUAGE" CUSTOM; native tests read it through HB_LANGUAGE_FILE.

@@ -19,11 +19,6 @@ namespace {
 constexpr std::int32_t kFolderCalendar = 9;
 constexpr std::int16_t kOutlook2007 = 12;
 
-bool isSet(const Variant& v) {
-    const Variant& d = v.deref();
-    return d.isObject() && !d.isNothing();
-}
-
 // Events of one source, handed to the session object while it lives. The
 // handler holds the object for its whole run: a shutdown raised from inside
 // an event releases the session's reference to it.

@@ -14,11 +14,6 @@ namespace hb {
 
 namespace {
 
-bool isSet(const Variant& v) {
-    const Variant& d = v.deref();
-    return d.isObject() && !d.isNothing();
-}
-
 // Thrown to leave the clean-up for its common exit.
 struct LeaveForExit {};
 

@@ -14,11 +14,6 @@ constexpr std::int16_t kOutlook2000 = 9;
 constexpr std::int32_t kFolderCalendar = 9;
 constexpr std::size_t kLocaleBufferLength = 256;
 
-bool isSet(const Variant& v) {
-    const Variant& d = v.deref();
-    return d.isObject() && !d.isNothing();
-}
-
 // GetObject / CreateObject with errors ignored: a server that cannot be had
 // leaves the run time's error 429 pending, as the real calls raise it.
 Variant tryServer(Session& s, const Str& progId, bool running) {

@@ -517,4 +517,9 @@ void PrintTo(const Variant& v, std::ostream* os) {
     *os << debugString(v);
 }
 
+bool isSet(const Variant& v) {
+    const Variant& d = v.deref();
+    return d.isObject() && !d.isNothing();
+}
+
 }  // namespace hb

@@ -124,6 +124,10 @@ class Variant {
     friend struct VariantAccess;
 };
 
+// An object variant holding an object, not Nothing (seen through a
+// by-reference slot): the run time's "Not x Is Nothing" for an object variable.
+bool isSet(const Variant& v);
+
 // IsNumeric: numbers, booleans, Empty (as in the run time), and texts that
 // parse as a number in the locale (blanks around, sign, decimal separator,
 // thousands separators, exponent, "&H"/"&O" prefixes) and convert to a

@@ -12,12 +12,6 @@ namespace {
 constexpr char16_t kLogFileName[] = u"\\BrindlewoodLog.txt";
 constexpr std::size_t kSeparatorLength = 70;
 
-// Whether a variable holds an object (not Empty, not Nothing).
-bool isSet(const Variant& v) {
-    const Variant& d = v.deref();
-    return d.isObject() && !d.isNothing();
-}
-
 // Appends one line to the log: caption, TAB, date and time, TAB, text.
 // Every failure is ignored; the pending error is cleared at the end.
 void subWriteLog(Session& s, const Str& text) noexcept {

@@ -20,11 +20,6 @@ namespace {
 
 constexpr std::int32_t kBarTop = 1;  // msoBarTop
 
-bool isSet(const Variant& v) {
-    const Variant& d = v.deref();
-    return d.isObject() && !d.isNothing();
-}
-
 // The Outlook Application the session object hears.
 Variant sessionApplication(Session& s) {
     if (s.oCalendarReactions && isSet(s.oCalendarReactions->ouaMyOutlook())) {

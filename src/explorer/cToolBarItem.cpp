@@ -35,11 +35,6 @@ constexpr std::int16_t kDockRight = 2;
 constexpr std::int16_t kDockBottom = 3;
 constexpr std::int16_t kDockFloating = 4;
 
-bool isSet(const Variant& v) {
-    const Variant& d = v.deref();
-    return d.isObject() && !d.isNothing();
-}
-
 Variant sessionApplication(Session& s) {
     if (s.oCalendarReactions && isSet(s.oCalendarReactions->ouaMyOutlook())) {
         return s.oCalendarReactions->ouaMyOutlook();

@@ -11,11 +11,6 @@ namespace {
 
 constexpr std::int16_t kOutlook2003 = 11;
 
-bool isSet(const Variant& v) {
-    const Variant& d = v.deref();
-    return d.isObject() && !d.isNothing();
-}
-
 }  // namespace
 
 cInspectorEvents::cInspectorEvents(Session& s) : s_(s) {}

@@ -1,5 +1,5 @@
 #pragma once
-// Part 4.3: watches the items of the default calendar folder and resets the
+// Watches the items of the default calendar folder and resets the
 // posted date "strPosted" of every added item to 1 January 4501 (not posted).
 #include "common/Object.h"
 #include "common/Session.h"

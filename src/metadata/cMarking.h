@@ -1,5 +1,5 @@
 #pragma once
-// Part 4.2: the chosen value of each metadata list for one appointment, and
+// The chosen value of each metadata list for one appointment, and
 // the conversion to and from the billing information text (the names joined
 // by the list separator Session::strListSeparator, with a leading separator).
 #include <cstdint>

@@ -1,5 +1,5 @@
 #pragma once
-// Part 4.1: one allowed value of a metadata list.
+// One allowed value of a metadata list.
 #include <cstdint>
 
 #include "common/Variant.h"

@@ -1,6 +1,6 @@
 #pragma once
-// Part 4.1: one metadata list, an ordered name-keyed dictionary of cMetaData
-// whose keys match without regard to letter case (fncCreateDic, Part 3.4).
+// One metadata list, an ordered name-keyed dictionary of cMetaData
+// whose keys match without regard to letter case (fncCreateDic).
 #include <cstdint>
 #include <memory>
 #include <optional>

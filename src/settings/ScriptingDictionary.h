@@ -1,7 +1,7 @@
 #pragma once
 // A native stand-in for Scripting.Dictionary: keys are texts, items are kept
-// in insertion order, and with the text compare mode (CompareMode 1, what
-// fncCreateDic of Part 3.4 sets) keys match without regard to letter case.
+// In insertion order, and with the text compare mode (CompareMode 1, what
+// fncCreateDic sets) keys match without regard to letter case.
 // Lookups go through a hash index of the (case-folded) keys, so Exists and
 // Item cost O(1) instead of a walk.
 #include <cstddef>

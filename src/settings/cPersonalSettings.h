@@ -1,5 +1,5 @@
 #pragma once
-// Part 3.1: the user's personal settings, kept both in the registry (one
+// The user's personal settings, kept both in the registry (one
 // REG_SZ value per key in section "Settings", the primary store) and in the
 // settings appointment of 1 January 2050 (its body, its categories and the
 // long property "Settings"; read only on migration, when the registry has

@@ -1,5 +1,5 @@
 #pragma once
-// Part 3.4: path helpers, the one shared file-system object with its
+// Path helpers, the one shared file-system object with its
 // self-repair, and the launching of the companion programs and links.
 #include "common/Session.h"
 

@@ -1,5 +1,5 @@
 #pragma once
-// Part 3.4: the user's special folders.
+// The user's special folders.
 #include <cstdint>
 
 #include "common/Session.h"

@@ -1,5 +1,5 @@
 #pragma once
-// Part 3.3: one REG_SZ value per settings key below
+// One REG_SZ value per settings key below
 // HKEY_CURRENT_USER\Software\Brindlewood\<application>\<section>, where the
 // application name is fixed to "Hourbook for Outlook". Errors are raised as
 // AutomationError with the numbers of the Part's table.

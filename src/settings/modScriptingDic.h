@@ -1,5 +1,5 @@
 #pragma once
-// Part 3.4: creating the scripting components (dictionary, shell) with their
+// Creating the scripting components (dictionary, shell) with their
 // silent self-repair. The components are native services of the Platform
 // layer; only their creation can fail (the memory platform can be told so),
 // and then the repair "regsvr32 ... /s" is started once per session,
@@ -48,7 +48,7 @@ class WshShell {
 
 // fncGetShell: a Wscript.Shell, or nullptr. After a failed creation the
 // repair "regsvr32 wshom.ocx /s" runs (once per session) and creation is
-// tried once more; a final failure shows the critical message of Part 3.4
+// tried once more; a final failure shows the critical message of fncGetShell
 // and calls subExitApplication (the clean-up hook of Parts 1.3/2.1).
 std::shared_ptr<WshShell> fncGetShell(Session& s) noexcept;
 

@@ -1,5 +1,5 @@
 #pragma once
-// Part 3.2: the hidden settings appointment on 1 January 2050 in the default
+// The hidden settings appointment on 1 January 2050 in the default
 // calendar (Session::ofCalendar), long texts stored as numbered user
 // properties of at most 1000 characters plus a count property, and single
 // typed user properties read with a default.

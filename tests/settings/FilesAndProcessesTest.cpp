@@ -1,4 +1,4 @@
-// Part 3.4: path helpers, special folders, the scripting components with
+// Path helpers, special folders, the scripting components with
 // their self-repair, and subExecute.
 #include "settings/modFileHandling.h"
 #include "settings/modGetDefaultFolders.h"

@@ -1,4 +1,4 @@
-// Part 4.2: markings and the billing information text.
+// Markings and the billing information text.
 #include "metadata/cMarking.h"
 #include "settings/cPersonalSettings.h"
 #include "SettingsTestSupport.h"

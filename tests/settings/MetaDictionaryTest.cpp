@@ -1,4 +1,4 @@
-// Part 4.1: metadata entries and lists.
+// Metadata entries and lists.
 #include "metadata/cMetaDictionary.h"
 #include "SettingsTestSupport.h"
 

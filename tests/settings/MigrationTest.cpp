@@ -1,4 +1,4 @@
-// Part 3.1 with its two stores: saving to the settings appointment and the
+// The personal settings with their two stores: saving to the settings appointment and the
 // registry, the first start with neither store, and the migration from the
 // settings appointment on first use.
 #include "settings/cPersonalSettings.h"

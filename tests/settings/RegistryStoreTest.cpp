@@ -1,4 +1,4 @@
-// Part 3.3: the registry store's layout, round trips and errors.
+// The registry store's layout, round trips and errors.
 #include "settings/modRegistryEntry.h"
 #include "SettingsTestSupport.h"
 

@@ -1,4 +1,4 @@
-// Part 3.2: the settings appointment, long properties and typed user
+// The settings appointment, long properties and typed user
 // properties, against the simulated Outlook.
 #include "settings/modSettingsAppointment.h"
 #include "SimSupport.h"

@@ -1,4 +1,4 @@
-// Part 3.1: construction, the settings body and metadata list texts,
+// Construction, the settings body and metadata list texts,
 // FromString, and the registry store path of the personal settings.
 #include "settings/cPersonalSettings.h"
 #include "SettingsTestSupport.h"

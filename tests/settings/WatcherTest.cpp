@@ -1,4 +1,4 @@
-// Part 4.3: the appointment watcher resets the posted date of items added
+// The appointment watcher resets the posted date of items added
 // to the default calendar.
 #include "metadata/cAppointments.h"
 #include "SimSupport.h"

@@ -1,4 +1,4 @@
-// The registry store of Part 3.3 (SaveSettingString / GetSettingString)
+// The registry store (SaveSettingString / GetSettingString)
 // through the Win32 Platform under Wine: exact round trips of every text,
 // REG_DWORD data refused, blank names refused.
 // The platform headers before windows.h (see Win32PlatformTest.cpp).
