@@ -5,7 +5,7 @@
 // Beside the time each reports the object-model calls the add-in made
 // (counted by the simulated Outlook) per operation.
 #include <benchmark/benchmark.h>
-#include <unistd.h>
+#include "tests/support/ShippedLanguage.h"
 
 #include <fstream>
 #include <iterator>
@@ -25,24 +25,6 @@ using hb::Variant;
 
 constexpr int kEntries = 10000;
 const Str kSettingsKey = u"Software\\Brindlewood\\Hourbook for Outlook\\Settings";
-
-// The generated LANGUAGE resource beside the benchmark's build tree.
-std::vector<std::uint8_t> languageResource() {
-    static const std::vector<std::uint8_t> bytes = [] {
-        char buffer[4096] = {};
-        const ssize_t n = ::readlink("/proc/self/exe", buffer, sizeof buffer - 1);
-        std::string exe = n > 0 ? std::string(buffer, static_cast<std::size_t>(n)) : std::string();
-        const auto slash = exe.rfind('/');
-        const std::string file =
-            (slash == std::string::npos ? std::string(".") : exe.substr(0, slash)) +
-            "/generated/LANGUAGE.utf16";
-        std::ifstream in(file, std::ios::binary);
-        if (!in) throw std::runtime_error("LANGUAGE resource not found at " + file);
-        return std::vector<std::uint8_t>(std::istreambuf_iterator<char>(in),
-                                         std::istreambuf_iterator<char>());
-    }();
-    return bytes;
-}
 
 const Str& metadataText() {
     static const Str text = [] {
@@ -85,7 +67,7 @@ struct World {
     std::shared_ptr<sim::Item> a, b;
 
     World() {
-        platform.setResource(u"CUSTOM", u"LANGUAGE", languageResource());
+        platform.setResource(u"CUSTOM", u"LANGUAGE", hbtest::shippedLanguageResource());
         platform.setAddinVersion(hb::ModuleVersion{4, 0, 1});
         platform.addFolder(platform.documentsFolder());
         platform.addFolder(platform.moduleFolder());

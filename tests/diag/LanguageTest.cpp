@@ -1,6 +1,7 @@
 // The phrase table: language choice, reading the LANGUAGE resource, the
 // phrase collection and the phrase variables.
 #include <gtest/gtest.h>
+#include "tests/support/ShippedLanguage.h"
 
 #include <fstream>
 #include <iterator>
@@ -323,9 +324,8 @@ TEST_F(ReadPhrasesTest, MissingKeyIsReportedAndTheOthersAreRead) {
 // ---- the shipped table ----
 
 #ifdef HB_LANGUAGE_FILE
-std::vector<std::uint8_t> shippedTable() {
-    std::ifstream in(HB_LANGUAGE_FILE, std::ios::binary);
-    return std::vector<std::uint8_t>(std::istreambuf_iterator<char>(in), {});
+const std::vector<std::uint8_t>& shippedTable() {
+    return hbtest::shippedLanguageResource();
 }
 
 class ShippedTableTest : public DiagTest {

@@ -1,6 +1,7 @@
 #include "session/SessionHarness.h"
 
-#include <unistd.h>
+#include "tests/support/ShippedLanguage.h"
+
 
 #include <algorithm>
 #include <cstdlib>
@@ -16,31 +17,6 @@ namespace hbtest {
 namespace {
 
 const Str kSettingsKey = u"Software\\Brindlewood\\Hourbook for Outlook\\Settings";
-
-// The generated LANGUAGE resource (UTF-16LE) of this build.
-std::string languageFile() {
-#ifdef HB_LANGUAGE_FILE
-    return HB_LANGUAGE_FILE;
-#else
-    // Beside the test program's build tree: <build>/generated/LANGUAGE.utf16.
-    char buffer[4096] = {};
-    const ssize_t n = ::readlink("/proc/self/exe", buffer, sizeof buffer - 1);
-    std::string exe = n > 0 ? std::string(buffer, static_cast<std::size_t>(n)) : std::string();
-    const auto slash = exe.rfind('/');
-    const std::string dir = slash == std::string::npos ? std::string(".") : exe.substr(0, slash);
-    return dir + "/generated/LANGUAGE.utf16";
-#endif
-}
-
-std::vector<std::uint8_t> languageResource() {
-    static const std::vector<std::uint8_t> bytes = [] {
-        std::ifstream in(languageFile(), std::ios::binary);
-        if (!in) throw std::runtime_error("LANGUAGE resource not found at " + languageFile());
-        return std::vector<std::uint8_t>(std::istreambuf_iterator<char>(in),
-                                         std::istreambuf_iterator<char>());
-    }();
-    return bytes;
-}
 
 Variant simObj(const std::shared_ptr<sim::SimObject>& p) {
     return p ? Variant(hb::ObjectPtr(p)) : Variant::nothing();
@@ -156,7 +132,7 @@ std::vector<MetaList> workgroupLists() {
 SessionHarness::SessionHarness(Str outlookVersion)
     : platform_(std::make_unique<hb::MemoryPlatform>()),
       scenario_(std::make_unique<sim::Scenario>()) {
-    platform_->setResource(u"CUSTOM", u"LANGUAGE", languageResource());
+    platform_->setResource(u"CUSTOM", u"LANGUAGE", hbtest::shippedLanguageResource());
     platform_->setAddinVersion(hb::ModuleVersion{4, 0, 12});
     platform_->addFolder(platform_->documentsFolder());
     platform_->addFolder(platform_->moduleFolder());
