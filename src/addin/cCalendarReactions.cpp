@@ -155,7 +155,7 @@ void cCalendarReactions::ouaMyOutlook_Startup() {
                 s.platform.messageBox(
                     Str(u"Failed to save settings appointment in current folder") + kCrLf +
                         s.phrases.LNGCHECKPERM + kCrLf + s.err.description,
-                    kProductCaption, win::MB_OK);
+                    kProductCaption, win::MbOk);
             });
             subCloseDown(s);
         }

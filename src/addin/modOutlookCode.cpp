@@ -53,7 +53,7 @@ void fncStartOutlook(Session& s, std::int16_t& folder) noexcept {
             resumeNext(s, [&] {
                 s.platform.messageBox(
                     u"Please start Outlook manually before you execute this application!", Str(),
-                    win::MB_OK);
+                    win::MbOk);
             });
             subExitApplication(s);
         }
@@ -63,7 +63,7 @@ void fncStartOutlook(Session& s, std::int16_t& folder) noexcept {
                 // The error line: no line numbers here, so 0.
                 s.platform.messageBox(s.phrases.LNGO2KNEEDED + kCrLf + toStr(s.err.number) + u" " +
                                           s.err.description + kCrLf + toStr(0),
-                                      kProductCaption, win::MB_ICONCRITICAL | win::MB_OK);
+                                      kProductCaption, win::MbIconCritical | win::MbOk);
             });
             subExitApplication(s);
         } else if (conditionOrError(s, [&] { return fncOutlookVersion(s) >= kOutlook2000; })) {
@@ -71,7 +71,7 @@ void fncStartOutlook(Session& s, std::int16_t& folder) noexcept {
         } else {
             resumeNext(s, [&] {
                 s.platform.messageBox(s.phrases.LNGO2KNEEDED + kCrLf + toStr(fncOutlookVersion(s)),
-                                      kProductCaption, win::MB_ICONCRITICAL | win::MB_OK);
+                                      kProductCaption, win::MbIconCritical | win::MbOk);
             });
             subExitApplication(s);
         }
@@ -174,7 +174,7 @@ Str fncGetListSeparator(Session& s) {
     Str buffer = text::repeat(u' ', kLocaleBufferLength);
     Str value;
     const std::int32_t n =
-        s.platform.localeInfo(win::LOCALE_USER_DEFAULT, win::LOCALE_SLIST, value);
+        s.platform.localeInfo(win::LocaleUserDefault, win::LocaleSList, value);
     if (n > 0) {
         buffer = (value + u'\0' + buffer).substr(0, kLocaleBufferLength);
         return text::left(buffer, n - 1);

@@ -63,7 +63,7 @@ void subErrorHandler(Session& s, const Str& description, std::int32_t number, st
             // Before the dialog: an error while it is open finds the report made.
             s.diag.blnErrorOccurred = true;
             s.diag.blnReported = true;
-            if (s.platform.messageBox(dialog, kProductCaption, win::MB_YESNO) == win::IDYES) {
+            if (s.platform.messageBox(dialog, kProductCaption, win::MbYesNo) == win::IdYes) {
                 if (!isSet(s.olApp)) {
                     std::int16_t inbox = 6;
                     fncStartOutlook(s, inbox);
@@ -136,7 +136,7 @@ void subSendErrorMail(Session& s) noexcept {
     if (s.err.number != 0) {
         resumeNext(s, [&] {
             s.platform.messageBox(u"Failed to send error email using MS Outlook!", kProductCaption,
-                                  win::MB_ICONCRITICAL | win::MB_OK);
+                                  win::MbIconCritical | win::MbOk);
         });
     }
     subExitApplication(s);

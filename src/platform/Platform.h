@@ -14,26 +14,26 @@ namespace hb {
 
 // Win32 constants used through this interface.
 namespace win {
-constexpr std::uint32_t REG_SZ = 1;
-constexpr std::uint32_t REG_DWORD = 4;
-constexpr std::int32_t ERROR_SUCCESS = 0;
-constexpr std::int32_t ERROR_FILE_NOT_FOUND = 2;
-constexpr std::int32_t ERROR_ACCESS_DENIED = 5;
+constexpr std::uint32_t RegSz = 1;
+constexpr std::uint32_t RegDword = 4;
+constexpr std::int32_t ErrorSuccess = 0;
+constexpr std::int32_t ErrorFileNotFound = 2;
+constexpr std::int32_t ErrorAccessDenied = 5;
 
-constexpr std::uint32_t MB_OK = 0x0;
-constexpr std::uint32_t MB_YESNO = 0x4;
-constexpr std::uint32_t MB_ICONCRITICAL = 0x10;  // vbCritical / MB_ICONHAND
-constexpr std::int32_t IDOK = 1;
-constexpr std::int32_t IDCANCEL = 2;
-constexpr std::int32_t IDYES = 6;
-constexpr std::int32_t IDNO = 7;
+constexpr std::uint32_t MbOk = 0x0;
+constexpr std::uint32_t MbYesNo = 0x4;
+constexpr std::uint32_t MbIconCritical = 0x10;  // vbCritical / MB_ICONHAND
+constexpr std::int32_t IdOk = 1;
+constexpr std::int32_t IdCancel = 2;
+constexpr std::int32_t IdYes = 6;
+constexpr std::int32_t IdNo = 7;
 
-constexpr int CSIDL_PERSONAL = 5;  // the user's documents folder
-constexpr std::uint32_t LOCALE_USER_DEFAULT = 0x400;
-constexpr std::uint32_t LOCALE_SLIST = 12;
+constexpr int CsidlPersonal = 5;  // the user's documents folder
+constexpr std::uint32_t LocaleUserDefault = 0x400;
+constexpr std::uint32_t LocaleSList = 12;
 
-constexpr int SW_SHOWNORMAL = 1;
-constexpr int SW_SHOWMINIMIZED = 2;
+constexpr int SwShowNormal = 1;
+constexpr int SwShowMinimized = 2;
 }  // namespace win
 
 using RegKey = std::uintptr_t;

@@ -77,7 +77,7 @@ void subExecute(Session& s, const Str& program, const Str& arguments,
         // 3. Web and mail links go to the shell as they are.
         const Str head = text::upper(text::left(program, 4));
         if (head == u"HTTP" || head == u"MAIL") {
-            run(program, win::SW_SHOWNORMAL);
+            run(program, win::SwShowNormal);
             return;
         }
         // 4./5. The program file, in the given folder or else in the
@@ -95,17 +95,17 @@ void subExecute(Session& s, const Str& program, const Str& arguments,
         if (fsFileExists(s, file)) {
             // 6. Run it normal; a failing start is told to the user.
             s.err.clear();
-            resumeNext(s, [&] { run(u"\"" + file + u"\" " + arguments, win::SW_SHOWNORMAL); });
+            resumeNext(s, [&] { run(u"\"" + file + u"\" " + arguments, win::SwShowNormal); });
             if (s.err) {
                 s.platform.messageBox(
                     s.err.description + crlf + s.phrases.LNGERROREXECUTE + u" " + file,
-                    kProductCaption, win::MB_ICONCRITICAL);
+                    kProductCaption, win::MbIconCritical);
                 s.err.clear();
             }
         } else {
             // 7. Missing file.
             s.platform.messageBox(s.phrases.LNGERROREXECUTE + u" " + file, kProductCaption,
-                                  win::MB_ICONCRITICAL);
+                                  win::MbIconCritical);
         }
     });
 }

@@ -5,7 +5,7 @@ namespace hb {
 namespace {
 
 Str documentsSubfolder(Session& s, const Str& name, bool create) {
-    const Str path = fncGetSpecialFolder(s, win::CSIDL_PERSONAL, 0) + name;
+    const Str path = fncGetSpecialFolder(s, win::CsidlPersonal, 0) + name;
     // With a file-system object of their own.
     if (!s.platform.createComponent(ScriptComponent::FileSystemObject)) raise(429);
     if (!s.platform.folderExists(path) && create) {

@@ -34,19 +34,19 @@ void SaveSettingString(Platform& p, const Str& strSection, const Str& strKey,
     RegKey handle = 0;
     std::optional<AutomationError> pending;
     const std::int32_t created = p.regCreateKey(path, handle);
-    if (created != win::ERROR_SUCCESS) {
+    if (created != win::ErrorSuccess) {
         pending.emplace(regerr::kRegistry + created, u"Could not open/create registry section");
     } else {
         // REG_SZ; the platform passes the text's length in characters as the
         // data size (the terminating zero not counted), as the Part asks.
         const std::int32_t set = p.regSetString(handle, key, strValue);
-        if (set != win::ERROR_SUCCESS) {
+        if (set != win::ErrorSuccess) {
             pending.emplace(regerr::kRegistry + set, u"Could not set key value");
         }
     }
     // In every case close the key, ignoring errors of the close.
     try {
-        if (created == win::ERROR_SUCCESS) p.regCloseKey(handle);
+        if (created == win::ErrorSuccess) p.regCloseKey(handle);
     } catch (...) {
     }
     if (pending) throw *pending;
@@ -59,8 +59,8 @@ Str GetSettingString(Platform& p, const Str& strSection, const Str& strKey,
 
     RegKey handle = 0;
     const std::int32_t opened = p.regOpenKey(path, handle);
-    if (opened == win::ERROR_FILE_NOT_FOUND) return strDefault;
-    if (opened != win::ERROR_SUCCESS) {
+    if (opened == win::ErrorFileNotFound) return strDefault;
+    if (opened != win::ErrorSuccess) {
         raise(regerr::kRegistry + opened, u"Could not open registry section");
     }
 
@@ -68,9 +68,9 @@ Str GetSettingString(Platform& p, const Str& strSection, const Str& strKey,
     std::optional<AutomationError> pending;
     RegValue value;
     const std::int32_t queried = p.regQueryValue(handle, key, value);
-    if (queried != win::ERROR_SUCCESS) {
+    if (queried != win::ErrorSuccess) {
         result = strDefault;  // the value does not exist
-    } else if (value.type != win::REG_SZ) {
+    } else if (value.type != win::RegSz) {
         // The last registry result is 0 at this point.
         pending.emplace(regerr::kRegistry + queried, u"Registry data not a string");
     } else if (value.sizeBytes == 0) {

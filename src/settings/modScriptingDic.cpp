@@ -18,7 +18,7 @@ bool createDirectOrByProgId(Session& s, ScriptComponent component) {
 
 void runRepair(Session& s, const Str& command) noexcept {
     // Minimised with focus, not waited for; errors ignored and cleared.
-    resumeNext(s, [&] { s.platform.run(command, win::SW_SHOWMINIMIZED); });
+    resumeNext(s, [&] { s.platform.run(command, win::SwShowMinimized); });
     s.err.clear();
 }
 
@@ -72,7 +72,7 @@ std::shared_ptr<WshShell> fncGetShell(Session& s) noexcept {
                     crlf +
                     u"Please download the Windows Scripting Runtime from Microsoft Downloads to "
                     u"resolve this issue!",
-                kProductCaption, win::MB_ICONCRITICAL);
+                kProductCaption, win::MbIconCritical);
         });
         // The add-in's clean-up hook after giving up (Parts 1.3, 2.1).
         subExitApplication(s);

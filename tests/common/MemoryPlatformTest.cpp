@@ -14,7 +14,7 @@ const Str kSettings = u"Software\\Brindlewood\\Hourbook for Outlook\\Settings";
 TEST(MemoryRegistry, CreateOpenQueryRoundTrip) {
     MemoryPlatform p;
     RegKey key = 0;
-    EXPECT_EQ(p.regOpenKey(kSettings, key), win::ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(p.regOpenKey(kSettings, key), win::ErrorFileNotFound);
     ASSERT_EQ(p.regCreateKey(kSettings, key), 0);
     EXPECT_NE(key, 0u);
     EXPECT_TRUE(p.keyExists(u"Software\\Brindlewood"));  // intermediate keys
@@ -29,19 +29,19 @@ TEST(MemoryRegistry, CreateOpenQueryRoundTrip) {
     ASSERT_EQ(p.regOpenKey(u"SOFTWARE\\brindlewood\\Hourbook for Outlook\\SETTINGS", rk), 0);
     RegValue v;
     ASSERT_EQ(p.regQueryValue(rk, u"STRREPORTPATH", v), 0);  // names without regard to case
-    EXPECT_EQ(v.type, win::REG_SZ);
+    EXPECT_EQ(v.type, win::RegSz);
     EXPECT_EQ(v.text, u"C:\\Reports\\Ünïcødé ✓");
     EXPECT_EQ(v.sizeBytes, v.text.size() + 1);
     ASSERT_EQ(p.regQueryValue(rk, u"strEmpty", v), 0);
     EXPECT_EQ(v.text, u"");
     EXPECT_EQ(v.sizeBytes, 0u);
     ASSERT_EQ(p.regQueryValue(rk, u"lngCount", v), 0);
-    EXPECT_EQ(v.type, win::REG_DWORD);
+    EXPECT_EQ(v.type, win::RegDword);
     EXPECT_EQ(v.dword, 42u);
     EXPECT_EQ(v.sizeBytes, 4u);
-    EXPECT_EQ(p.regQueryValue(rk, u"missing", v), win::ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(p.regQueryValue(rk, u"missing", v), win::ErrorFileNotFound);
     // A key opened for reading cannot be written.
-    EXPECT_EQ(p.regSetString(rk, u"x", u"y"), win::ERROR_ACCESS_DENIED);
+    EXPECT_EQ(p.regSetString(rk, u"x", u"y"), win::ErrorAccessDenied);
     p.regCloseKey(rk);
     // A closed handle is no handle.
     EXPECT_EQ(p.regQueryValue(rk, u"lngCount", v), 6);
@@ -58,7 +58,7 @@ TEST(MemoryRegistry, TestAccessorsAndDelete) {
     p.setRawValue(u"Software\\A\\B", u"Bin", 3, 8);
     ASSERT_TRUE(p.value(u"software\\a\\b", u"name"));
     EXPECT_EQ(p.value(u"software\\a\\b", u"name")->text, u"text");
-    EXPECT_EQ(p.value(u"Software\\A\\B", u"Flag")->type, win::REG_DWORD);
+    EXPECT_EQ(p.value(u"Software\\A\\B", u"Flag")->type, win::RegDword);
     EXPECT_EQ(p.value(u"Software\\A\\B", u"Bin")->type, 3u);
     EXPECT_FALSE(p.value(u"Software\\A\\B", u"none"));
     EXPECT_FALSE(p.value(u"Software\\A\\C", u"Name"));
@@ -67,11 +67,11 @@ TEST(MemoryRegistry, TestAccessorsAndDelete) {
     RegKey k = 0;
     ASSERT_EQ(p.regCreateKey(u"Software\\A\\B", k), 0);  // opens the existing key
     EXPECT_EQ(p.regDeleteValue(k, u"name"), 0);
-    EXPECT_EQ(p.regDeleteValue(k, u"name"), win::ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(p.regDeleteValue(k, u"name"), win::ErrorFileNotFound);
     EXPECT_EQ(p.regDeleteTree(u"Software\\A"), 0);
     EXPECT_FALSE(p.keyExists(u"Software\\A\\B"));
     EXPECT_TRUE(p.keyExists(u"Software"));
-    EXPECT_EQ(p.regDeleteTree(u"Software\\A"), win::ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(p.regDeleteTree(u"Software\\A"), win::ErrorFileNotFound);
     RegValue v;
     EXPECT_EQ(p.regQueryValue(k, u"Flag", v), 1018);  // the key was deleted
     p.regCloseKey(k);
@@ -80,8 +80,8 @@ TEST(MemoryRegistry, TestAccessorsAndDelete) {
 TEST(MemoryRegistry, FailureInjection) {
     MemoryPlatform p;
     RegKey k = 0;
-    p.failNext("regCreateKey", win::ERROR_ACCESS_DENIED);
-    EXPECT_EQ(p.regCreateKey(kSettings, k), win::ERROR_ACCESS_DENIED);
+    p.failNext("regCreateKey", win::ErrorAccessDenied);
+    EXPECT_EQ(p.regCreateKey(kSettings, k), win::ErrorAccessDenied);
     EXPECT_FALSE(p.keyExists(kSettings));
     ASSERT_EQ(p.regCreateKey(kSettings, k), 0);  // only the next call failed
     p.failAlways("regSetString", 1009);
@@ -103,8 +103,8 @@ TEST(MemoryRegistry, FailureInjection) {
 
 TEST(MemoryFiles, FoldersFilesAndAppend) {
     MemoryPlatform p;
-    EXPECT_EQ(p.specialFolder(win::CSIDL_PERSONAL), Str(u"C:\\Users\\John\\Documents"));
-    EXPECT_EQ(p.specialFolder(win::CSIDL_PERSONAL | 0x800), Str(u"C:\\Users\\John\\Documents"));
+    EXPECT_EQ(p.specialFolder(win::CsidlPersonal), Str(u"C:\\Users\\John\\Documents"));
+    EXPECT_EQ(p.specialFolder(win::CsidlPersonal | 0x800), Str(u"C:\\Users\\John\\Documents"));
     EXPECT_TRUE(p.folderExists(u"c:\\users\\john\\documents\\"));
     EXPECT_TRUE(p.folderExists(u"C:\\Users"));
     EXPECT_EQ(p.moduleFolder(), u"C:\\Program Files\\Hourbook");
@@ -134,7 +134,7 @@ TEST(MemoryFiles, FoldersFilesAndAppend) {
     EXPECT_FALSE(p.readTextFile(u"D:\\Data\\conn.txt"));
     EXPECT_TRUE(p.readTextFile(u"D:\\Data\\conn.txt"));
     p.failAlways("specialFolder");
-    EXPECT_FALSE(p.specialFolder(win::CSIDL_PERSONAL));
+    EXPECT_FALSE(p.specialFolder(win::CsidlPersonal));
     p.failNext("appendLine");
     EXPECT_FALSE(p.appendLine(log, u"three"));
     EXPECT_EQ(p.readTextFile(log), Str(u"one\r\ntwo\r\n"));
@@ -145,7 +145,7 @@ TEST(MemoryFiles, FoldersFilesAndAppend) {
     EXPECT_EQ(p.moduleFolder(), u"C:\\Program Files\\Hourbook");
     p.setDocumentsFolder(u"E:\\Docs");
     p.clearFailures();
-    EXPECT_EQ(p.specialFolder(win::CSIDL_PERSONAL), Str(u"E:\\Docs"));
+    EXPECT_EQ(p.specialFolder(win::CsidlPersonal), Str(u"E:\\Docs"));
     EXPECT_TRUE(p.folderExists(u"E:\\Docs"));
 }
 
@@ -161,29 +161,29 @@ TEST(MemoryResources, ByTypeAndName) {
 TEST(MemoryMessageBox, RecordsAndAnswersFromScript) {
     MemoryPlatform p;
     // Defaults with an empty script: IDOK, IDNO for Yes/No boxes.
-    EXPECT_EQ(p.messageBox(u"hello", u"cap", win::MB_OK), win::IDOK);
-    EXPECT_EQ(p.messageBox(u"sure?", u"cap", win::MB_YESNO), win::IDNO);
-    p.scriptAnswers({win::IDYES, win::IDCANCEL});
-    EXPECT_EQ(p.messageBox(u"a", u"c", win::MB_YESNO | win::MB_ICONCRITICAL), win::IDYES);
-    EXPECT_EQ(p.messageBox(u"b", u"c", win::MB_OK), win::IDCANCEL);
+    EXPECT_EQ(p.messageBox(u"hello", u"cap", win::MbOk), win::IdOk);
+    EXPECT_EQ(p.messageBox(u"sure?", u"cap", win::MbYesNo), win::IdNo);
+    p.scriptAnswers({win::IdYes, win::IdCancel});
+    EXPECT_EQ(p.messageBox(u"a", u"c", win::MbYesNo | win::MbIconCritical), win::IdYes);
+    EXPECT_EQ(p.messageBox(u"b", u"c", win::MbOk), win::IdCancel);
     EXPECT_EQ(p.pendingAnswers(), 0u);
-    EXPECT_EQ(p.messageBox(u"c", u"c", win::MB_YESNO), win::IDNO);
+    EXPECT_EQ(p.messageBox(u"c", u"c", win::MbYesNo), win::IdNo);
     ASSERT_EQ(p.messageBoxes().size(), 5u);
     EXPECT_EQ(p.messageBoxes()[2].text, u"a");
     EXPECT_EQ(p.messageBoxes()[2].caption, u"c");
-    EXPECT_EQ(p.messageBoxes()[2].flags, win::MB_YESNO | win::MB_ICONCRITICAL);
-    EXPECT_EQ(p.messageBoxes()[2].answer, win::IDYES);
+    EXPECT_EQ(p.messageBoxes()[2].flags, win::MbYesNo | win::MbIconCritical);
+    EXPECT_EQ(p.messageBoxes()[2].answer, win::IdYes);
     p.failNext("messageBox");
-    EXPECT_EQ(p.messageBox(u"d", u"c", win::MB_OK), 0);
+    EXPECT_EQ(p.messageBox(u"d", u"c", win::MbOk), 0);
     EXPECT_EQ(p.messageBoxes().size(), 6u);
 }
 
 TEST(MemoryRun, RecordsAndFails) {
     MemoryPlatform p;
-    p.run(u"regsvr32 scrrun.dll /s", win::SW_SHOWMINIMIZED);
+    p.run(u"regsvr32 scrrun.dll /s", win::SwShowMinimized);
     p.failNext("run", -2147024894, 1, u"The system cannot find the file specified.");
     try {
-        p.run(u"\"C:\\x.exe\" -a", win::SW_SHOWNORMAL);
+        p.run(u"\"C:\\x.exe\" -a", win::SwShowNormal);
         ADD_FAILURE() << "no error";
     } catch (const AutomationError& e) {
         EXPECT_EQ(e.number(), -2147024894);
@@ -191,8 +191,8 @@ TEST(MemoryRun, RecordsAndFails) {
     }
     ASSERT_EQ(p.runs().size(), 2u);
     EXPECT_EQ(p.runs()[0].command, u"regsvr32 scrrun.dll /s");
-    EXPECT_EQ(p.runs()[0].windowStyle, win::SW_SHOWMINIMIZED);
-    EXPECT_EQ(p.runs()[1].windowStyle, win::SW_SHOWNORMAL);
+    EXPECT_EQ(p.runs()[0].windowStyle, win::SwShowMinimized);
+    EXPECT_EQ(p.runs()[1].windowStyle, win::SwShowNormal);
 }
 
 TEST(MemoryComponents, FailNTimesOrAlways) {
@@ -246,14 +246,14 @@ TEST(MemoryEnvironment, Expand) {
 TEST(MemoryLocale, FactsAndFailure) {
     MemoryPlatform p;
     Str out;
-    EXPECT_EQ(p.localeInfo(win::LOCALE_USER_DEFAULT, win::LOCALE_SLIST, out), 2);
+    EXPECT_EQ(p.localeInfo(win::LocaleUserDefault, win::LocaleSList, out), 2);
     EXPECT_EQ(out, u",");
     p.setListSeparator(u";");
-    EXPECT_EQ(p.localeInfo(win::LOCALE_USER_DEFAULT, win::LOCALE_SLIST, out), 2);
+    EXPECT_EQ(p.localeInfo(win::LocaleUserDefault, win::LocaleSList, out), 2);
     EXPECT_EQ(out, u";");
     EXPECT_EQ(p.userLocale().listSeparator, u";");
     p.failNext("localeInfo");
-    EXPECT_EQ(p.localeInfo(win::LOCALE_USER_DEFAULT, win::LOCALE_SLIST, out), 0);
+    EXPECT_EQ(p.localeInfo(win::LocaleUserDefault, win::LocaleSList, out), 0);
     EXPECT_EQ(out, u"");
     EXPECT_EQ(p.localeInfoRequests().size(), 3u);
     EXPECT_EQ(p.systemDefaultLcid(), 1033u);

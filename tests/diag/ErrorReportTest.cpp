@@ -14,9 +14,9 @@
 namespace hbtest {
 namespace {
 
-using hb::win::IDNO;
-using hb::win::IDYES;
-using hb::win::MB_YESNO;
+using hb::win::IdNo;
+using hb::win::IdYes;
+using hb::win::MbYesNo;
 
 const Str kDashes(70, u'-');
 

@@ -10,8 +10,8 @@
 namespace hbtest {
 namespace {
 
-using hb::win::MB_ICONCRITICAL;
-using hb::win::MB_OK;
+using hb::win::MbIconCritical;
+using hb::win::MbOk;
 
 class OutlookCodeTest : public DiagTest {
   protected:

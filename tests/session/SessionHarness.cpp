@@ -287,7 +287,7 @@ std::vector<Str> SessionHarness::traceLines() const {
 std::size_t SessionHarness::errorDialogs() const {
     std::size_t n = 0;
     for (const auto& box : platform_->messageBoxes()) {
-        if ((box.flags & 0xF) == hb::win::MB_YESNO && box.caption == hb::kProductCaption) ++n;
+        if ((box.flags & 0xF) == hb::win::MbYesNo && box.caption == hb::kProductCaption) ++n;
     }
     return n;
 }

@@ -199,7 +199,7 @@ TEST(Shell, RepairOnceThenCriticalMessage) {
     ASSERT_EQ(e.platform.messageBoxes().size(), 1u);
     const auto& box = e.platform.messageBoxes()[0];
     EXPECT_EQ(box.caption, u"Hourbook for Outlook Addin v4");
-    EXPECT_EQ(box.flags, win::MB_ICONCRITICAL);
+    EXPECT_EQ(box.flags, win::MbIconCritical);
     EXPECT_EQ(box.text,
               u"ERROR\r\nAttempting to create a new Scripting.Dictionary object.\r\nThis component "
               u"is usually installed with Internet Explorer 4.0 or later\r\nPlease download the "
@@ -267,7 +267,7 @@ TEST(Execute, MissingFileIsToldToTheUser) {
     ASSERT_EQ(e.platform.messageBoxes().size(), 1u);
     const auto& box = e.platform.messageBoxes()[0];
     EXPECT_EQ(box.caption, u"Hourbook for Outlook Addin v4");
-    EXPECT_EQ(box.flags, win::MB_ICONCRITICAL);
+    EXPECT_EQ(box.flags, win::MbIconCritical);
     EXPECT_EQ(box.text,
               u"Error trying to run the file at C:\\Program Files\\Hourbook\\HBReporting.exe");
     EXPECT_TRUE(e.noReport());
@@ -280,7 +280,7 @@ TEST(Execute, FailingStartIsToldToTheUser) {
     subExecute(e.s, u"HBReporting", u"", u"");
     ASSERT_EQ(e.platform.messageBoxes().size(), 1u);
     const auto& box = e.platform.messageBoxes()[0];
-    EXPECT_EQ(box.flags, win::MB_ICONCRITICAL);
+    EXPECT_EQ(box.flags, win::MbIconCritical);
     EXPECT_EQ(box.text,
               u"Permission denied\r\nError trying to run the file at C:\\Program "
               u"Files\\Hourbook\\HBReporting.exe");

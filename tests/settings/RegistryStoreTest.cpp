@@ -29,7 +29,7 @@ TEST(RegistryStore, WritesRegSzBelowTheFixedApplicationName) {
     SaveSettingString(e.s, u"Settings", u"ReportValue", u"C:\\Data\\");
     auto v = e.platform.value(kSettingsKey, u"ReportValue");
     ASSERT_TRUE(v);
-    EXPECT_EQ(v->type, win::REG_SZ);
+    EXPECT_EQ(v->type, win::RegSz);
     EXPECT_EQ(v->text, u"C:\\Data\\");
     EXPECT_EQ(e.platform.openKeyCount(), 0u);
 }
@@ -57,7 +57,7 @@ TEST(RegistryStore, EmptyStoredTextReadsAsEmptyNotDefault) {
     SaveSettingString(e.s, u"Settings", u"Empty", u"");
     auto v = e.platform.value(kSettingsKey, u"Empty");
     ASSERT_TRUE(v);
-    EXPECT_EQ(v->type, win::REG_SZ);
+    EXPECT_EQ(v->type, win::RegSz);
     EXPECT_EQ(GetSettingString(e.s, u"Settings", u"Empty", u"NULL"), u"");
 }
 

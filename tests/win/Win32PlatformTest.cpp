@@ -124,7 +124,7 @@ TEST_F(Win32RegistryTest, DeleteValueAndTree) {
 
 TEST(Win32Platform, DocumentsFolder) {
     Win32Platform p;
-    const auto docs = p.specialFolder(win::CSIDL_PERSONAL);
+    const auto docs = p.specialFolder(win::CsidlPersonal);
     ASSERT_TRUE(docs.has_value());
     EXPECT_FALSE(docs->empty());
     EXPECT_NE(docs->back(), u'\\');
@@ -134,7 +134,7 @@ TEST(Win32Platform, DocumentsFolder) {
 
 TEST(Win32Platform, FilesInAnsiWithCrLf) {
     Win32Platform p;
-    const Str dir = *p.specialFolder(win::CSIDL_PERSONAL) + u"\\HourbookWineTest-" +
+    const Str dir = *p.specialFolder(win::CsidlPersonal) + u"\\HourbookWineTest-" +
                     toStr(static_cast<long long>(GetCurrentProcessId()));
     const Str file = dir + u"\\log.txt";
     EXPECT_FALSE(p.folderExists(dir));
@@ -244,7 +244,7 @@ TEST(Win32Platform, RunRaisesForAMissingProgram) {
 
 TEST(Win32Platform, RunStartsAProgramWithoutWaiting) {
     Win32Platform p;
-    const Str dir = *p.specialFolder(win::CSIDL_PERSONAL);
+    const Str dir = *p.specialFolder(win::CsidlPersonal);
     const Str marker =
         dir + u"\\hb-run-marker-" + toStr(static_cast<long long>(GetCurrentProcessId())) + u".txt";
     DeleteFileW(wide(marker).c_str());

@@ -124,8 +124,8 @@ std::int32_t MemoryPlatform::handleKey(RegKey handle, Key*& key, bool write) {
     if (it == handles_.end()) return kErrorInvalidHandle;
     key = findKey(it->second.path);
     if (!key) return kErrorKeyDeleted;
-    if (write && !it->second.writable) return win::ERROR_ACCESS_DENIED;
-    return win::ERROR_SUCCESS;
+    if (write && !it->second.writable) return win::ErrorAccessDenied;
+    return win::ErrorSuccess;
 }
 
 std::int32_t MemoryPlatform::regCreateKey(const Str& path, RegKey& key) {
@@ -135,17 +135,17 @@ std::int32_t MemoryPlatform::regCreateKey(const Str& path, RegKey& key) {
     makeKey(parts);
     key = nextHandle_++;
     handles_[key] = Handle{std::move(parts), true};
-    return win::ERROR_SUCCESS;
+    return win::ErrorSuccess;
 }
 
 std::int32_t MemoryPlatform::regOpenKey(const Str& path, RegKey& key) {
     Failure f;
     if (failing("regOpenKey", &f)) return f.code;
     auto parts = splitKeyPath(path);
-    if (!findKey(parts)) return win::ERROR_FILE_NOT_FOUND;
+    if (!findKey(parts)) return win::ErrorFileNotFound;
     key = nextHandle_++;
     handles_[key] = Handle{std::move(parts), false};
-    return win::ERROR_SUCCESS;
+    return win::ErrorSuccess;
 }
 
 std::int32_t MemoryPlatform::regQueryValue(RegKey key, const Str& name, RegValue& value) {
@@ -154,9 +154,9 @@ std::int32_t MemoryPlatform::regQueryValue(RegKey key, const Str& name, RegValue
     Key* k = nullptr;
     if (auto rc = handleKey(key, k, false)) return rc;
     auto it = k->values.find(name);
-    if (it == k->values.end()) return win::ERROR_FILE_NOT_FOUND;
+    if (it == k->values.end()) return win::ErrorFileNotFound;
     value = it->second.value;
-    return win::ERROR_SUCCESS;
+    return win::ErrorSuccess;
 }
 
 std::int32_t MemoryPlatform::regSetString(RegKey key, const Str& name, const Str& text) {
@@ -165,13 +165,13 @@ std::int32_t MemoryPlatform::regSetString(RegKey key, const Str& name, const Str
     Key* k = nullptr;
     if (auto rc = handleKey(key, k, true)) return rc;
     RegValue v;
-    v.type = win::REG_SZ;
+    v.type = win::RegSz;
     v.text = text;
     v.sizeBytes = text.empty() ? 0 : static_cast<std::uint32_t>(text.size() + 1);
     auto it = k->values.find(name);
     if (it == k->values.end()) it = k->values.emplace(name, StoredValue{name, {}}).first;
     it->second.value = std::move(v);
-    return win::ERROR_SUCCESS;
+    return win::ErrorSuccess;
 }
 
 std::int32_t MemoryPlatform::regSetDword(RegKey key, const Str& name, std::uint32_t dword) {
@@ -180,13 +180,13 @@ std::int32_t MemoryPlatform::regSetDword(RegKey key, const Str& name, std::uint3
     Key* k = nullptr;
     if (auto rc = handleKey(key, k, true)) return rc;
     RegValue v;
-    v.type = win::REG_DWORD;
+    v.type = win::RegDword;
     v.sizeBytes = 4;
     v.dword = dword;
     auto it = k->values.find(name);
     if (it == k->values.end()) it = k->values.emplace(name, StoredValue{name, {}}).first;
     it->second.value = std::move(v);
-    return win::ERROR_SUCCESS;
+    return win::ErrorSuccess;
 }
 
 std::int32_t MemoryPlatform::regDeleteValue(RegKey key, const Str& name) {
@@ -194,7 +194,7 @@ std::int32_t MemoryPlatform::regDeleteValue(RegKey key, const Str& name) {
     if (failing("regDeleteValue", &f)) return f.code;
     Key* k = nullptr;
     if (auto rc = handleKey(key, k, true)) return rc;
-    return k->values.erase(name) ? win::ERROR_SUCCESS : win::ERROR_FILE_NOT_FOUND;
+    return k->values.erase(name) ? win::ErrorSuccess : win::ErrorFileNotFound;
 }
 
 std::int32_t MemoryPlatform::regDeleteTree(const Str& path) {
@@ -204,13 +204,13 @@ std::int32_t MemoryPlatform::regDeleteTree(const Str& path) {
     if (parts.empty()) {
         root_.subkeys.clear();
         root_.values.clear();
-        return win::ERROR_SUCCESS;
+        return win::ErrorSuccess;
     }
     Str last = parts.back();
     parts.pop_back();
     Key* parent = findKey(parts);
-    if (!parent || !parent->subkeys.erase(last)) return win::ERROR_FILE_NOT_FOUND;
-    return win::ERROR_SUCCESS;
+    if (!parent || !parent->subkeys.erase(last)) return win::ErrorFileNotFound;
+    return win::ErrorSuccess;
 }
 
 void MemoryPlatform::regCloseKey(RegKey key) {
@@ -234,7 +234,7 @@ void MemoryPlatform::setString(const Str& path, const Str& name, const Str& text
                                std::optional<std::uint32_t> sizeBytes) {
     Key& k = makeKey(splitKeyPath(path));
     RegValue v;
-    v.type = win::REG_SZ;
+    v.type = win::RegSz;
     v.text = text;
     v.sizeBytes =
         sizeBytes ? *sizeBytes : (text.empty() ? 0 : static_cast<std::uint32_t>(text.size() + 1));
@@ -246,7 +246,7 @@ void MemoryPlatform::setString(const Str& path, const Str& name, const Str& text
 void MemoryPlatform::setDword(const Str& path, const Str& name, std::uint32_t dword) {
     Key& k = makeKey(splitKeyPath(path));
     RegValue v;
-    v.type = win::REG_DWORD;
+    v.type = win::RegDword;
     v.sizeBytes = 4;
     v.dword = dword;
     auto it = k.values.find(name);
@@ -375,7 +375,7 @@ std::vector<Str> MemoryPlatform::filePaths() const {
 std::optional<Str> MemoryPlatform::specialFolder(int csidl) {
     if (failing("specialFolder")) return std::nullopt;
     // Flags such as CSIDL_FLAG_PER_USER_INIT (0x800) may be added to the id.
-    if ((csidl & 0xFF) == win::CSIDL_PERSONAL) return documents_;
+    if ((csidl & 0xFF) == win::CsidlPersonal) return documents_;
     return std::nullopt;
 }
 
@@ -487,7 +487,7 @@ std::int32_t MemoryPlatform::messageBox(const Str& text, const Str& caption, std
             answers_.pop_front();
         } else {
             std::uint32_t buttons = flags & 0xF;
-            rec.answer = (buttons == win::MB_YESNO || buttons == 0x3) ? win::IDNO : win::IDOK;
+            rec.answer = (buttons == win::MbYesNo || buttons == 0x3) ? win::IdNo : win::IdOk;
         }
     }
     boxes_.push_back(rec);
@@ -545,7 +545,7 @@ std::int32_t MemoryPlatform::localeInfo(std::uint32_t lcid, std::uint32_t item, 
     out.clear();
     if (failing("localeInfo")) return 0;
     switch (item & 0xFFFF) {
-        case win::LOCALE_SLIST:
+        case win::LocaleSList:
             out = listSeparator_;
             break;
         case kLocaleSDecimal:

@@ -75,10 +75,10 @@ class MemoryPlatform : public Platform {
     // ---- Failure injection ----------------------------------------------
     // The next `times` calls of the service fail with code (a Win32 error
     // code for the registry, an automation error number for run).
-    void failNext(const std::string& service, std::int32_t code = win::ERROR_ACCESS_DENIED,
+    void failNext(const std::string& service, std::int32_t code = win::ErrorAccessDenied,
                   int times = 1, Str description = {});
     // Every call of the service fails from now on.
-    void failAlways(const std::string& service, std::int32_t code = win::ERROR_ACCESS_DENIED,
+    void failAlways(const std::string& service, std::int32_t code = win::ErrorAccessDenied,
                     Str description = {});
     void clearFailure(const std::string& service);
     void clearFailures();

@@ -210,7 +210,7 @@ int main() {
     // ---- read-only platform services
     Win32Platform p;
     check(!addin.moduleFolder().empty(), "module folder", u8(addin.moduleFolder()));
-    const auto docs = p.specialFolder(win::CSIDL_PERSONAL);
+    const auto docs = p.specialFolder(win::CsidlPersonal);
     check(docs && !docs->empty() && p.folderExists(*docs), "documents folder (CSIDL 5)",
           docs ? u8(*docs) : "");
     Str sep;
