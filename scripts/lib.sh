@@ -48,11 +48,12 @@ hb_step() {
     mkdir -p "$HB_LOGS"
     local log="$HB_LOGS/$name.log"
     local start=$SECONDS
-    if "$@" >"$log" 2>&1 </dev/null; then
+    local rc=0
+    "$@" >"$log" 2>&1 </dev/null || rc=$?
+    if [ "$rc" -eq 0 ]; then
         echo "   $name: ok ($((SECONDS - start)) s, log build/logs/$name.log)"
         return 0
     fi
-    local rc=$?
     echo "   $name: FAILED (exit $rc), last lines of build/logs/$name.log:"
     tail -n 60 "$log" | sed 's/^/     | /'
     return $rc
