@@ -113,7 +113,8 @@ void BM_LongPropertyStoreAndRead(benchmark::State& state) {
     Variant item = sc.instruments().toAddin(Variant(ObjectPtr(appt)), u"bench");
     Str text;
     text.reserve(100000);
-    for (int i = 0; i < 100000; ++i) text += static_cast<char16_t>(u'a' + i % 26);
+    for (int i = 0; i < 100000; ++i)
+        text += static_cast<char16_t>(u'a' + i % 26);
     for (auto _ : state) {
         subFixLongProperty(s, item, text, u"Settings");
         Str back = fncGetLongProperty(s, item, u"Settings");

@@ -173,8 +173,7 @@ Str fncGetListSeparator(Session& s) {
     // A buffer of 256 blanks that the call writes its text and a zero into.
     Str buffer = text::repeat(u' ', kLocaleBufferLength);
     Str value;
-    const std::int32_t n =
-        s.platform.localeInfo(win::LocaleUserDefault, win::LocaleSList, value);
+    const std::int32_t n = s.platform.localeInfo(win::LocaleUserDefault, win::LocaleSList, value);
     if (n > 0) {
         buffer = (value + u'\0' + buffer).substr(0, kLocaleBufferLength);
         return text::left(buffer, n - 1);

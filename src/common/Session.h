@@ -84,8 +84,8 @@ struct Session {
     std::shared_ptr<PhraseCollection> colPhrases;
 
     // Files and scripting components
-    bool blnFSAvailable = false;    // the shared file-system object exists
-    bool blnFSRepairTried = false;  // the scripting runtime repair ran once
+    bool blnFSAvailable = false;       // the shared file-system object exists
+    bool blnFSRepairTried = false;     // the scripting runtime repair ran once
     bool blnShellRepairTried = false;  // the Windows Script Host repair ran once
 };
 

@@ -75,7 +75,8 @@ void cMetaDictionary::FillCombo(const Variant& combo) noexcept {
     trap(s_, u"cMetaDictionary.subFillcombo", [&] {
         combo.call(u"Clear");
         if (!MetaDic) raise(err::ObjectVariableNotSet);
-        for (const auto& entry : *MetaDic) combo.call(u"AddItem", {Variant(entry.first)});
+        for (const auto& entry : *MetaDic)
+            combo.call(u"AddItem", {Variant(entry.first)});
     });
 }
 

@@ -98,13 +98,15 @@ class ScriptingDictionary {
     std::vector<Str> Keys() const {
         std::vector<Str> keys;
         keys.reserve(entries_.size());
-        for (const auto& e : entries_) keys.push_back(e.first);
+        for (const auto& e : entries_)
+            keys.push_back(e.first);
         return keys;
     }
     std::vector<T> Items() const {
         std::vector<T> items;
         items.reserve(entries_.size());
-        for (const auto& e : entries_) items.push_back(e.second);
+        for (const auto& e : entries_)
+            items.push_back(e.second);
         return items;
     }
     const std::vector<Entry>& entries() const { return entries_; }

@@ -156,7 +156,8 @@ void cPersonalSettings::takeBodyFrom(const std::vector<Str>& fields, const Local
     MetaDataLists = {};
     // 7. Fields 6 to n - 1: the last field (the rest after the final CR LF)
     // is skipped.
-    for (std::size_t i = 6; i < n; ++i) parseMetadataLine(fields[i]);
+    for (std::size_t i = 6; i < n; ++i)
+        parseMetadataLine(fields[i]);
 }
 
 void cPersonalSettings::FromString(const Str& strSettings) noexcept {
@@ -182,7 +183,8 @@ void cPersonalSettings::subPopulateMetadataList(const Str& strList) noexcept {
         // No CR LF at all: the lists stay untouched.
         if (fields.size() < 2) return;
         MetaDataLists = {};
-        for (std::size_t i = 0; i + 1 < fields.size(); ++i) parseMetadataLine(fields[i]);
+        for (std::size_t i = 0; i + 1 < fields.size(); ++i)
+            parseMetadataLine(fields[i]);
     });
 }
 
@@ -251,20 +253,25 @@ bool cPersonalSettings::GetValuesFromSettings() noexcept {
         // 4. A missing boolean key reads as "true" (the intended asymmetry
         // with the construction defaults); the rate keeps its full currency
         // value on this path.
-        curPersonalRate = Variant(GetSettingString(s_, kSection, u"PersonalRate", u"0")).toCurrency(loc);
-        blnFilterEvents = Variant(GetSettingString(s_, kSection, u"FilterEvents", u"true")).toBool(loc);
-        blnFilterPrivate = Variant(GetSettingString(s_, kSection, u"FilterPrivate", u"true")).toBool(loc);
+        curPersonalRate =
+            Variant(GetSettingString(s_, kSection, u"PersonalRate", u"0")).toCurrency(loc);
+        blnFilterEvents =
+            Variant(GetSettingString(s_, kSection, u"FilterEvents", u"true")).toBool(loc);
+        blnFilterPrivate =
+            Variant(GetSettingString(s_, kSection, u"FilterPrivate", u"true")).toBool(loc);
         blnFilterRecurring =
             Variant(GetSettingString(s_, kSection, u"FilterRecurring", u"true")).toBool(loc);
         subPopulateMetadataList(GetSettingString(s_, kSection, u"MetadataList", Str()));
         blnConvert24 = Variant(GetSettingString(s_, kSection, u"Convert24", u"true")).toBool(loc);
         intConvert24Hours = Variant(GetSettingString(s_, kSection, u"Convert24Hours", u"8"));
-        blnRemoveLunch = Variant(GetSettingString(s_, kSection, u"RemoveLunch", u"true")).toBool(loc);
+        blnRemoveLunch =
+            Variant(GetSettingString(s_, kSection, u"RemoveLunch", u"true")).toBool(loc);
         intRemoveLunchHours = Variant(GetSettingString(s_, kSection, u"RemoveLunchHours", u"0.75"));
         blnCreateLocalCube =
             Variant(GetSettingString(s_, kSection, u"CreateLocalCube", u"true")).toBool(loc);
         blnStartGrid = Variant(GetSettingString(s_, kSection, u"StartGrid", u"true")).toBool(loc);
-        blnWriteSubject = Variant(GetSettingString(s_, kSection, u"WriteSubject", u"true")).toBool(loc);
+        blnWriteSubject =
+            Variant(GetSettingString(s_, kSection, u"WriteSubject", u"true")).toBool(loc);
     });
     // 5.
     return true;
@@ -319,20 +326,22 @@ void cPersonalSettings::subReadExistingSettingAppointment2050() noexcept {
             takeBodyFrom(fields, loc);
         }
         // 5. The seven user properties, whether or not a body was found.
-        blnConvert24 = fncGetProperty(s_, appointment, u"blnConvert24", vbtype::vbBoolean, Variant(Str()))
-                           .toBool(loc);
-        intConvert24Hours =
-            fncGetProperty(s_, appointment, u"intConvert24Hours", vbtype::vbInteger, Variant(Str()));
+        blnConvert24 =
+            fncGetProperty(s_, appointment, u"blnConvert24", vbtype::vbBoolean, Variant(Str()))
+                .toBool(loc);
+        intConvert24Hours = fncGetProperty(s_, appointment, u"intConvert24Hours", vbtype::vbInteger,
+                                           Variant(Str()));
         blnRemoveLunch =
             fncGetProperty(s_, appointment, u"blnRemoveLunch", vbtype::vbBoolean, Variant(Str()))
                 .toBool(loc);
-        intRemoveLunchHours =
-            fncGetProperty(s_, appointment, u"intRemoveLunchHours", vbtype::vbInteger, Variant(Str()));
-        blnCreateLocalCube =
-            fncGetProperty(s_, appointment, u"blnCreateLocalCube", vbtype::vbBoolean, Variant(Str()))
+        intRemoveLunchHours = fncGetProperty(s_, appointment, u"intRemoveLunchHours",
+                                             vbtype::vbInteger, Variant(Str()));
+        blnCreateLocalCube = fncGetProperty(s_, appointment, u"blnCreateLocalCube",
+                                            vbtype::vbBoolean, Variant(Str()))
+                                 .toBool(loc);
+        blnStartGrid =
+            fncGetProperty(s_, appointment, u"blnStartGrid", vbtype::vbBoolean, Variant(Str()))
                 .toBool(loc);
-        blnStartGrid = fncGetProperty(s_, appointment, u"blnStartGrid", vbtype::vbBoolean, Variant(Str()))
-                           .toBool(loc);
         blnWriteSubject =
             fncGetProperty(s_, appointment, u"blnWriteSubject", vbtype::vbBoolean, Variant(Str()))
                 .toBool(loc);

@@ -63,8 +63,7 @@ Str fsReadAll(Session& s, const Str& path) {
     return *content;
 }
 
-void subExecute(Session& s, const Str& program, const Str& arguments,
-                const Str& folder) noexcept {
+void subExecute(Session& s, const Str& program, const Str& arguments, const Str& folder) noexcept {
     trap(s, u"modFileHandling.subExecute", [&] {
         // 1.
         subTrace(s, u"Attempting to execute " + program + u" " + arguments);

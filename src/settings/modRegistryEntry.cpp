@@ -26,8 +26,7 @@ Str checkedPath(const Str& strSection, const Str& strKey) {
 
 }  // namespace
 
-void SaveSettingString(Platform& p, const Str& strSection, const Str& strKey,
-                       const Str& strValue) {
+void SaveSettingString(Platform& p, const Str& strSection, const Str& strKey, const Str& strValue) {
     const Str path = checkedPath(strSection, strKey);
     const Str key = text::trim(strKey);
 
@@ -52,8 +51,7 @@ void SaveSettingString(Platform& p, const Str& strSection, const Str& strKey,
     if (pending) throw *pending;
 }
 
-Str GetSettingString(Platform& p, const Str& strSection, const Str& strKey,
-                     const Str& strDefault) {
+Str GetSettingString(Platform& p, const Str& strSection, const Str& strKey, const Str& strDefault) {
     const Str path = checkedPath(strSection, strKey);
     const Str key = text::trim(strKey);
 

@@ -19,11 +19,9 @@ constexpr std::int32_t kRegistry = kBase + 2000;      // + the registry result c
 }  // namespace regerr
 
 // Writes one value (the key is created on the first write).
-void SaveSettingString(Platform& p, const Str& strSection, const Str& strKey,
-                       const Str& strValue);
+void SaveSettingString(Platform& p, const Str& strSection, const Str& strKey, const Str& strValue);
 // Reads one value; a missing key or value gives the default.
-Str GetSettingString(Platform& p, const Str& strSection, const Str& strKey,
-                     const Str& strDefault);
+Str GetSettingString(Platform& p, const Str& strSection, const Str& strKey, const Str& strDefault);
 
 inline void SaveSettingString(Session& s, const Str& strSection, const Str& strKey,
                               const Str& strValue) {

@@ -67,7 +67,8 @@ std::shared_ptr<WshShell> fncGetShell(Session& s) noexcept {
         const Str crlf = kCrLf;
         resumeNext(s, [&] {
             s.platform.messageBox(
-                u"ERROR" + crlf + u"Attempting to create a new Scripting.Dictionary object." + crlf +
+                u"ERROR" + crlf + u"Attempting to create a new Scripting.Dictionary object." +
+                    crlf +
                     u"This component is usually installed with Internet Explorer 4.0 or later" +
                     crlf +
                     u"Please download the Windows Scripting Runtime from Microsoft Downloads to "

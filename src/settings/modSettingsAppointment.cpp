@@ -75,7 +75,8 @@ Variant fncAddSettingsAppointment(Session& s) {
     item.put(u"End", Variant(Date{kSettingsDay + 2.0 / 1440.0}));
     item.put(u"ReminderSet", Variant(false));
     // 4.
-    item.get(u"UserProperties").call(u"Add", {Variant(Str(u"SettingsCount")), Variant(olprop::olNumber)});
+    item.get(u"UserProperties")
+        .call(u"Add", {Variant(Str(u"SettingsCount")), Variant(olprop::olNumber)});
     // 5.
     item.call(u"Save");
     return item;
@@ -88,8 +89,7 @@ void subFixLongProperty(Session& s, const Variant& item, const Str& strValue,
         subTrace(s, u"Entering subFixLongProperty to save " + strName);
         // 2. k = the length in thousands, rounded halves to even (CInt of a
         // double): the highest index, not the number of pieces.
-        const std::int16_t k =
-            Variant(static_cast<double>(strValue.size()) / 1000.0).toInteger();
+        const std::int16_t k = Variant(static_cast<double>(strValue.size()) / 1000.0).toInteger();
         // 3. Pieces strName0..strNamek of text type, 1000 characters each.
         const Variant properties = item.get(u"UserProperties");
         for (std::int32_t i = 0; i <= k; ++i) {
@@ -140,9 +140,8 @@ Variant fncGetProperty(Session& s, const Variant& item, const Str& strName, std:
     subTrace(s, u"Reading the value of the Outlook property " + strName);
     // 2.
     Variant property;
-    resumeNext(s, [&] {
-        property = item.get(u"UserProperties").call(u"Find", {Variant(strName)});
-    });
+    resumeNext(s,
+               [&] { property = item.get(u"UserProperties").call(u"Find", {Variant(strName)}); });
     if (!isSomething(property)) {
         // 3. The default, shaped to the type.
         resumeNext(s, [&] {

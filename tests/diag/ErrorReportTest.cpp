@@ -61,7 +61,7 @@ TEST_F(ErrorReportTest, DialogTextWithEnglishPhrases) {
         u"Would you like to send an e-mail with an error report??";
     EXPECT_EQ(boxes()[0].text, expected);
     EXPECT_EQ(boxes()[0].caption, u"Hourbook for Outlook Addin v4");
-    EXPECT_EQ(boxes()[0].flags, MB_YESNO);  // Yes and No, no icon
+    EXPECT_EQ(boxes()[0].flags, MbYesNo);  // Yes and No, no icon
     EXPECT_TRUE(s.diag.blnReported);
     EXPECT_TRUE(s.diag.blnErrorOccurred);
     EXPECT_EQ(
@@ -138,7 +138,7 @@ TEST_F(ErrorReportTest, TrapReportsUnderTheProcedureName) {
 TEST_F(ErrorReportTest, YesDisplaysTheMailAndNeverSendsIt) {
     loadEnglish();
     connect();
-    platform.scriptAnswer(IDYES);
+    platform.scriptAnswer(IdYes);
     hb::subTrace(s, u"Checking Billing Information -property");
     hb::subErrorHandler(s, u"Type mismatch", 13, 4, u"cExplorerEvents.GetCurrentValues");
 
@@ -167,7 +167,7 @@ TEST_F(ErrorReportTest, YesDisplaysTheMailAndNeverSendsIt) {
 
 TEST_F(ErrorReportTest, YesStartsOutlookWhenNotHeld) {
     outlookRunning();
-    platform.scriptAnswer(IDYES);
+    platform.scriptAnswer(IdYes);
     hb::subErrorHandler(s, u"x", 5, 0, u"p");
     EXPECT_FALSE(s.olApp.isNothing());
     ASSERT_EQ(drafts().size(), 1u);
@@ -176,7 +176,7 @@ TEST_F(ErrorReportTest, YesStartsOutlookWhenNotHeld) {
 
 TEST_F(ErrorReportTest, NoSendsNothing) {
     connect();
-    platform.scriptAnswer(IDNO);
+    platform.scriptAnswer(IdNo);
     hb::subErrorHandler(s, u"x", 5, 0, u"p");
     EXPECT_EQ(s.diag.strErrorReport.find(u"Outlook Version: "), Str::npos);
     EXPECT_TRUE(drafts().empty());
@@ -186,7 +186,7 @@ TEST_F(ErrorReportTest, NoSendsNothing) {
 
 TEST_F(ErrorReportTest, MailFailuresAreIgnored) {
     connect();
-    platform.scriptAnswer(IDYES);
+    platform.scriptAnswer(IdYes);
     outlook.instruments().failMember(u"Display");
     hb::subErrorHandler(s, u"x", 5, 0, u"p");
     // Saved, not shown, no further message, nothing raised, no error left.

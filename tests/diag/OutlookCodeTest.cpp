@@ -202,12 +202,12 @@ TEST_F(OutlookCodeTest, NoOutlookAtAll) {
     EXPECT_EQ(boxes()[0].text,
               u"Please start Outlook manually before you execute this application!");
     EXPECT_EQ(boxes()[0].caption, u"");  // the default caption
-    EXPECT_EQ(boxes()[0].flags, MB_OK);
+    EXPECT_EQ(boxes()[0].flags, MbOk);
     EXPECT_EQ(boxes()[1].text,
               u"You need Outlook 2000 or later to run this application.\r\n"
               u"429 ActiveX component can't create object\r\n0");
     EXPECT_EQ(boxes()[1].caption, hb::kProductCaption);
-    EXPECT_EQ(boxes()[1].flags, MB_ICONCRITICAL | MB_OK);
+    EXPECT_EQ(boxes()[1].flags, MbIconCritical | MbOk);
     EXPECT_FALSE(s.err);
 }
 
@@ -220,7 +220,7 @@ TEST_F(OutlookCodeTest, Outlook97IsRefused) {
     ASSERT_EQ(boxes().size(), 1u);
     EXPECT_EQ(boxes()[0].text, u"Outlook 2000 needed.\r\n8");
     EXPECT_EQ(boxes()[0].caption, hb::kProductCaption);
-    EXPECT_EQ(boxes()[0].flags, MB_ICONCRITICAL | MB_OK);
+    EXPECT_EQ(boxes()[0].flags, MbIconCritical | MbOk);
     EXPECT_TRUE(s.onsMAPI.isEmpty());
 }
 

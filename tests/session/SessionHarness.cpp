@@ -2,7 +2,6 @@
 
 #include "tests/support/ShippedLanguage.h"
 
-
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>

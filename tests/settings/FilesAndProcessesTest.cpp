@@ -1,9 +1,9 @@
 // Path helpers, special folders, the scripting components with
 // their self-repair, and subExecute.
+#include "SettingsTestSupport.h"
 #include "settings/modFileHandling.h"
 #include "settings/modGetDefaultFolders.h"
 #include "settings/modScriptingDic.h"
-#include "SettingsTestSupport.h"
 
 namespace hb::test {
 namespace {

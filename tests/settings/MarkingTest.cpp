@@ -1,7 +1,7 @@
 // Markings and the billing information text.
+#include "SettingsTestSupport.h"
 #include "metadata/cMarking.h"
 #include "settings/cPersonalSettings.h"
-#include "SettingsTestSupport.h"
 
 namespace hb::test {
 namespace {
@@ -12,12 +12,14 @@ struct MarkingEnv : Env {
         s.strListSeparator = separator;
         s.oPersonalSettings = std::make_shared<cPersonalSettings>(s);
         Str text;
-        for (const Str& l : lines) text += l + u"\r\n";
+        for (const Str& l : lines)
+            text += l + u"\r\n";
         s.oPersonalSettings->subPopulateMetadataList(text);
     }
     std::vector<Str> values(const cMarking& m) {
         std::vector<Str> v;
-        for (const auto& x : m.colMarkings) v.push_back(x->MetaName);
+        for (const auto& x : m.colMarkings)
+            v.push_back(x->MetaName);
         return v;
     }
 };

@@ -1,6 +1,6 @@
 // Metadata entries and lists.
-#include "metadata/cMetaDictionary.h"
 #include "SettingsTestSupport.h"
+#include "metadata/cMetaDictionary.h"
 
 namespace hb::test {
 namespace {
@@ -49,7 +49,8 @@ TEST(MetaDictionary, FillComboListsDisabledEntriesInInsertionOrder) {
 TEST(MetaDictionary, FillComboFailureIsReportedAndKeepsWhatWasAdded) {
     Env e;
     cMetaDictionary d(e.s);
-    for (Str n : {u"A", u"B", u"C"}) d.AddMeta(n, u"", Currency{}, 0, u"");
+    for (Str n : {u"A", u"B", u"C"})
+        d.AddMeta(n, u"", Currency{}, 0, u"");
     auto combo = std::make_shared<FakeCombo>();
     combo->failAtAddItem = 2;
     d.FillCombo(Variant(combo));
@@ -59,7 +60,8 @@ TEST(MetaDictionary, FillComboFailureIsReportedAndKeepsWhatWasAdded) {
     EXPECT_EQ(r->procedure, u"cMetaDictionary.subFillcombo");
     EXPECT_EQ(r->description, u"Method 'AddItem' failed");
     // A control without the members is reported too.
-    d.FillCombo(Variant(std::make_shared<FakeRecordset>(std::vector<Str>{}, std::vector<std::vector<Variant>>{})));
+    d.FillCombo(Variant(
+        std::make_shared<FakeRecordset>(std::vector<Str>{}, std::vector<std::vector<Variant>>{})));
     r = e.takeReport();
     ASSERT_TRUE(r);
     EXPECT_EQ(r->number, 438);
@@ -89,8 +91,8 @@ TEST(MetaDictionary, RecordsetWithAllFields) {
              Variant(Currency{1234500}), Variant(true)},
             {Variant(std::int32_t{9}), Variant(u"Globex"), Variant::null(), Variant(u"Clients"),
              Variant::null(), Variant(false)},
-            {Variant(std::int32_t{11}), Variant::null(), Variant(u"x"), Variant(u"y"),
-             Variant(1.0), Variant(true)},
+            {Variant(std::int32_t{11}), Variant::null(), Variant(u"x"), Variant(u"y"), Variant(1.0),
+             Variant(true)},
             {Variant(std::int32_t{12}), Variant(u"acme"), Variant(u"dup"), Variant(u"dup"),
              Variant(1.0), Variant(true)},
         });
@@ -104,7 +106,7 @@ TEST(MetaDictionary, RecordsetWithAllFields) {
     EXPECT_TRUE(acme.Enabled);
     const auto& globex = *d.MetaDic->Item(u"Globex");
     EXPECT_EQ(globex.MetaID, 9);
-    EXPECT_EQ(globex.Category, u"");  // Null category
+    EXPECT_EQ(globex.Category, u"");           // Null category
     EXPECT_EQ(globex.HourlyRate, Currency{});  // Null rate
     EXPECT_FALSE(globex.Enabled);
     EXPECT_EQ(rs->moveNextCalls, 4);
@@ -125,14 +127,13 @@ TEST(MetaDictionary, RecordsetReadsFromWhereItStands) {
 TEST(MetaDictionary, OneFieldRecordsetRunsTheMetaId) {
     Env e;
     cMetaDictionary d(e.s);
-    auto rs = std::make_shared<FakeRecordset>(
-        std::vector<Str>{u"strName"},
-        std::vector<std::vector<Variant>>{{Variant(u"Ann")},
-                                          {Variant::null()},
-                                          {Variant(u"")},
-                                          {Variant(u"Bob")},
-                                          {Variant(u"ann")},
-                                          {Variant(u"Cy")}});
+    auto rs = std::make_shared<FakeRecordset>(std::vector<Str>{u"strName"},
+                                              std::vector<std::vector<Variant>>{{Variant(u"Ann")},
+                                                                                {Variant::null()},
+                                                                                {Variant(u"")},
+                                                                                {Variant(u"Bob")},
+                                                                                {Variant(u"ann")},
+                                                                                {Variant(u"Cy")}});
     d.ReadFromRecordset(Variant(rs));
     EXPECT_EQ(keys(d), (std::vector<Str>{u"Ann", u"Bob", u"Cy"}));
     // A Null or empty name adds nothing but still advances the count.
@@ -154,13 +155,12 @@ TEST(MetaDictionary, RecordsetErrorsGoToTheCallerAndKeepEarlierRows) {
     auto rs = std::make_shared<FakeRecordset>(
         std::vector<Str>{u"lngID", u"strName", u"strCategory", u"strSuperCategory", u"curRate",
                          u"blnEnabled"},
-        std::vector<std::vector<Variant>>{
-            {Variant(std::int32_t{1}), Variant(u"A"), Variant(u""), Variant(u""), Variant(1.0),
-             Variant(true)},
-            {Variant(std::int32_t{2}), Variant(u"B"), Variant(u""), Variant(u""), Variant(1.0),
-             Variant::null()},
-            {Variant(std::int32_t{3}), Variant(u"C"), Variant(u""), Variant(u""), Variant(1.0),
-             Variant(true)}});
+        std::vector<std::vector<Variant>>{{Variant(std::int32_t{1}), Variant(u"A"), Variant(u""),
+                                           Variant(u""), Variant(1.0), Variant(true)},
+                                          {Variant(std::int32_t{2}), Variant(u"B"), Variant(u""),
+                                           Variant(u""), Variant(1.0), Variant::null()},
+                                          {Variant(std::int32_t{3}), Variant(u"C"), Variant(u""),
+                                           Variant(u""), Variant(1.0), Variant(true)}});
     try {
         d.ReadFromRecordset(Variant(rs));
         FAIL();

@@ -1,10 +1,10 @@
 // The personal settings with their two stores: saving to the settings appointment and the
 // registry, the first start with neither store, and the migration from the
 // settings appointment on first use.
+#include "SimSupport.h"
 #include "settings/cPersonalSettings.h"
 #include "settings/modFileHandling.h"
 #include "settings/modSettingsAppointment.h"
-#include "SimSupport.h"
 
 namespace hb::test {
 namespace {
@@ -19,7 +19,8 @@ Str body(const Str& choice, const Str& value, const Str& rest = u"") {
 
 std::vector<Str> captions(const cPersonalSettings& p) {
     std::vector<Str> out;
-    for (const auto& d : p.MetaDataLists) out.push_back(d->Caption);
+    for (const auto& d : p.MetaDataLists)
+        out.push_back(d->Caption);
     return out;
 }
 
@@ -64,7 +65,8 @@ TEST(FirstStart, FirstSaveWritesBothStores) {
     EXPECT_EQ(appt->saveCount, 2);  // created, then saved
     EXPECT_EQ(e.reg(u"ReportChoice"), Str(u"2"));
     EXPECT_EQ(e.reg(u"Convert24Hours"), Str(u"0"));  // as the first load left it
-    EXPECT_EQ(e.reg(u"MetadataList"), Str(u"Company:Acme;Globex;\r\nPerson:Ann;\r\nExtra:Travel;\r\n"));
+    EXPECT_EQ(e.reg(u"MetadataList"),
+              Str(u"Company:Acme;Globex;\r\nPerson:Ann;\r\nExtra:Travel;\r\n"));
 }
 
 // ---- saving ------------------------------------------------------------------
@@ -73,7 +75,8 @@ TEST(SaveSettings, CategoriesCappedAt4000ButEverythingElseFull) {
     SimEnv e;
     cPersonalSettings p(e.s);
     Str list = u"Company:";
-    for (int i = 0; i < 700; ++i) list += u"Customer" + toStr(1000 + i) + u";";
+    for (int i = 0; i < 700; ++i)
+        list += u"Customer" + toStr(1000 + i) + u";";
     list += u"\r\n";
     ASSERT_GT(list.size(), 4000u);
     p.subPopulateMetadataList(list);
@@ -147,7 +150,8 @@ TEST(Migration, RegistryWithReportChoiceNeverReadsTheAppointment) {
 
 TEST(Migration, ConnectionChoiceIsTakenWithTheUserProperties) {
     SimEnv e;
-    auto appt = e.addSettingsAppointment(body(u"3", u"DSN=x", u"Company:Acme;\r\nPerson:Ann;Bo;\r\n"));
+    auto appt =
+        e.addSettingsAppointment(body(u"3", u"DSN=x", u"Company:Acme;\r\nPerson:Ann;Bo;\r\n"));
     appt->addUserProperty(u"blnConvert24", sim::ol::YesNo, Variant(true));
     appt->addUserProperty(u"intConvert24Hours", sim::ol::Number, Variant(7.5));
     appt->addUserProperty(u"intRemoveLunchHours", sim::ol::Text, Variant(u"lunch"));
@@ -214,7 +218,8 @@ TEST(Migration, ShortBodyStillReadsTheUserProperties) {
 TEST(Migration, LongBodyOverSeveralPieces) {
     SimEnv e;
     Str lists = u"Company:";
-    for (int i = 0; i < 600; ++i) lists += u"C" + toStr(i) + u";";
+    for (int i = 0; i < 600; ++i)
+        lists += u"C" + toStr(i) + u";";
     lists += u"\r\nPerson:Ann;\r\n";
     e.addSettingsAppointment(body(u"3", u"DSN=x", lists));
     cPersonalSettings p(e.s);
@@ -249,10 +254,12 @@ TEST(Migration, AccessDatabaseConditions) {
     };
     for (const auto& c : cases) {
         SimEnv e;
-        if (c.singleProgram) e.platform.setFile(kProgramFolder + u"HBPersonalSettingsSingle.exe", u"");
+        if (c.singleProgram)
+            e.platform.setFile(kProgramFolder + u"HBPersonalSettingsSingle.exe", u"");
         if (c.workgroupProgram) e.platform.setFile(kProgramFolder + u"HBPersonalSettings.exe", u"");
         if (c.databaseExists) {
-            e.platform.setFile(fncNoTrailingSlash(fncNoTrailingSlash(c.storedFolder)) + u"\\Hourbook3.mdb", u"");
+            e.platform.setFile(
+                fncNoTrailingSlash(fncNoTrailingSlash(c.storedFolder)) + u"\\Hourbook3.mdb", u"");
         }
         auto appt = e.addSettingsAppointment(body(u"2", c.storedFolder, u"Company:Acme;\r\n"));
         appt->addUserProperty(u"blnCreateLocalCube", sim::ol::YesNo, Variant(true));

@@ -1,6 +1,6 @@
 // The registry store's layout, round trips and errors.
-#include "settings/modRegistryEntry.h"
 #include "SettingsTestSupport.h"
+#include "settings/modRegistryEntry.h"
 
 namespace hb::test {
 namespace {
@@ -43,9 +43,14 @@ TEST(RegistryStore, SectionAndKeyAreTrimmed) {
 
 TEST(RegistryStore, RoundTripsEveryText) {
     Env e;
-    const std::vector<Str> texts = {
-        u"", u"x", u"Acme;Globex;", u"Κωνσταντίνος Παπαδόπουλος", u"Příliš žluťoučký kůň",
-        u"Company:a;b;\r\nPerson:Ann;\r\n", Str(5000, u'z'), u" leading and trailing "};
+    const std::vector<Str> texts = {u"",
+                                    u"x",
+                                    u"Acme;Globex;",
+                                    u"Κωνσταντίνος Παπαδόπουλος",
+                                    u"Příliš žluťoučký kůň",
+                                    u"Company:a;b;\r\nPerson:Ann;\r\n",
+                                    Str(5000, u'z'),
+                                    u" leading and trailing "};
     for (const Str& t : texts) {
         SaveSettingString(e.s, u"Settings", u"Text", t);
         EXPECT_EQ(GetSettingString(e.s, u"Settings", u"Text", u"DEFAULT"), t) << u8(t);

@@ -1,7 +1,7 @@
 // The settings appointment, long properties and typed user
 // properties, against the simulated Outlook.
-#include "settings/modSettingsAppointment.h"
 #include "SimSupport.h"
+#include "settings/modSettingsAppointment.h"
 
 namespace hb::test {
 namespace {
@@ -76,10 +76,12 @@ TEST(LongProperty, PieceCounts) {
     };
     for (const auto& c : cases) {
         SimEnv e;
-        auto appt = e.cal->addAppointment(u"x", sim::makeDate(2024, 1, 1), sim::makeDate(2024, 1, 2));
+        auto appt =
+            e.cal->addAppointment(u"x", sim::makeDate(2024, 1, 1), sim::makeDate(2024, 1, 2));
         Variant h = e.handle(appt);
         Str text;
-        for (std::size_t i = 0; i < c.length; ++i) text += static_cast<char16_t>(u'a' + i % 26);
+        for (std::size_t i = 0; i < c.length; ++i)
+            text += static_cast<char16_t>(u'a' + i % 26);
         subFixLongProperty(e.s, h, text, u"Settings");
         EXPECT_TRUE(e.noReport());
         auto count = appt->findUserProperty(u"SettingsCount");
@@ -157,7 +159,8 @@ TEST(GetProperty, TypedValuesAndDefaults) {
               Variant(sim::makeDate(2024, 3, 1)));
     EXPECT_EQ(fncGetProperty(e.s, h, u"txt", vbDate, Variant(Str())), Variant(Date{0.0}));
     EXPECT_EQ(fncGetProperty(e.s, h, u"txt", 5, Variant(Str())), Variant(Str(u"abc")));
-    EXPECT_TRUE(fncGetProperty(e.s, h, u"txt", vbBoolean, Variant(Str())).isEmpty());  // CBool fails
+    EXPECT_TRUE(
+        fncGetProperty(e.s, h, u"txt", vbBoolean, Variant(Str())).isEmpty());  // CBool fails
     // Missing.
     EXPECT_EQ(fncGetProperty(e.s, h, u"none", vbInteger, Variant(Str())), Variant(std::int16_t{0}));
     EXPECT_EQ(fncGetProperty(e.s, h, u"none", vbInteger, Variant(Str(u"7"))),

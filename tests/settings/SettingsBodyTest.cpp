@@ -1,7 +1,7 @@
 // Construction, the settings body and metadata list texts,
 // FromString, and the registry store path of the personal settings.
-#include "settings/cPersonalSettings.h"
 #include "SettingsTestSupport.h"
+#include "settings/cPersonalSettings.h"
 
 namespace hb::test {
 namespace {
@@ -16,19 +16,22 @@ struct ListView {
 };
 std::vector<ListView> lists(const cPersonalSettings& p) {
     std::vector<ListView> out;
-    for (const auto& d : p.MetaDataLists) out.push_back({d->Caption, d->MetaDic->Keys()});
+    for (const auto& d : p.MetaDataLists)
+        out.push_back({d->Caption, d->MetaDic->Keys()});
     return out;
 }
 void PrintTo(const ListView& l, std::ostream* os) {
     *os << u8(l.caption) << ":";
-    for (const auto& i : l.items) *os << u8(i) << ";";
+    for (const auto& i : l.items)
+        *os << u8(i) << ";";
 }
 
 std::shared_ptr<cMetaDictionary> makeList(Session& s, const Str& caption,
                                           const std::vector<Str>& items) {
     auto d = std::make_shared<cMetaDictionary>(s);
     d->Caption = caption;
-    for (const Str& i : items) d->AddMeta(i, u"cat", Currency::fromUnits(5), 1, u"super");
+    for (const Str& i : items)
+        d->AddMeta(i, u"cat", Currency::fromUnits(5), 1, u"super");
     return d;
 }
 
@@ -124,7 +127,8 @@ TEST(SettingsBody, ExampleOfThePart) {
     p.MetaDataLists.push_back(makeList(e.s, u"Company", {u"Acme", u"Globex"}));
     p.MetaDataLists.push_back(makeList(e.s, u"Person", {u"Ann"}));
     EXPECT_EQ(p.fncBuildBody(),
-              u"2\r\nC:\\Data\\\r\n0\r\nFalse\r\nTrue\r\nFalse\r\nCompany:Acme;Globex;\r\nPerson:Ann;\r\n");
+              u"2\r\nC:\\Data\\\r\n0\r\nFalse\r\nTrue\r\nFalse\r\nCompany:Acme;Globex;\r\nPerson:"
+              u"Ann;\r\n");
     EXPECT_EQ(p.fncMetadataList(), Variant(Str(u"Company:Acme;Globex;\r\nPerson:Ann;\r\n")));
 }
 
@@ -134,7 +138,8 @@ TEST(SettingsBody, FiltersInTheOrderEventsPrivateRecurring) {
     p.blnFilterEvents = true;
     p.curPersonalRate = Currency{125000};
     p.lngReportChoice = 4;
-    EXPECT_EQ(p.fncBuildBody(), u"4\r\n" + kAddinFolder + u"\r\n12.5\r\nTrue\r\nFalse\r\nFalse\r\n");
+    EXPECT_EQ(p.fncBuildBody(),
+              u"4\r\n" + kAddinFolder + u"\r\n12.5\r\nTrue\r\nFalse\r\nFalse\r\n");
 }
 
 TEST(SettingsBody, ListsWithoutNameAreLeftOutEmptyListsKept) {
@@ -302,8 +307,9 @@ TEST(FromString, BooleansAcceptNumbersAndRejectOtherTexts) {
 TEST(FromString, MetadataLines) {
     Env e;
     cPersonalSettings p(e.s);
-    p.FromString(u"2\r\nC:\\\r\n0\r\nFalse\r\nFalse\r\nFalse\r\n:a;b;\r\nCompany:\r\nPerson:a;;b;\r\n"
-                 u"Extra:x:y;;\r\nNoColon\r\n\r\nLast:z;\r\n");
+    p.FromString(
+        u"2\r\nC:\\\r\n0\r\nFalse\r\nFalse\r\nFalse\r\n:a;b;\r\nCompany:\r\nPerson:a;;b;\r\n"
+        u"Extra:x:y;;\r\nNoColon\r\n\r\nLast:z;\r\n");
     EXPECT_EQ(lists(p), (std::vector<ListView>{{u"Company", {}},
                                                {u"Person", {u"a", u"b"}},
                                                {u"Extra", {u"x:y"}},

@@ -98,10 +98,11 @@ class FakeRecordset : public DispatchObject {
                 Members<Fields>()
                     .get(u"Count",
                          [](Fields& f) { return Variant(std::int32_t(f.rs_.names.size())); })
-                    .method(u"Item",
-                            [](Fields& f, Args& args) -> Variant {
-                                return Variant(std::make_shared<Field>(f.rs_.value(argAt(args, 0))));
-                            })
+                    .method(
+                        u"Item",
+                        [](Fields& f, Args& args) -> Variant {
+                            return Variant(std::make_shared<Field>(f.rs_.value(argAt(args, 0))));
+                        })
                     .defaultMember(u"Item")
                     .build();
             return t;
@@ -110,7 +111,8 @@ class FakeRecordset : public DispatchObject {
     };
 
     FakeRecordset(std::vector<Str> fieldNames, std::vector<std::vector<Variant>> rowValues)
-        : DispatchObject(u"Recordset", table()), names(std::move(fieldNames)),
+        : DispatchObject(u"Recordset", table()),
+          names(std::move(fieldNames)),
           rows(std::move(rowValues)) {}
 
     std::vector<Str> names;
@@ -163,21 +165,21 @@ class FakeCombo : public DispatchObject {
 
   private:
     static std::shared_ptr<const MemberTable> table() {
-        static const auto t = Members<FakeCombo>()
-                                  .method(u"Clear",
-                                          [](FakeCombo& c) {
-                                              ++c.clearCalls;
-                                              c.items.clear();
-                                          })
-                                  .method(u"AddItem",
-                                          [](FakeCombo& c, Args& args) {
-                                              if (static_cast<int>(c.items.size()) ==
-                                                  c.failAtAddItem) {
-                                                  raise(-2147467259, u"Method 'AddItem' failed");
-                                              }
-                                              c.items.push_back(requiredArg(args, 0).toStr());
-                                          })
-                                  .build();
+        static const auto t =
+            Members<FakeCombo>()
+                .method(u"Clear",
+                        [](FakeCombo& c) {
+                            ++c.clearCalls;
+                            c.items.clear();
+                        })
+                .method(u"AddItem",
+                        [](FakeCombo& c, Args& args) {
+                            if (static_cast<int>(c.items.size()) == c.failAtAddItem) {
+                                raise(-2147467259, u"Method 'AddItem' failed");
+                            }
+                            c.items.push_back(requiredArg(args, 0).toStr());
+                        })
+                .build();
         return t;
     }
 };

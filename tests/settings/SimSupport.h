@@ -1,9 +1,9 @@
 #pragma once
 // The settings tests against the simulated Outlook: a session whose default
 // calendar is the simulated one, as the add-in holds it (a Handle).
-#include "sim/Scenario.h"
 #include "SettingsTestSupport.h"
 #include "common/Constants.h"
+#include "sim/Scenario.h"
 
 namespace hb::test {
 
@@ -27,7 +27,8 @@ struct SimEnv : Env {
     std::shared_ptr<sim::Item> settingsItem() { return cal->findBySubject(kSettingsSubject); }
     std::size_t settingsItemCount() {
         std::size_t n = 0;
-        for (const auto& i : cal->items) n += i->subject == kSettingsSubject ? 1 : 0;
+        for (const auto& i : cal->items)
+            n += i->subject == kSettingsSubject ? 1 : 0;
         return n;
     }
     // A settings appointment already in the calendar (as an older version

@@ -1,7 +1,7 @@
 // The appointment watcher resets the posted date of items added
 // to the default calendar.
-#include "metadata/cAppointments.h"
 #include "SimSupport.h"
+#include "metadata/cAppointments.h"
 
 namespace hb::test {
 namespace {
@@ -10,8 +10,8 @@ struct WatchEnv : SimEnv {
     WatchEnv() { s.oAppointments = std::make_shared<cAppointments>(s); }
     // An appointment of another folder copied into the calendar (ItemAdd).
     std::shared_ptr<sim::Item> arrive(std::function<void(sim::Item&)> setUp) {
-        auto item = sc.outlook().make<sim::Item>(sim::ItemKind::Appointment,
-                                                 Str(sim::kAppointmentClass));
+        auto item =
+            sc.outlook().make<sim::Item>(sim::ItemKind::Appointment, Str(sim::kAppointmentClass));
         item->subject = u"Copied";
         item->start = sim::makeDate(2024, 3, 4, 9);
         item->end = sim::makeDate(2024, 3, 4, 10);
@@ -77,7 +77,8 @@ TEST(Watcher, SavingTheItemAddsNothingSoNoSecondEvent) {
 TEST(Watcher, OtherFoldersAreNotWatched) {
     WatchEnv e;
     auto inbox = e.sc.outlook().inbox();
-    auto item = e.sc.outlook().make<sim::Item>(sim::ItemKind::Appointment, Str(sim::kAppointmentClass));
+    auto item =
+        e.sc.outlook().make<sim::Item>(sim::ItemKind::Appointment, Str(sim::kAppointmentClass));
     item->addUserProperty(u"strPosted", sim::ol::DateTime, Variant(sim::makeDate(2024, 3, 31)));
     inbox->insert(item, true);
     e.sc.outlook().pump();
