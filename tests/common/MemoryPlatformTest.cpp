@@ -2,8 +2,6 @@
 // obvious: registry semantics, files, the message box script, failures.
 #include <gtest/gtest.h>
 
-#include "common/DateTime.h"
-#include "common/Object.h"
 #include "platform/memory/MemoryPlatform.h"
 
 namespace hb {
@@ -149,15 +147,6 @@ TEST(MemoryFiles, FoldersFilesAndAppend) {
     EXPECT_TRUE(p.folderExists(u"E:\\Docs"));
 }
 
-TEST(MemoryResources, ByTypeAndName) {
-    MemoryPlatform p;
-    EXPECT_FALSE(p.resource(u"LANGUAGE", u"PHRASES"));
-    p.setResource(u"LANGUAGE", u"Phrases", {1, 2, 3});
-    EXPECT_EQ(p.resource(u"language", u"PHRASES"), (std::vector<std::uint8_t>{1, 2, 3}));
-    p.failNext("resource");
-    EXPECT_FALSE(p.resource(u"LANGUAGE", u"PHRASES"));
-}
-
 TEST(MemoryMessageBox, RecordsAndAnswersFromScript) {
     MemoryPlatform p;
     // Defaults with an empty script: IDOK, IDNO for Yes/No boxes.
@@ -209,28 +198,6 @@ TEST(MemoryComponents, FailNTimesOrAlways) {
     EXPECT_EQ(p.componentAttempts().size(), 8u);
 }
 
-class Dummy : public Object {
-  public:
-    Variant invoke(CallKind, const Str&, Args&) override { raise(err::NoSuchMember); }
-    Str typeName() const override { return u"Dummy"; }
-};
-
-TEST(MemoryObjects, ByProgId) {
-    MemoryPlatform p;
-    EXPECT_TRUE(p.getActiveObject(u"Outlook.Application").isNothing());
-    auto app = std::make_shared<Dummy>();
-    p.setActiveObject(u"Outlook.Application", Variant(app));
-    p.setCreatableObject(u"Scripting.Dictionary", Variant(std::make_shared<Dummy>()));
-    EXPECT_EQ(p.getActiveObject(u"outlook.application").toObject(), app);
-    EXPECT_FALSE(p.createObject(u"Scripting.Dictionary").isNothing());
-    EXPECT_TRUE(p.createObject(u"Wscript.Shell").isNothing());
-    p.failNext("getActiveObject");
-    EXPECT_TRUE(p.getActiveObject(u"Outlook.Application").isNothing());
-    EXPECT_EQ(p.activeObjectRequests().size(), 3u);
-    EXPECT_EQ(p.createObjectRequests(),
-              (std::vector<Str>{u"Scripting.Dictionary", u"Wscript.Shell"}));
-}
-
 TEST(MemoryEnvironment, Expand) {
     MemoryPlatform p;
     EXPECT_EQ(p.expandEnvironment(u"%USERDOMAIN%\\%USERNAME%"), u"HOURBOOK\\John");
@@ -241,44 +208,6 @@ TEST(MemoryEnvironment, Expand) {
     EXPECT_EQ(p.expandEnvironment(u"plain"), u"plain");
     p.removeEnvironment(u"USERNAME");
     EXPECT_EQ(p.expandEnvironment(u"%USERNAME%"), u"%USERNAME%");
-}
-
-TEST(MemoryLocale, FactsAndFailure) {
-    MemoryPlatform p;
-    Str out;
-    EXPECT_EQ(p.localeInfo(win::LocaleUserDefault, win::LocaleSList, out), 2);
-    EXPECT_EQ(out, u",");
-    p.setListSeparator(u";");
-    EXPECT_EQ(p.localeInfo(win::LocaleUserDefault, win::LocaleSList, out), 2);
-    EXPECT_EQ(out, u";");
-    EXPECT_EQ(p.userLocale().listSeparator, u";");
-    p.failNext("localeInfo");
-    EXPECT_EQ(p.localeInfo(win::LocaleUserDefault, win::LocaleSList, out), 0);
-    EXPECT_EQ(out, u"");
-    EXPECT_EQ(p.localeInfoRequests().size(), 3u);
-    EXPECT_EQ(p.systemDefaultLcid(), 1033u);
-    p.setSystemDefaultLcid(1031);
-    EXPECT_EQ(p.systemDefaultLcid(), 1031u);
-    EXPECT_EQ(p.userLocale().decimalSeparator, u".");
-}
-
-TEST(MemoryVersions, WindowsAddinClock) {
-    MemoryPlatform p;
-    WindowsVersion w = p.windowsVersion();
-    EXPECT_TRUE(w.ok);
-    EXPECT_EQ(w.platformId, 2u);
-    EXPECT_EQ(w.major, 6u);
-    EXPECT_EQ(w.minor, 1u);
-    p.failNext("windowsVersion");
-    EXPECT_FALSE(p.windowsVersion().ok);
-    ModuleVersion m = p.addinVersion();
-    EXPECT_EQ(m.major, 4);  // the project's version, 4.0.x
-    EXPECT_EQ(m.minor, 0);
-    p.setAddinVersion(ModuleVersion{4, 0, 12});
-    EXPECT_EQ(p.addinVersion().revision, 12);
-    EXPECT_EQ(p.now(), dt::serial(2024, 3, 15) + dt::timeFraction(9, 30, 0));
-    p.setNow(54789.5);
-    EXPECT_EQ(p.now(), 54789.5);
 }
 
 }  // namespace
