@@ -77,18 +77,19 @@ std::shared_ptr<EventSink> sinkFor(const std::weak_ptr<cToolBarItem>& weak, Str 
 
 cToolBarItem::cToolBarItem(Session& s) : s_(s) {}
 
-cToolBarItem::~cToolBarItem() {
-    try {
-        objCTPEvents_.disconnect();
-        ouiItemsEvents_.disconnect();
-        cmb1Events_.disconnect();
-        cmb2Events_.disconnect();
-        cmb3Events_.disconnect();
-        cmdReportEvents_.disconnect();
-        cmdSettingsEvents_.disconnect();
-        cmdStatisticsEvents_.disconnect();
-    } catch (...) {
-    }
+// The event connections end with their members.
+cToolBarItem::~cToolBarItem() = default;
+
+void cToolBarItem::releaseControls() noexcept {
+    cmb1Events_.disconnect();
+    cmb2Events_.disconnect();
+    cmb3Events_.disconnect();
+    cmdReportEvents_.disconnect();
+    cmdSettingsEvents_.disconnect();
+    cmdStatisticsEvents_.disconnect();
+    cmb1Meta_ = cmb2Meta_ = cmb3Meta_ = Variant();
+    cmdReport_ = cmdSettings_ = cmdStatistics_ = Variant();
+    colCombos_.clear();
 }
 
 const Variant& cToolBarItem::cmbMeta(int n) const {
@@ -228,15 +229,7 @@ void cToolBarItem::RemoveToolbar() {
         // The bar and its controls are gone: let go of them and their events,
         // so that a second removal (one per window at shutdown) finds nothing.
         ofbCurrCommandBar_ = Variant::nothing();
-        cmb1Events_.disconnect();
-        cmb2Events_.disconnect();
-        cmb3Events_.disconnect();
-        cmdReportEvents_.disconnect();
-        cmdSettingsEvents_.disconnect();
-        cmdStatisticsEvents_.disconnect();
-        cmb1Meta_ = cmb2Meta_ = cmb3Meta_ = Variant();
-        cmdReport_ = cmdSettings_ = cmdStatistics_ = Variant();
-        colCombos_.clear();
+        releaseControls();
     });
 }
 
@@ -308,38 +301,32 @@ void cToolBarItem::FillDropDowns() {
 // ---------------------------------------------------------------------------
 // Billing entry
 
-void cToolBarItem::cmb1Meta_Change() {
+// The three boxes' Change handlers differ only in their names and traces:
+// a value picked from the list (not a typed text) is written and shown again.
+void cToolBarItem::comboChanged(const Variant& combo, const Str& procedure, const Str& trace) {
     Session& s = s_;
-    trap(s, u"cToolBarItem.cmb1Meta_Change", [&] {
-        subTrace(s, u"Working with Company Change-event");
-        if (cmb1Meta_.get(u"ListIndex").toLong() > 0 && !cmb1Meta_.get(u"Text").toStr().empty()) {
+    trap(s, procedure, [&] {
+        subTrace(s, trace);
+        if (combo.get(u"ListIndex").toLong() > 0 && !combo.get(u"Text").toStr().empty()) {
             SaveValues();
             GetCurrentValues();
         }
     });
+}
+
+void cToolBarItem::cmb1Meta_Change() {
+    comboChanged(cmb1Meta_, u"cToolBarItem.cmb1Meta_Change", u"Working with Company Change-event");
 }
 
 void cToolBarItem::cmb2Meta_Change() {
-    Session& s = s_;
     // This handler has always reported under the explorer's name.
-    trap(s, u"cExplorerEvents.cmb2Meta_Change", [&] {
-        subTrace(s, u"Working with Person Change-event");
-        if (cmb2Meta_.get(u"ListIndex").toLong() > 0 && !cmb2Meta_.get(u"Text").toStr().empty()) {
-            SaveValues();
-            GetCurrentValues();
-        }
-    });
+    comboChanged(cmb2Meta_, u"cExplorerEvents.cmb2Meta_Change",
+                 u"Working with Person Change-event");
 }
 
 void cToolBarItem::cmb3Meta_Change() {
-    Session& s = s_;
-    trap(s, u"cToolBarItem.cmb3Meta_Change", [&] {
-        subTrace(s, u"Working with Extra Field Change-event");
-        if (cmb3Meta_.get(u"ListIndex").toLong() > 0 && !cmb3Meta_.get(u"Text").toStr().empty()) {
-            SaveValues();
-            GetCurrentValues();
-        }
-    });
+    comboChanged(cmb3Meta_, u"cToolBarItem.cmb3Meta_Change",
+                 u"Working with Extra Field Change-event");
 }
 
 void cToolBarItem::SaveValues() {

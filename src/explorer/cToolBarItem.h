@@ -61,6 +61,10 @@ class cToolBarItem : public std::enable_shared_from_this<cToolBarItem> {
     const Variant& cmbMeta(int n) const;  // n = 1..3
 
   private:
+    void comboChanged(const Variant& combo, const Str& procedure, const Str& trace);
+    // Lets go of the bar's controls and their events (the bar was deleted).
+    void releaseControls() noexcept;
+
     Session& s_;
     Variant ofbCurrCommandBar_;
     Variant cmb1Meta_, cmb2Meta_, cmb3Meta_;
