@@ -4,8 +4,8 @@
 // may fail, as Office allows), shows at most one error report per load, and
 // holds nothing of Outlook once Outlook has quit.
 //
-// Which calls fail is callsToFail's choice (a sample by default, every call
-// with HB_FULL_SWEEP=1).
+// Which calls fail is callsToFail's choice (every call, or a sample with
+// HB_SWEEP_SAMPLES=k).
 #include <gtest/gtest.h>
 
 #include <cstdlib>

@@ -311,12 +311,12 @@ std::string SessionHarness::censusText() {
 }
 
 std::vector<std::uint64_t> callsToFail(std::uint64_t n) {
+    std::uint64_t stride = 1;
+    if (const char* samples = std::getenv("HB_SWEEP_SAMPLES")) {
+        const std::uint64_t k = std::strtoull(samples, nullptr, 10);
+        if (k > 0) stride = std::max<std::uint64_t>(1, (n + k - 1) / k);
+    }
     std::vector<std::uint64_t> ks;
-    const char* full = std::getenv("HB_FULL_SWEEP");
-    const std::uint64_t stride =
-        (full && *full == '1')
-            ? 1
-            : std::max<std::uint64_t>(1, (n + kSweepSamples - 1) / kSweepSamples);
     for (std::uint64_t k = 1; k <= n; k += stride)
         ks.push_back(k);
     if (!ks.empty() && ks.back() != n) ks.push_back(n);

@@ -185,10 +185,9 @@ class SessionHarness {
 };
 
 // The calls a fault sweep makes fail, one run each, for a scenario that
-// makes n calls: every call with HB_FULL_SWEEP=1 in the environment;
-// otherwise about kSweepSamples calls spread evenly, the first and the last
-// always included, so that the sweeps fit the sanitizer build's test run.
-inline constexpr std::uint64_t kSweepSamples = 60;
+// makes n calls: every call; with HB_SWEEP_SAMPLES=k in the environment
+// (for quick local runs) about k calls spread evenly, the first and the last
+// always included.
 std::vector<std::uint64_t> callsToFail(std::uint64_t n);
 
 }  // namespace hbtest
