@@ -6,7 +6,14 @@
 namespace hb {
 
 OHBAddinDesigner::OHBAddinDesigner(Platform& platform)
-    : session_(std::make_unique<Session>(platform)) {}
+    : session_(std::make_unique<Session>(platform)) {
+    // The run time converts numbers and dates to and from text in the
+    // user's regional settings, as on Outlook's thread.
+    try {
+        Locale::setCurrent(platform.userLocale());
+    } catch (...) {
+    }
+}
 
 OHBAddinDesigner::~OHBAddinDesigner() {
     AddinInstance_Terminate();
