@@ -18,17 +18,50 @@ option(HB_WINE_TESTS "Register the Windows test programs in CTest, run under Win
 set(HB_GTEST_SOURCE_DIR /usr/src/googletest CACHE PATH "GoogleTest's source (Debian package googletest)")
 set(HB_WINEPREFIX ${CMAKE_BINARY_DIR}/wineprefix CACHE PATH "The build tree's private Wine prefix")
 
-set(HB_WIN_LIBS advapi32 shell32 ole32 oleaut32 user32 version)
+set(HB_WIN_LIBS advapi32 shell32 ole32 oleaut32 uuid user32 gdi32 comctl32 version)
 # Windows 7 API level; the headers and import libraries of MinGW-w64 cover it.
 set(HB_WIN_DEFS UNICODE _UNICODE _WIN32_WINNT=0x0601 WINVER=0x0601)
 
 # Version numbers and the LANGUAGE file's path for the resource script.
 configure_file(${CMAKE_CURRENT_LIST_DIR}/hb_build.h.in ${CMAKE_BINARY_DIR}/generated/hb_build.h @ONLY)
 
-# ---------------------------------------------------------------- Win32 Platform
-file(GLOB hb_win32_srcs CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/platform/win32/*.cpp)
+# ---------------------------------------------------------------- type library
+# src/win/HBAddin.idl -> HBAddin_h.h (interfaces), HBAddin_i.c (their IDs)
+# and HBAddin.tlb (embedded in the DLL as TYPELIB 1). widl needs Wine's
+# system IDL files and stdole2.tlb.
+set(HB_WINE_IDL_DIR /usr/include/wine/wine/windows CACHE PATH "Wine's system IDL files (libwine-dev)")
+find_file(HB_STDOLE2_TLB stdole2.tlb PATHS /usr/lib/x86_64-linux-gnu/wine/x86_64-windows
+          /usr/lib/wine/x86_64-windows /usr/lib/i386-linux-gnu/wine/i386-windows NO_DEFAULT_PATH
+          NO_CMAKE_FIND_ROOT_PATH)
+if(NOT HB_WIDL OR NOT HB_STDOLE2_TLB OR NOT EXISTS ${HB_WINE_IDL_DIR}/oaidl.idl)
+  message(FATAL_ERROR "widl, Wine's IDL files or stdole2.tlb are missing "
+                      "(Debian: apt-get install mingw-w64-tools libwine-dev wine64)")
+endif()
+get_filename_component(hb_stdole2_dir ${HB_STDOLE2_TLB} DIRECTORY)
+set(hb_gen ${CMAKE_BINARY_DIR}/generated)
+if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+  set(hb_widl_arch -m32)
+else()
+  set(hb_widl_arch -m64)
+endif()
+add_custom_command(
+  OUTPUT ${hb_gen}/HBAddin_h.h ${hb_gen}/HBAddin_i.c ${hb_gen}/HBAddin.tlb
+  COMMAND ${HB_WIDL} ${hb_widl_arch} -I${HB_WINE_IDL_DIR} -L${hb_stdole2_dir}
+          -h -H ${hb_gen}/HBAddin_h.h -u -U ${hb_gen}/HBAddin_i.c -t -T ${hb_gen}/HBAddin.tlb
+          ${PROJECT_SOURCE_DIR}/src/win/HBAddin.idl
+  DEPENDS ${PROJECT_SOURCE_DIR}/src/win/HBAddin.idl
+  COMMENT "widl: HBAddin.idl"
+  VERBATIM)
+add_custom_target(hb_idl DEPENDS ${hb_gen}/HBAddin_h.h ${hb_gen}/HBAddin_i.c ${hb_gen}/HBAddin.tlb)
+
+# ---------------------------------------------------------------- Win32 Platform and COM plumbing
+# The Win32 Platform and src/win/com (COM object base, VARIANT conversion,
+# the dispatch client, event sinks): the DLL and the Windows tests use them.
+file(GLOB hb_win32_srcs CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/platform/win32/*.cpp
+     ${PROJECT_SOURCE_DIR}/src/win/com/*.cpp)
 add_library(hb_win32 OBJECT ${hb_win32_srcs})
-target_include_directories(hb_win32 PUBLIC ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR})
+add_dependencies(hb_win32 hb_idl)
+target_include_directories(hb_win32 PUBLIC ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR} ${hb_gen})
 target_compile_definitions(hb_win32 PUBLIC ${HB_WIN_DEFS}
                            HB_VERSION_MAJOR=${PROJECT_VERSION_MAJOR}
                            HB_VERSION_MINOR=${PROJECT_VERSION_MINOR}
@@ -51,7 +84,7 @@ if(CMAKE_SIZEOF_VOID_P EQUAL 4)
   target_link_options(HBAddin PRIVATE -Wl,--enable-stdcall-fixup)
 endif()
 set_source_files_properties(${hb_dll_rc} PROPERTIES OBJECT_DEPENDS
-                            "${HB_LANGUAGE_FILE};${CMAKE_BINARY_DIR}/generated/hb_build.h")
+                            "${HB_LANGUAGE_FILE};${hb_gen}/hb_build.h;${hb_gen}/HBAddin.tlb")
 add_dependencies(HBAddin hb_language)
 
 if(NOT HB_WIN_TESTS)

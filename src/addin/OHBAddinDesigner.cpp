@@ -5,14 +5,26 @@
 
 namespace hb {
 
-OHBAddinDesigner::OHBAddinDesigner(Platform& platform)
-    : session_(std::make_unique<Session>(platform)) {
-    // The run time converts numbers and dates to and from text in the
-    // user's regional settings, as on Outlook's thread.
+namespace {
+
+// The run time converts numbers and dates to and from text in the user's
+// regional settings, as on Outlook's thread.
+void useUserLocale(Platform& platform) noexcept {
     try {
         Locale::setCurrent(platform.userLocale());
     } catch (...) {
     }
+}
+
+}  // namespace
+
+OHBAddinDesigner::OHBAddinDesigner(Platform& platform)
+    : owned_(std::make_unique<Session>(platform)), session_(owned_.get()) {
+    useUserLocale(platform);
+}
+
+OHBAddinDesigner::OHBAddinDesigner(Session& session) : session_(&session) {
+    useUserLocale(session.platform);
 }
 
 OHBAddinDesigner::~OHBAddinDesigner() {

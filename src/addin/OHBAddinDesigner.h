@@ -11,7 +11,11 @@ namespace hb {
 
 class OHBAddinDesigner {
   public:
+    // A designer with a session of its own.
     explicit OHBAddinDesigner(Platform& platform);
+    // A designer over a session that outlives it and that every designer of
+    // the loaded library shares (the COM server's).
+    explicit OHBAddinDesigner(Session& session);
     ~OHBAddinDesigner();  // AddinInstance_Terminate
     OHBAddinDesigner(const OHBAddinDesigner&) = delete;
     OHBAddinDesigner& operator=(const OHBAddinDesigner&) = delete;
@@ -30,7 +34,8 @@ class OHBAddinDesigner {
     void ICustomTaskPaneConsumer_CTPFactoryAvailable(const Variant& factory) noexcept;
 
   private:
-    std::unique_ptr<Session> session_;
+    std::unique_ptr<Session> owned_;
+    Session* session_;
 };
 
 // The one shutdown clean-up, and the clean-up of closed explorer wrappers.
