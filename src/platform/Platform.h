@@ -93,8 +93,9 @@ class Platform {
     // false when the component cannot be created.
     virtual bool createComponent(ScriptComponent component) = 0;
 
-    // GetObject for a running server / CreateObject, by ProgID: the object,
-    // or Nothing when it cannot be had.
+    // GetObject for a running server / CreateObject, by ProgID: the object.
+    // One that cannot be had raises 429 (or gives Nothing); callers treat
+    // both alike.
     virtual Variant getActiveObject(const Str& progId) = 0;
     virtual Variant createObject(const Str& progId) = 0;
 

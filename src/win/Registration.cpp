@@ -225,6 +225,8 @@ HRESULT unregisterServer(RegistrationScope scope) noexcept {
             // The type library's folder is the add-in's alone.
             deleteIfEmpty(root, L"TypeLib\\" + guidText(LIBID_HBAddin));
             RegCloseKey(root);
+            // A user's classes key that registration had to create.
+            if (scope == RegistrationScope::User) deleteIfEmpty(hive, L"Software\\Classes");
         }
         HKEY addin = nullptr;
         if (RegOpenKeyExW(HKEY_CURRENT_USER, addinKey().c_str(), 0, KEY_ALL_ACCESS, &addin) ==

@@ -19,6 +19,7 @@
 #include <string>
 
 #include "common/AutomationError.h"
+#include "win/com/DispatchClient.h"
 
 namespace hb {
 
@@ -310,16 +311,41 @@ bool Win32Platform::createComponent(ScriptComponent) {
     return true;
 }
 
-// Reaching a running automation server (GetObject) and creating one by ProgID
-// (CreateObject) needs the IDispatch client of the Windows layer, which a
-// later issue adds (src/win). Until then both answer Nothing, which the
-// callers treat as "cannot be had".
-Variant Win32Platform::getActiveObject(const Str&) {
-    return Variant::nothing();
+// GetObject for a running server and CreateObject, by ProgID, as the run
+// time makes them: the class from the ProgID, then the running object or a
+// new one, as an automation object. A class that is not registered, or no
+// running object, raises 429 as the run time does.
+namespace {
+
+CLSID classOf(const Str& progId) {
+    CLSID clsid{};
+    if (FAILED(CLSIDFromProgID(wide(progId).c_str(), &clsid))) raise(429);
+    return clsid;
 }
 
-Variant Win32Platform::createObject(const Str&) {
-    return Variant::nothing();
+Variant automationObject(IUnknown* unknown) {
+    com::ComPtr<IDispatch> dispatch = com::ComPtr<IUnknown>::adopt(unknown).as<IDispatch>();
+    if (!dispatch)
+        raise(430, u"Class does not support Automation or does not support expected interface");
+    return Variant(com::DispatchClient::wrap(dispatch.get()));
+}
+
+}  // namespace
+
+Variant Win32Platform::getActiveObject(const Str& progId) {
+    IUnknown* unknown = nullptr;
+    if (FAILED(GetActiveObject(classOf(progId), nullptr, &unknown)) || !unknown) raise(429);
+    return automationObject(unknown);
+}
+
+Variant Win32Platform::createObject(const Str& progId) {
+    IUnknown* unknown = nullptr;
+    if (FAILED(CoCreateInstance(classOf(progId), nullptr,
+                                CLSCTX_INPROC_SERVER | CLSCTX_LOCAL_SERVER, IID_IUnknown,
+                                reinterpret_cast<void**>(&unknown))) ||
+        !unknown)
+        raise(429);
+    return automationObject(unknown);
 }
 
 // ---------------------------------------------------------------- user interface and processes
@@ -388,18 +414,30 @@ std::uint32_t Win32Platform::systemDefaultLcid() {
 }
 
 Locale Win32Platform::userLocale() {
+    return localeOf(LOCALE_USER_DEFAULT);
+}
+
+Locale Win32Platform::localeOf(std::uint32_t lcid) {
     Locale loc;  // English (United States) where the system says nothing
-    auto take = [this](LCTYPE item, Str& field) {
+    auto take = [this, lcid](LCTYPE item, Str& field) {
         Str text;
-        if (localeInfo(LOCALE_USER_DEFAULT, item, text) > 0) field = std::move(text);
+        if (localeInfo(lcid, item, text) > 0) field = std::move(text);
     };
     take(LOCALE_SDECIMAL, loc.decimalSeparator);
     take(LOCALE_STHOUSAND, loc.thousandSeparator);
     take(LOCALE_SLIST, loc.listSeparator);
+    take(LOCALE_SCURRENCY, loc.currencySymbol);
+    take(LOCALE_SMONDECIMALSEP, loc.currencyDecimalSeparator);
+    take(LOCALE_SMONTHOUSANDSEP, loc.currencyThousandSeparator);
     take(LOCALE_SSHORTDATE, loc.shortDate);
     take(LOCALE_STIMEFORMAT, loc.longTime);
     take(LOCALE_S1159, loc.amDesignator);
     take(LOCALE_S2359, loc.pmDesignator);
+    for (std::size_t m = 0; m < 12; ++m) {
+        const auto k = static_cast<LCTYPE>(m);
+        take(LOCALE_SMONTHNAME1 + k, loc.monthNames[m]);
+        take(LOCALE_SABBREVMONTHNAME1 + k, loc.abbreviatedMonthNames[m]);
+    }
     return loc;
 }
 

@@ -126,12 +126,6 @@ Variant fromVARIANT(const VARIANT& in) {
             if (sc == DISP_E_PARAMNOTFOUND) return Variant::missing();
             return Variant(static_cast<std::int32_t>(sc));
         }
-        case VT_UI1:
-            return Variant(static_cast<std::int16_t>(ref ? *V_UI1REF(v) : V_UI1(v)));
-        case VT_I1:
-            return Variant(static_cast<std::int16_t>(ref ? *V_I1REF(v) : V_I1(v)));
-        case VT_UI2:
-            return Variant(static_cast<std::int32_t>(ref ? *V_UI2REF(v) : V_UI2(v)));
         case VT_DISPATCH: {
             IDispatch* d = ref ? *V_DISPATCHREF(v) : V_DISPATCH(v);
             return Variant(DispatchClient::wrap(d));
@@ -144,8 +138,8 @@ Variant fromVARIANT(const VARIANT& in) {
             return Variant(DispatchClient::wrap(d.get()));
         }
         default: {
-            // Wider integers and decimals: the nearest subtype the run time
-            // has, through the system's own conversion.
+            // Bytes, unsigned and wide integers, decimals: a Long where the
+            // value fits, else a Double, through the system's own conversion.
             VARIANT tmp;
             VariantInit(&tmp);
             HRESULT hr = VariantChangeType(&tmp, const_cast<VARIANT*>(v), 0, VT_I4);

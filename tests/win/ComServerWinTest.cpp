@@ -1,0 +1,318 @@
+// HBAddin.dll as a COM server under Wine: registration with regsvr32 for the
+// machine and for the user, read back key by key and compared whole with
+// the registry before; creation by ProgID with every interface answered;
+// the designer's connection (events subscribed, then all let go again, one
+// error dialog at most per load); and unloading.
+#include <gtest/gtest.h>
+
+#include <map>
+#include <string>
+
+#include "ComTestSupport.h"
+#include "HBAddin_h.h"
+
+namespace hb {
+namespace {
+
+using com::ComPtr;
+using test::MessageBoxWatcher;
+using test::TestServer;
+
+std::wstring testFolder() {
+    wchar_t path[MAX_PATH] = {};
+    GetModuleFileNameW(nullptr, path, MAX_PATH);
+    std::wstring p(path);
+    return p.substr(0, p.rfind(L'\\'));
+}
+
+std::wstring dllPath() {
+    return testFolder() + L"\\HBAddin.dll";
+}
+
+// Every key and value below a registry key, as "hive\\path|name" ->
+// "type:data".
+using Snapshot = std::map<std::wstring, std::wstring>;
+
+void snapshot(HKEY root, const std::wstring& path, Snapshot& out) {
+    HKEY key = nullptr;
+    if (RegOpenKeyExW(root, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) return;
+    const std::wstring hive = root == HKEY_LOCAL_MACHINE ? L"HKLM\\" : L"HKCU\\";
+    out[hive + path] = L"(key)";
+    for (DWORD i = 0;; ++i) {
+        wchar_t name[16384];
+        DWORD nameLength = 16384, type = 0, size = 0;
+        if (RegEnumValueW(key, i, name, &nameLength, nullptr, &type, nullptr, &size) !=
+            ERROR_SUCCESS)
+            break;
+        std::wstring data(size / sizeof(wchar_t) + 1, L'\0');
+        nameLength = 16384;
+        DWORD dataSize = size;
+        RegEnumValueW(key, i, name, &nameLength, nullptr, &type,
+                      reinterpret_cast<BYTE*>(data.data()), &dataSize);
+        out[hive + path + L"|" + name] = std::to_wstring(type) + L":" + data;
+    }
+    for (DWORD i = 0;; ++i) {
+        wchar_t name[256];
+        DWORD nameLength = 256;
+        if (RegEnumKeyExW(key, i, name, &nameLength, nullptr, nullptr, nullptr, nullptr) !=
+            ERROR_SUCCESS)
+            break;
+        snapshot(root, path.empty() ? name : path + L"\\" + name, out);
+    }
+    RegCloseKey(key);
+}
+
+// The parts of the registry registration may touch.
+Snapshot registryNow() {
+    Snapshot s;
+    snapshot(HKEY_LOCAL_MACHINE, L"Software\\Classes\\CLSID", s);
+    snapshot(HKEY_LOCAL_MACHINE, L"Software\\Classes\\TypeLib", s);
+    snapshot(HKEY_LOCAL_MACHINE, L"Software\\Classes\\Interface", s);
+    snapshot(HKEY_LOCAL_MACHINE, L"Software\\Classes\\HBAddin.Connect", s);
+    snapshot(HKEY_LOCAL_MACHINE, L"Software\\Classes\\HBAddin.pane", s);
+    snapshot(HKEY_CURRENT_USER, L"Software", s);
+    return s;
+}
+
+// Runs Wine's regsvr32 with the given switches on the DLL; its exit code.
+DWORD regsvr32(const std::wstring& switches) {
+    std::wstring command = L"regsvr32.exe /s " + switches + L" \"" + dllPath() + L"\"";
+    STARTUPINFOW si{};
+    si.cb = sizeof si;
+    PROCESS_INFORMATION pi{};
+    if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &si,
+                        &pi))
+        return static_cast<DWORD>(-1);
+    WaitForSingleObject(pi.hProcess, 60000);
+    DWORD code = 0;
+    GetExitCodeProcess(pi.hProcess, &code);
+    CloseHandle(pi.hThread);
+    CloseHandle(pi.hProcess);
+    return code;
+}
+
+std::wstring readText(HKEY root, const std::wstring& key, const wchar_t* name) {
+    wchar_t data[2048] = {};
+    DWORD size = sizeof data;
+    if (RegGetValueW(root, key.c_str(), name, RRF_RT_REG_SZ, nullptr, data, &size) != ERROR_SUCCESS)
+        return L"(missing)";
+    return data;
+}
+
+std::wstring guidText(REFGUID g) {
+    wchar_t text[64] = {};
+    StringFromGUID2(g, text, 64);
+    return text;
+}
+
+constexpr wchar_t kAddinKey[] = L"Software\\Microsoft\\Office\\Outlook\\Addins\\HBAddin.Connect";
+
+TEST(ComServer, RegistrationWritesTheClassesAndTheAddinKeyAndUnregistrationRemovesExactlyThem) {
+    struct Scope {
+        const wchar_t* install;
+        const wchar_t* uninstall;
+        HKEY classes;
+    };
+    const Scope scopes[] = {{L"", L"/u", HKEY_LOCAL_MACHINE},
+                            {L"/n /i:user", L"/u /n /i:user", HKEY_CURRENT_USER}};
+    for (const Scope& scope : scopes) {
+        SCOPED_TRACE(scope.install);
+        const Snapshot before = registryNow();
+        ASSERT_EQ(regsvr32(scope.install), 0u);
+
+        const std::wstring classes = L"Software\\Classes\\";
+        const std::wstring designer = classes + L"CLSID\\" + guidText(CLSID_OHBAddinDesigner);
+        const std::wstring pane = classes + L"CLSID\\" + guidText(CLSID_Pane);
+        for (const std::wstring& clsid : {designer, pane}) {
+            EXPECT_EQ(readText(scope.classes, clsid + L"\\InprocServer32", nullptr), dllPath());
+            EXPECT_EQ(readText(scope.classes, clsid + L"\\InprocServer32", L"ThreadingModel"),
+                      L"Apartment");
+            EXPECT_EQ(readText(scope.classes, clsid + L"\\TypeLib", nullptr),
+                      guidText(LIBID_HBAddin));
+        }
+        EXPECT_EQ(readText(scope.classes, classes + L"HBAddin.Connect\\CLSID", nullptr),
+                  guidText(CLSID_OHBAddinDesigner));
+        EXPECT_EQ(readText(scope.classes, classes + L"HBAddin.pane\\CLSID", nullptr),
+                  guidText(CLSID_Pane));
+        EXPECT_EQ(readText(scope.classes, pane + L"\\ProgID", nullptr), L"HBAddin.pane");
+        EXPECT_EQ(readText(scope.classes,
+                           classes + L"TypeLib\\" + guidText(LIBID_HBAddin) + L"\\1.0\\0\\win64",
+                           nullptr),
+                  dllPath());
+        EXPECT_EQ(readText(HKEY_CURRENT_USER, kAddinKey, L"FriendlyName"),
+                  L"Hourbook for Outlook v4");
+        EXPECT_EQ(readText(HKEY_CURRENT_USER, kAddinKey, L"Description"),
+                  L"Hourbook for Outlook v4\r\nFor more information please see \r\n"
+                  L"https://www.hourbook.invalid/");
+        DWORD loadBehavior = 0, size = sizeof loadBehavior, type = 0;
+        EXPECT_EQ(RegGetValueW(HKEY_CURRENT_USER, kAddinKey, L"LoadBehavior", RRF_RT_ANY, &type,
+                               &loadBehavior, &size),
+                  ERROR_SUCCESS);
+        EXPECT_EQ(type, static_cast<DWORD>(REG_DWORD));
+        EXPECT_EQ(loadBehavior, 3u);
+
+        ASSERT_EQ(regsvr32(scope.uninstall), 0u);
+        EXPECT_EQ(registryNow(), before);
+    }
+}
+
+TEST(ComServer, UnregistrationKeepsWhatTheUserAndOthersWrote) {
+    const Snapshot before = registryNow();
+    ASSERT_EQ(regsvr32(L""), 0u);
+    // The user switched the add-in off; another add-in and the settings live
+    // beside it.
+    DWORD off = 2;
+    RegSetKeyValueW(HKEY_CURRENT_USER, kAddinKey, L"LoadBehavior", REG_DWORD, &off, sizeof off);
+    const wchar_t other[] = L"Software\\Microsoft\\Office\\Outlook\\Addins\\Other.Connect";
+    const wchar_t settings[] = L"Software\\Brindlewood\\Hourbook for Outlook\\Settings";
+    RegSetKeyValueW(HKEY_CURRENT_USER, other, L"FriendlyName", REG_SZ, L"Other", 12);
+    RegSetKeyValueW(HKEY_CURRENT_USER, settings, L"PersonalRate", REG_SZ, L"12.5", 10);
+
+    ASSERT_EQ(regsvr32(L"/u"), 0u);
+    Snapshot after;
+    snapshot(HKEY_CURRENT_USER, kAddinKey, after);
+    EXPECT_EQ(after.size(), 2u) << "the key and the user's LoadBehavior are left";
+    EXPECT_EQ(after[L"HKCU\\" + std::wstring(kAddinKey) + L"|LoadBehavior"].substr(0, 2), L"4:");
+    EXPECT_EQ(readText(HKEY_CURRENT_USER, other, L"FriendlyName"), L"Other");
+    EXPECT_EQ(readText(HKEY_CURRENT_USER, settings, L"PersonalRate"), L"12.5");
+
+    RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\Microsoft\\Office");
+    RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\Brindlewood");
+    EXPECT_EQ(registryNow(), before);
+}
+
+class RegisteredServer : public ::testing::Test {
+  protected:
+    static void SetUpTestSuite() { ASSERT_EQ(regsvr32(L""), 0u); }
+    static void TearDownTestSuite() { regsvr32(L"/u"); }
+    void SetUp() override { ASSERT_TRUE(SUCCEEDED(OleInitialize(nullptr))); }
+    void TearDown() override {
+        CoFreeUnusedLibraries();
+        OleUninitialize();
+    }
+
+    template <class I>
+    ComPtr<I> create(const wchar_t* progId) {
+        CLSID clsid{};
+        EXPECT_EQ(CLSIDFromProgID(progId, &clsid), S_OK);
+        ComPtr<I> object;
+        EXPECT_EQ(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, __uuidof(I),
+                                   reinterpret_cast<void**>(object.put())),
+                  S_OK);
+        return object;
+    }
+};
+
+// What the DLL loaded by COM answers through its entry point.
+HRESULT canUnloadNow() {
+    HMODULE dll = GetModuleHandleW(dllPath().c_str());
+    if (!dll) return S_OK;  // not loaded (any more)
+    auto fn = reinterpret_cast<HRESULT(WINAPI*)()>(
+        reinterpret_cast<void*>(GetProcAddress(dll, "DllCanUnloadNow")));
+    return fn ? fn() : E_FAIL;
+}
+
+TEST_F(RegisteredServer, ObjectsCreatedByProgIdAnswerEveryInterface) {
+    {
+        ComPtr<IUnknown> designer = create<IUnknown>(L"HBAddin.Connect");
+        ASSERT_TRUE(designer);
+        for (REFIID iid : {IID__IDTExtensibility2, IID_ICustomTaskPaneConsumer, IID_ICTPFactory,
+                           IID_IDispatch}) {
+            ComPtr<IUnknown> part;
+            EXPECT_EQ(designer->QueryInterface(iid, reinterpret_cast<void**>(part.put())), S_OK)
+                << std::hex << iid.Data1;
+            // Every interface leads back to the same object.
+            ComPtr<IUnknown> back = part.as<IUnknown>();
+            EXPECT_EQ(back.get(), designer.get());
+        }
+        ComPtr<IUnknown> pane = create<IUnknown>(L"HBAddin.pane");
+        ASSERT_TRUE(pane);
+        EXPECT_TRUE(pane.as<IHBPane>());
+        EXPECT_TRUE(pane.as<IDispatch>());
+        EXPECT_FALSE(pane.as<IClassFactory>());
+
+        // IDispatch comes from the type library: names and the type's name.
+        ComPtr<IDispatch> dispatch = designer.as<IDispatch>();
+        LPOLESTR names[] = {const_cast<LPOLESTR>(L"OnBeginShutdown")};
+        DISPID id = 0;
+        EXPECT_EQ(dispatch->GetIDsOfNames(IID_NULL, names, 1, 0, &id), S_OK);
+        EXPECT_EQ(id, 5);
+        EXPECT_EQ(canUnloadNow(), S_FALSE) << "objects are alive";
+    }
+    EXPECT_EQ(canUnloadNow(), S_OK);
+}
+
+// An Outlook Application of the test's own: a Version and the Application
+// event source, counting what subscribes to it.
+struct FakeApplication {
+    FakeApplication(bool withEvents) {
+        server->member(L"Version", 1, [](WORD, std::vector<VARIANT*>&, VARIANT* r, EXCEPINFO*) {
+            V_VT(r) = VT_BSTR;
+            V_BSTR(r) = SysAllocString(L"12.0.0.6423");
+            return S_OK;
+        });
+        if (withEvents)
+            point =
+                server->addConnectionPoint(GUID{0x0006304E, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}});
+    }
+    ComPtr<TestServer> server = TestServer::create();
+    ComPtr<test::TestConnectionPoint> point;
+};
+
+TEST_F(RegisteredServer, DesignerConnectsThroughIDispatchAndLetsGoOfEverythingAtDisconnection) {
+    FakeApplication app(true);
+    const ULONG before = test::refCount(app.server.get());
+    MessageBoxWatcher boxes;
+    {
+        ComPtr<IDispatch> designer = create<IDispatch>(L"HBAddin.Connect");
+        // As a host that only knows IDispatch calls it: OnConnection(dispid 1).
+        VARIANT args[4];
+        for (VARIANT& a : args)
+            VariantInit(&a);
+        SAFEARRAY* custom = SafeArrayCreateVector(VT_VARIANT, 0, 0);
+        V_VT(&args[0]) = VT_ARRAY | VT_VARIANT | VT_BYREF;
+        V_ARRAYREF(&args[0]) = &custom;
+        V_VT(&args[1]) = VT_DISPATCH;  // AddInInst
+        V_DISPATCH(&args[1]) = nullptr;
+        V_VT(&args[2]) = VT_I4;  // ext_cm_Startup
+        V_I4(&args[2]) = 1;
+        V_VT(&args[3]) = VT_DISPATCH;
+        V_DISPATCH(&args[3]) = app.server.get();
+        DISPPARAMS params{args, nullptr, 4, 0};
+        EXPECT_EQ(
+            designer->Invoke(1, IID_NULL, 0, DISPATCH_METHOD, &params, nullptr, nullptr, nullptr),
+            S_OK);
+        EXPECT_EQ(app.point->sinkCount(), 1u) << "the Application's events are heard";
+
+        ComPtr<_IDTExtensibility2> ext = designer.as<_IDTExtensibility2>();
+        EXPECT_EQ(ext->OnBeginShutdown(&custom), S_OK);
+        EXPECT_EQ(ext->OnDisconnection(ext_dm_HostShutdown, &custom), S_OK);
+        EXPECT_EQ(app.point->sinkCount(), 0u);
+        SafeArrayDestroy(custom);
+    }
+    EXPECT_EQ(test::refCount(app.server.get()), before) << "nothing of the host is held";
+    EXPECT_EQ(boxes.count(), 0);
+    EXPECT_EQ(canUnloadNow(), S_OK);
+}
+
+TEST_F(RegisteredServer, AFailedConnectionReturnsSOkHoldsNothingAndReportsOncePerLoad) {
+    MessageBoxWatcher boxes;
+    if (!boxes.canShow()) GTEST_SKIP() << "no display for message boxes (run under Xvfb)";
+    FakeApplication noEvents(false);  // no Application events: the connection fails
+    ComPtr<IDispatch> keepLoaded = create<IDispatch>(L"HBAddin.pane");
+    for (int designerNo = 0; designerNo < 2; ++designerNo) {
+        ComPtr<_IDTExtensibility2> designer = create<_IDTExtensibility2>(L"HBAddin.Connect");
+        SAFEARRAY* custom = SafeArrayCreateVector(VT_VARIANT, 0, 0);
+        EXPECT_EQ(designer->OnConnection(noEvents.server.get(), ext_cm_Startup, nullptr, &custom),
+                  S_OK);
+        EXPECT_EQ(designer->OnDisconnection(ext_dm_UserClosed, &custom), S_OK);
+        SafeArrayDestroy(custom);
+        EXPECT_EQ(test::refCount(noEvents.server.get()), 1u);
+    }
+    EXPECT_EQ(boxes.count(), 1) << "a second designer of the same load shows no second dialog";
+    keepLoaded.reset();
+    EXPECT_EQ(canUnloadNow(), S_OK);
+}
+
+}  // namespace
+}  // namespace hb

@@ -1,0 +1,221 @@
+#pragma once
+// Helpers of the Windows tests that talk COM: a small automation server of
+// the test's own (members by name, connection points by interface ID, a
+// reference count the test can read), and a watcher that answers and counts
+// the message boxes a test provokes.
+#include <windows.h>
+// windows.h first: the COM headers rely on its types.
+#include <ocidl.h>
+#include <oleauto.h>
+#include <olectl.h>
+
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "win/com/ComObject.h"
+
+namespace hb::test {
+
+// The current reference count of a COM object (AddRef then Release).
+template <class T>
+ULONG refCount(T* object) {
+    object->AddRef();
+    return object->Release();
+}
+
+class TestServer;
+
+// One connection point of a TestServer: keeps the advised sinks.
+class TestConnectionPoint : public com::ComObject<TestConnectionPoint, IConnectionPoint> {
+  public:
+    TestConnectionPoint(IConnectionPointContainer* owner, const IID& iid)
+        : owner_(owner), iid_(iid) {}
+
+    STDMETHODIMP GetConnectionInterface(IID* iid) override {
+        *iid = iid_;
+        return S_OK;
+    }
+    STDMETHODIMP GetConnectionPointContainer(IConnectionPointContainer** c) override {
+        *c = owner_;
+        owner_->AddRef();
+        return S_OK;
+    }
+    STDMETHODIMP Advise(IUnknown* sink, DWORD* cookie) override {
+        // As Office's connection points do: the sink must answer the event
+        // interface itself.
+        IDispatch* d = nullptr;
+        if (FAILED(sink->QueryInterface(iid_, reinterpret_cast<void**>(&d))))
+            return CONNECT_E_CANNOTCONNECT;
+        sinks_[++next_] = d;
+        *cookie = next_;
+        ++advised;
+        return S_OK;
+    }
+    STDMETHODIMP Unadvise(DWORD cookie) override {
+        auto it = sinks_.find(cookie);
+        if (it == sinks_.end()) return CONNECT_E_NOCONNECTION;
+        it->second->Release();
+        sinks_.erase(it);
+        ++unadvised;
+        return S_OK;
+    }
+    STDMETHODIMP EnumConnections(IEnumConnections**) override { return E_NOTIMPL; }
+
+    // Calls every sink's Invoke with the arguments in call order (stored
+    // last to first, as IDispatch::Invoke takes them).
+    void fire(DISPID id, std::vector<VARIANT> args) {
+        std::vector<VARIANT> reversed(args.rbegin(), args.rend());
+        DISPPARAMS params{reversed.data(), nullptr, static_cast<UINT>(reversed.size()), 0};
+        const auto sinks = sinks_;
+        for (auto& [cookie, sink] : sinks)
+            sink->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &params, nullptr,
+                         nullptr, nullptr);
+    }
+    std::size_t sinkCount() const { return sinks_.size(); }
+
+    int advised = 0;
+    int unadvised = 0;
+
+  private:
+    IConnectionPointContainer* owner_;  // not held: the container holds its points
+    IID iid_;
+    std::map<DWORD, IDispatch*> sinks_;
+    DWORD next_ = 0;
+};
+
+// An automation object whose members the test defines: each member has a
+// DISPID and a handler that sees the call's flags and arguments (in call
+// order) and fills the result.
+class TestServer : public com::ComObject<TestServer, IDispatch, IConnectionPointContainer> {
+  public:
+    using Handler = std::function<HRESULT(WORD flags, std::vector<VARIANT*>& args, VARIANT* result,
+                                          EXCEPINFO* exception)>;
+
+    void member(const std::wstring& name, DISPID id, Handler handler) {
+        ids_[name] = id;
+        handlers_[id] = std::move(handler);
+    }
+    com::ComPtr<TestConnectionPoint> addConnectionPoint(const IID& iid) {
+        auto point =
+            TestConnectionPoint::create(static_cast<IConnectionPointContainer*>(this), iid);
+        points_.push_back(point);
+        return point;
+    }
+    // The type information GetTypeInfo hands out (none by default).
+    com::ComPtr<ITypeInfo> typeInfo;
+    int nameLookups = 0;
+    int invokes = 0;
+
+    STDMETHODIMP GetTypeInfoCount(UINT* n) override {
+        *n = typeInfo ? 1 : 0;
+        return S_OK;
+    }
+    STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo** info) override {
+        *info = nullptr;
+        if (!typeInfo) return E_NOTIMPL;
+        *info = com::ComPtr<ITypeInfo>(typeInfo).detach();
+        return S_OK;
+    }
+    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID, DISPID* ids) override {
+        ++nameLookups;
+        if (count != 1) return E_INVALIDARG;
+        for (const auto& [name, id] : ids_) {
+            if (_wcsicmp(name.c_str(), names[0]) == 0) {
+                *ids = id;
+                return S_OK;
+            }
+        }
+        *ids = DISPID_UNKNOWN;
+        return DISP_E_UNKNOWNNAME;
+    }
+    STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* params, VARIANT* result,
+                        EXCEPINFO* exception, UINT*) override {
+        ++invokes;
+        auto it = handlers_.find(id);
+        if (it == handlers_.end()) return DISP_E_MEMBERNOTFOUND;
+        std::vector<VARIANT*> args;
+        for (UINT i = params->cArgs; i > 0; --i)
+            args.push_back(&params->rgvarg[i - 1]);
+        lastNamedArgs.assign(params->rgdispidNamedArgs,
+                             params->rgdispidNamedArgs + params->cNamedArgs);
+        return it->second(flags, args, result, exception);
+    }
+
+    STDMETHODIMP EnumConnectionPoints(IEnumConnectionPoints**) override { return E_NOTIMPL; }
+    STDMETHODIMP FindConnectionPoint(REFIID iid, IConnectionPoint** point) override {
+        *point = nullptr;
+        for (auto& p : points_) {
+            IID pointIid{};
+            p->GetConnectionInterface(&pointIid);
+            if (IsEqualIID(pointIid, iid)) {
+                *point = com::ComPtr<TestConnectionPoint>(p).detach();
+                return S_OK;
+            }
+        }
+        return CONNECT_E_NOCONNECTION;
+    }
+
+    std::vector<DISPID> lastNamedArgs;
+
+  private:
+    std::map<std::wstring, DISPID> ids_;
+    std::map<DISPID, Handler> handlers_;
+    std::vector<com::ComPtr<TestConnectionPoint>> points_;
+};
+
+// Answers every message box shown on this thread while it lives (No where
+// there is a No button, else OK) and counts them.
+class MessageBoxWatcher {
+  public:
+    MessageBoxWatcher() {
+        current() = this;
+        hook_ = SetWindowsHookExW(WH_CALLWNDPROCRET, &MessageBoxWatcher::hook, nullptr,
+                                  GetCurrentThreadId());
+    }
+    ~MessageBoxWatcher() {
+        UnhookWindowsHookEx(hook_);
+        current() = nullptr;
+    }
+    MessageBoxWatcher(const MessageBoxWatcher&) = delete;
+    MessageBoxWatcher& operator=(const MessageBoxWatcher&) = delete;
+
+    int count() const { return count_; }
+    // Whether message boxes can be shown here at all (Wine without a display
+    // fails them): shows one and forgets it.
+    bool canShow() {
+        const int before = count_;
+        const bool shown = MessageBoxW(nullptr, L"probe", L"probe", MB_OK) == IDOK;
+        count_ = before;
+        if (shown) texts_.pop_back();
+        return shown;
+    }
+    const std::vector<std::wstring>& texts() const { return texts_; }
+
+  private:
+    static MessageBoxWatcher*& current() {
+        static MessageBoxWatcher* watcher = nullptr;
+        return watcher;
+    }
+    static LRESULT CALLBACK hook(int code, WPARAM wParam, LPARAM lParam) {
+        auto* msg = reinterpret_cast<CWPRETSTRUCT*>(lParam);
+        if (code == HC_ACTION && msg->message == WM_INITDIALOG && current()) {
+            MessageBoxWatcher& w = *current();
+            ++w.count_;
+            wchar_t text[4096] = {};
+            HWND label = GetDlgItem(msg->hwnd, 0xFFFF);
+            if (label) GetWindowTextW(label, text, 4096);
+            w.texts_.emplace_back(text);
+            const int answer = GetDlgItem(msg->hwnd, IDNO) ? IDNO : IDOK;
+            PostMessageW(msg->hwnd, WM_COMMAND, MAKEWPARAM(answer, BN_CLICKED), 0);
+        }
+        return CallNextHookEx(nullptr, code, wParam, lParam);
+    }
+
+    HHOOK hook_ = nullptr;
+    int count_ = 0;
+    std::vector<std::wstring> texts_;
+};
+
+}  // namespace hb::test
