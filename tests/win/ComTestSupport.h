@@ -85,6 +85,33 @@ class TestConnectionPoint : public com::ComObject<TestConnectionPoint, IConnecti
     DWORD next_ = 0;
 };
 
+// The connection points of a TestServer, one at a time.
+class PointEnumerator : public com::ComObject<PointEnumerator, IEnumConnectionPoints> {
+  public:
+    explicit PointEnumerator(std::vector<com::ComPtr<TestConnectionPoint>> points)
+        : points_(std::move(points)) {}
+    STDMETHODIMP Next(ULONG count, IConnectionPoint** out, ULONG* fetched) override {
+        ULONG n = 0;
+        for (; n < count && next_ < points_.size(); ++n, ++next_)
+            out[n] = com::ComPtr<TestConnectionPoint>(points_[next_]).detach();
+        if (fetched) *fetched = n;
+        return n == count ? S_OK : S_FALSE;
+    }
+    STDMETHODIMP Skip(ULONG count) override {
+        next_ += count;
+        return next_ <= points_.size() ? S_OK : S_FALSE;
+    }
+    STDMETHODIMP Reset() override {
+        next_ = 0;
+        return S_OK;
+    }
+    STDMETHODIMP Clone(IEnumConnectionPoints**) override { return E_NOTIMPL; }
+
+  private:
+    std::vector<com::ComPtr<TestConnectionPoint>> points_;
+    std::size_t next_ = 0;
+};
+
 // An automation object whose members the test defines: each member has a
 // DISPID and a handler that sees the call's flags and arguments (in call
 // order) and fills the result.
@@ -143,7 +170,10 @@ class TestServer : public com::ComObject<TestServer, IDispatch, IConnectionPoint
         return it->second(flags, args, result, exception);
     }
 
-    STDMETHODIMP EnumConnectionPoints(IEnumConnectionPoints**) override { return E_NOTIMPL; }
+    STDMETHODIMP EnumConnectionPoints(IEnumConnectionPoints** out) override {
+        *out = PointEnumerator::create(points_).detach();
+        return S_OK;
+    }
     STDMETHODIMP FindConnectionPoint(REFIID iid, IConnectionPoint** point) override {
         *point = nullptr;
         for (auto& p : points_) {

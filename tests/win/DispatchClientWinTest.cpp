@@ -298,6 +298,51 @@ TEST_F(ComApartment, EventsArriveByNameWithCancelWrittenBackUntilUnadvised) {
     }
 }
 
+// Outlook 2002 and later name their event sources' interfaces
+// "ExplorerEvents_10" and so on; a host that offers only such a variant is
+// heard all the same, recognised by its name in the source's type library.
+TEST_F(ComApartment, VersionedEventInterfacesAreFoundThroughTheSourcesTypeLibrary) {
+    ComPtr<ICreateTypeLib2> library;
+    ASSERT_EQ(CreateTypeLib2(sizeof(void*) == 8 ? SYS_WIN64 : SYS_WIN32, L"C:\\outlook.tlb",
+                             library.put()),
+              S_OK);
+    const GUID explorerIid{0x12345678, 1, 2, {1, 2, 3, 4, 5, 6, 7, 8}};
+    const GUID variantIid{0x12345678, 1, 2, {1, 2, 3, 4, 5, 6, 7, 9}};
+    ComPtr<ICreateTypeInfo> explorer, variant;
+    ASSERT_EQ(
+        library->CreateTypeInfo(const_cast<LPOLESTR>(L"_Explorer"), TKIND_DISPATCH, explorer.put()),
+        S_OK);
+    explorer->SetGuid(explorerIid);
+    ASSERT_EQ(library->CreateTypeInfo(const_cast<LPOLESTR>(L"ExplorerEvents_10"), TKIND_DISPATCH,
+                                      variant.put()),
+              S_OK);
+    variant->SetGuid(variantIid);
+    ComPtr<ICreateTypeInfo> otherEvents;
+    library->CreateTypeInfo(const_cast<LPOLESTR>(L"ExplorerEventsX_10"), TKIND_DISPATCH,
+                            otherEvents.put());
+    otherEvents->SetGuid(GUID{0x12345678, 1, 2, {1, 2, 3, 4, 5, 6, 7, 10}});
+    ASSERT_EQ(explorer->LayOut(), S_OK);
+    ASSERT_EQ(variant->LayOut(), S_OK);
+
+    ComPtr<TestServer> server = TestServer::create();
+    server->typeInfo = explorer.as<ITypeInfo>();
+    ComPtr<test::TestConnectionPoint> unrelated =
+        server->addConnectionPoint(GUID{0x12345678, 1, 2, {1, 2, 3, 4, 5, 6, 7, 10}});
+    ComPtr<test::TestConnectionPoint> point = server->addConnectionPoint(variantIid);
+    ObjectPtr client = com::DispatchClient::wrap(server.get());
+    EXPECT_EQ(client->typeName(), u"Explorer");
+
+    int activations = 0;
+    EventConnection connection = client->subscribe(
+        u"ExplorerEvents", std::make_shared<FunctionSink>([&](const Str& member, Args&) {
+            if (member == u"Activate") ++activations;
+        }));
+    EXPECT_EQ(point->sinkCount(), 1u) << "the sink answers the variant's interface ID";
+    EXPECT_EQ(unrelated->sinkCount(), 0u);
+    point->fire(com::findEventSet(u"ExplorerEvents")->memberId(u"Activate"), {});
+    EXPECT_EQ(activations, 1);
+}
+
 // Windows' own automation objects, created by ProgID as the run time's
 // CreateObject does, are reached through the same client.
 TEST_F(ComApartment, PlatformCreatesWindowsObjectsByProgIdAndRaises429ForUnknownOnes) {
