@@ -136,7 +136,8 @@ TEST(ComServer, RegistrationWritesTheClassesAndTheAddinKeyAndUnregistrationRemov
                   guidText(CLSID_Pane));
         EXPECT_EQ(readText(scope.classes, pane + L"\\ProgID", nullptr), L"HBAddin.pane");
         EXPECT_EQ(readText(scope.classes,
-                           classes + L"TypeLib\\" + guidText(LIBID_HBAddin) + L"\\1.0\\0\\win64",
+                           classes + L"TypeLib\\" + guidText(LIBID_HBAddin) + L"\\1.0\\0\\" +
+                               (sizeof(void*) == 8 ? L"win64" : L"win32"),
                            nullptr),
                   dllPath());
         EXPECT_EQ(readText(HKEY_CURRENT_USER, kAddinKey, L"FriendlyName"),
