@@ -108,6 +108,42 @@ target_compile_options(gtest PRIVATE -w)
 target_compile_options(gtest_main PRIVATE -w)
 
 # ---------------------------------------------------------------- Wine runner
+# x64 programs run under the machine's wine64. x86 programs need Wine's 32-bit
+# side (scripts/lib.sh provides one): HB_WINE_MODE multiarch (wine32:i386),
+# root (the i386 Debian root HB_X86_ROOT), none, or auto, whichever is there.
+# x86 programs run in a 32-bit prefix either way, so both ways see the same
+# Windows.
+set(HB_WINE_MODE auto CACHE STRING "How x86 programs run under Wine: auto, multiarch, root or none")
+set(HB_X86_ROOT /var/cache/hourbook/i386-root CACHE PATH "The i386 Debian root with Wine")
+set(HB_WINE_IN_ROOT 0)
+if(CMAKE_SIZEOF_VOID_P EQUAL 8)
+  set(HB_WINEARCH win64)
+  set(HB_WINE_WHERE "the machine's wine64")
+else()
+  set(HB_WINEARCH win32)
+  set(hb_wine_mode ${HB_WINE_MODE})
+  if(hb_wine_mode STREQUAL auto)
+    if(EXISTS /usr/lib/wine/wine)
+      set(hb_wine_mode multiarch)
+    elseif(EXISTS ${HB_X86_ROOT}/.hb-root-ready)
+      set(hb_wine_mode root)
+    else()
+      set(hb_wine_mode none)
+    endif()
+  endif()
+  if(hb_wine_mode STREQUAL multiarch)
+    set(HB_WINE_WHERE "the machine's multiarch wine32")
+  elseif(hb_wine_mode STREQUAL root)
+    set(HB_WINE_IN_ROOT 1)
+    set(HB_WINE_WHERE "the i386 Debian root ${HB_X86_ROOT}")
+  else()
+    set(HB_WINE_WHERE "none: the x86 tests are not registered")
+    if(HB_WINE_TESTS)
+      message(STATUS "No x86 Wine (HB_WINE_MODE ${HB_WINE_MODE}): the x86 tests are built, not registered")
+      set(HB_WINE_TESTS OFF)
+    endif()
+  endif()
+endif()
 configure_file(${CMAKE_CURRENT_LIST_DIR}/wine-run.sh.in ${CMAKE_BINARY_DIR}/wine-run.sh @ONLY)
 file(CHMOD ${CMAKE_BINARY_DIR}/wine-run.sh PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE
      GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
