@@ -35,6 +35,10 @@ hb_area(hb_diag     DIRS src/diagnostics src/languages FILES src/addin/modOutloo
 hb_area(hb_settings DIRS src/settings src/metadata     DEPS hb_diag)
 hb_area(hb_session  DIRS src/explorer src/inspector src/addin
         EXCLUDE src/addin/modOutlookCode.cpp DEPS hb_settings)
+# The settings program's portable part (apps/settings; the dialog and the
+# program itself are in cmake/SettingsApp.cmake).
+hb_area(hb_settings_app FILES apps/settings/SettingsEditor.cpp apps/settings/SettingsStore.cpp
+        apps/settings/SettingsTexts.cpp DEPS hb_settings)
 
 # Everything portable in one static library (what the Windows DLL links).
 add_library(hbcore STATIC $<TARGET_OBJECTS:hb_common> $<TARGET_OBJECTS:hb_diag>
@@ -70,6 +74,7 @@ if(HB_TESTS AND NOT HB_WINDOWS)
   hb_test(diag     hb_common hb_sim hb_diag)
   hb_test(settings hb_common hb_sim hb_diag hb_settings)
   hb_test(session  hb_common hb_sim hb_diag hb_settings hb_session)
+  hb_test(settings-app hb_common hb_sim hb_diag hb_settings hb_settings_app)
 endif()
 
 if(HB_BENCH AND NOT HB_WINDOWS)

@@ -1,0 +1,151 @@
+#include "apps/settings/SettingsStore.h"
+
+#include <exception>
+
+#include "addin/modOutlookCode.h"
+#include "common/AutomationError.h"
+#include "common/Constants.h"
+#include "common/Text.h"
+#include "settings/cPersonalSettings.h"
+
+namespace hb::settingsapp {
+
+namespace {
+
+constexpr std::size_t kBodyLines = 6;  // before the metadata lines
+
+Str lineLabel(std::size_t line, const Str& what) {
+    return u"Line " + toStr(static_cast<long long>(line)) + u" (" + what + u"): ";
+}
+
+// The metadata lines of a body into the editor's lists, each name and entry
+// through the dialog's checks.
+Failure takeLists(const std::vector<Str>& fields, SettingsEditor& editor) {
+    editor.values().lists.clear();
+    for (std::size_t i = kBodyLines; i + 1 < fields.size(); ++i) {
+        const Str& line = fields[i];
+        const auto colon = line.find(u':');
+        const Str label = lineLabel(i + 1, u"metadata list");
+        if (colon == Str::npos)
+            return label + u"\"" + line + u"\" has no \":\" after the list name.";
+        if (auto r = editor.addList(line.substr(0, colon))) return label + r->message;
+        const std::size_t list = editor.values().lists.size() - 1;
+        // Empty pieces (";;") carry nothing; the add-in skips them too.
+        for (const Str& entry : text::split(line.substr(colon + 1), u";")) {
+            if (entry.empty()) continue;
+            if (auto r = editor.addEntry(list, entry)) return label + r->message;
+        }
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+Loaded loadValues(Session& s) {
+    cPersonalSettings settings(s);
+    settings.GetValuesFromSettings();
+    return Loaded{valuesOf(settings, s.platform.userLocale()), !settings.blnLoadFailed()};
+}
+
+bool saveValues(Session& s, const SettingsEditor& editor) {
+    // A new object: its pane size and dock position are the ones every
+    // session of the add-in starts with, and no earlier load can hold back
+    // its save.
+    cPersonalSettings settings(s);
+    s.diag.blnErrorOccurred = false;
+    try {
+        editor.applyTo(s, settings);
+    } catch (const std::exception&) {
+        return false;
+    }
+    settings.SaveSettings();
+    return !s.diag.blnErrorOccurred;
+}
+
+Failure exportBody(Session& s, std::string& utf8) {
+    cPersonalSettings settings(s);
+    s.diag.blnErrorOccurred = false;
+    settings.GetValuesFromSettings();
+    if (settings.blnLoadFailed() || s.diag.blnErrorOccurred)
+        return Str(u"The stored settings could not be read.");
+    // The body carries the report value on one line; a connection text of
+    // several lines would come back as a different text.
+    Str value = settings.strReportValue;
+    while (!value.empty() && (value.back() == u'\r' || value.back() == u'\n'))
+        value.pop_back();
+    if (value.find_first_of(u"\r\n") != Str::npos)
+        return Str(u"The report value holds line breaks, which a settings file cannot carry.");
+    try {
+        utf8 = toUtf8(settings.fncBuildBody());
+    } catch (const std::exception&) {
+        return Str(u"The settings body could not be built.");
+    }
+    return std::nullopt;
+}
+
+Failure importBody(Session& s, const std::string& utf8, const Texts& texts) {
+    std::string bytes = utf8;
+    if (bytes.rfind("\xEF\xBB\xBF", 0) == 0) bytes.erase(0, 3);  // a byte-order mark
+    Str body = fromUtf8(bytes);
+    if (toUtf8(body) != bytes) return Str(u"The file is not UTF-8 text.");
+    // A file saved by an editor that ends lines with LF alone.
+    if (body.find(u'\r') == Str::npos) body = text::replace(body, u"\n", kCrLf);
+
+    const std::vector<Str> fields = text::split(body, kCrLf);
+    if (fields.size() < kBodyLines + 1)
+        return Str(u"A settings file has at least six lines, each ended by a line break.");
+    // Without its final line break the add-in would drop the last line.
+    if (!fields.back().empty()) return Str(u"The last line does not end with a line break.");
+
+    const Locale loc = s.platform.userLocale();
+    Loaded current = loadValues(s);
+    // The settings the body does not carry are taken from the store; where
+    // it could not be read they would be replaced by defaults.
+    if (!current.complete)
+        return Str(
+            u"The stored settings could not all be read; correct them in the settings "
+            u"dialog first.");
+    SettingsEditor editor(std::move(current.values), loc, fncGetListSeparator(s), texts);
+    Values& v = editor.values();
+
+    const Str& choice = fields[0];
+    std::optional<std::int16_t> number;
+    if (isNumeric(Variant(choice), loc)) {
+        try {
+            number = Variant(choice).toInteger(loc);
+        } catch (const AutomationError&) {
+        }
+    }
+    if (!number || (*number != 2 && *number != 3))
+        return lineLabel(1, u"report choice") + u"\"" + choice +
+               u"\" is neither 2 (database folder) nor 3 (connection text).";
+    v.reportChoice = *number;
+    v.reportValue = fields[1];
+    // The rate keeps its fraction here, as the registry keeps it: the body's
+    // own reading would round it to a whole number, and an export followed
+    // by an import would change it.
+    v.rate = fields[2];
+    bool* const filters[] = {&v.filterEvents, &v.filterPrivate, &v.filterRecurring};
+    const char16_t* const filterNames[] = {u"filter events", u"filter private",
+                                           u"filter recurring"};
+    for (std::size_t i = 0; i < 3; ++i) {
+        try {
+            *filters[i] = Variant(fields[3 + i]).toBool(loc);
+        } catch (const AutomationError&) {
+            return lineLabel(4 + i, filterNames[i]) + u"\"" + fields[3 + i] +
+                   u"\" is neither True nor False.";
+        }
+    }
+    // Lines 2 and 3 before the lists, so that the first bad line is named.
+    v.lists.clear();
+    if (auto r = editor.check()) {
+        if (r->field == Field::ReportValue) return lineLabel(2, u"report value") + r->message;
+        if (r->field == Field::Rate) return lineLabel(3, u"rate") + r->message;
+        return r->message;
+    }
+    if (Failure f = takeLists(fields, editor)) return f;
+    if (!saveValues(s, editor)) return Str(u"The settings could not be saved.");
+    return std::nullopt;
+}
+
+}  // namespace hb::settingsapp
