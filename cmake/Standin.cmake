@@ -1,0 +1,29 @@
+# The stand-in Outlook (included at the end of cmake/Windows.cmake):
+#
+#   hb_standin       standin/*.cpp: a Windows program that loads HBAddin.dll
+#                    through its registration, as Outlook does, and drives it
+#                    with the simulated Outlook served over real COM
+#   hb_standintests  tests/win/Standin*WinTest.cpp alone, for quick runs (the
+#                    same tests are part of hb_wintests)
+set(hb_standin_rc ${CMAKE_BINARY_DIR}/generated/hb_standin.rc)
+# The host serves Office's task pane factory from HBAddin's type library.
+file(WRITE ${hb_standin_rc} "1 TYPELIB \"HBAddin.tlb\"\n")
+set_source_files_properties(${hb_standin_rc} PROPERTIES OBJECT_DEPENDS ${hb_gen}/HBAddin.tlb)
+file(GLOB hb_standin_srcs CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/standin/*.cpp)
+add_executable(hb_standin ${hb_standin_srcs} ${hb_standin_rc} $<TARGET_OBJECTS:hb_sim>)
+target_include_directories(hb_standin PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}
+                           ${PROJECT_SOURCE_DIR}/tests
+                           ${hb_gen})
+target_link_libraries(hb_standin PRIVATE hb_win32 hbcore ${HB_WIN_LIBS})
+target_link_options(hb_standin PRIVATE -municode)
+add_dependencies(hb_standin hb_idl)
+
+if(HB_WIN_TESTS)
+  file(GLOB hb_standintest_srcs CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/win/Standin*WinTest.cpp)
+  if(hb_standintest_srcs)
+    add_executable(hb_standintests ${hb_standintest_srcs})
+    target_include_directories(hb_standintests PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}
+                               ${PROJECT_SOURCE_DIR}/tests ${hb_gen})
+    target_link_libraries(hb_standintests PRIVATE hb_win32 hbcore gtest gtest_main ${HB_WIN_LIBS})
+  endif()
+endif()

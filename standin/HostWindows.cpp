@@ -1,0 +1,318 @@
+#include "standin/HostWindows.h"
+
+#include <cstdio>
+
+#include "common/AutomationError.h"
+#include "common/Constants.h"
+#include "sim/Scenario.h"
+#include "win/com/ComVariant.h"
+#include "win/com/DispatchClient.h"
+
+namespace standin {
+
+namespace {
+
+constexpr wchar_t kFrameClass[] = L"HbStandinFrame";
+constexpr wchar_t kPaneClass[] = L"HbStandinPane";
+constexpr int kBarHeight = 28;
+
+using AtlAxWinInitFn = BOOL(WINAPI*)();
+using AtlAxCreateControlExFn = HRESULT(WINAPI*)(LPCOLESTR, HWND, IStream*, IUnknown**, IUnknown**,
+                                                REFIID, IUnknown*);
+
+template <class F>
+F procedure(HMODULE module, const char* name) {
+    return module ? reinterpret_cast<F>(reinterpret_cast<void (*)()>(GetProcAddress(module, name)))
+                  : nullptr;
+}
+
+void registerClasses() {
+    static bool done = false;
+    if (done) return;
+    done = true;
+    for (const wchar_t* name : {kFrameClass, kPaneClass}) {
+        WNDCLASSW wc{};
+        wc.lpfnWndProc = DefWindowProcW;
+        wc.hInstance = GetModuleHandleW(nullptr);
+        wc.hCursor = LoadCursor(nullptr, IDC_ARROW);
+        wc.hbrBackground = reinterpret_cast<HBRUSH>(COLOR_BTNFACE + 1);
+        wc.lpszClassName = name;
+        RegisterClassW(&wc);
+    }
+}
+
+HWND makeChild(const wchar_t* cls, const std::wstring& text, DWORD style, int x, int y, int w,
+               int h, HWND parent) {
+    HWND hwnd = CreateWindowExW(0, cls, text.c_str(), WS_CHILD | WS_VISIBLE | style, x, y, w, h,
+                                parent, nullptr, GetModuleHandleW(nullptr), nullptr);
+    SendMessageW(hwnd, WM_SETFONT, reinterpret_cast<WPARAM>(GetStockObject(DEFAULT_GUI_FONT)),
+                 TRUE);
+    return hwnd;
+}
+
+// "Mon 06.05.2024 09:00-10:00", in a fixed form: the screenshots do not
+// depend on the prefix's locale.
+std::wstring timeText(const sim::Item& item) {
+    SYSTEMTIME from{}, to{};
+    VariantTimeToSystemTime(item.start.days, &from);
+    VariantTimeToSystemTime(item.end.days, &to);
+    static const wchar_t* days[] = {L"Sun", L"Mon", L"Tue", L"Wed", L"Thu", L"Fri", L"Sat"};
+    wchar_t text[64];
+    swprintf(text, 64, L"%ls %02u.%02u.%04u %02u:%02u-%02u:%02u", days[from.wDayOfWeek % 7],
+             from.wDay, from.wMonth, from.wYear, from.wHour, from.wMinute, to.wHour, to.wMinute);
+    return text;
+}
+
+BOOL CALLBACK collectCombos(HWND hwnd, LPARAM list) {
+    wchar_t cls[32] = {};
+    GetClassNameW(hwnd, cls, 32);
+    if (_wcsicmp(cls, L"ComboBox") == 0)
+        reinterpret_cast<std::vector<HWND>*>(list)->push_back(hwnd);
+    return TRUE;
+}
+
+}  // namespace
+
+HostWindows::HostWindows(sim::Outlook& outlook) : outlook_(outlook) {
+    registerClasses();
+    atl_ = LoadLibraryW(L"atl.dll");
+    if (auto init = procedure<AtlAxWinInitFn>(atl_, "AtlAxWinInit")) init();
+}
+
+HostWindows::~HostWindows() {
+    for (auto& [window, shown] : shown_)
+        DestroyWindow(shown.frame);
+    for (auto& [control, hwnd] : controls_)
+        if (IsWindow(hwnd)) DestroyWindow(hwnd);
+    pumpMessages();
+    // atl.dll stays loaded: controls it hosted may still be unwinding.
+}
+
+hb::ObjectPtr HostWindows::createControl(const std::wstring& progId) {
+    auto create = procedure<AtlAxCreateControlExFn>(atl_, "AtlAxCreateControlEx");
+    if (!create) hb::raise(429, u"ActiveX component can't create object (no ATL container)");
+    HWND host = CreateWindowExW(0, kPaneClass, L"", WS_POPUP | WS_CLIPCHILDREN, 0, 0, 300, 600,
+                                nullptr, nullptr, GetModuleHandleW(nullptr), nullptr);
+    hb::com::ComPtr<IUnknown> container, control;
+    const HRESULT hr =
+        create(progId.c_str(), host, nullptr, container.put(), control.put(), IID_NULL, nullptr);
+    hb::com::ComPtr<IDispatch> dispatch = control.as<IDispatch>();
+    if (FAILED(hr) || !dispatch) {
+        DestroyWindow(host);
+        hb::com::raiseFailure(FAILED(hr) ? hr : E_NOINTERFACE, nullptr);
+    }
+    hb::ObjectPtr object = hb::com::DispatchClient::wrap(dispatch.get());
+    controls_[object.get()] = host;
+    return object;
+}
+
+HWND HostWindows::windowOf(const sim::Window& window) const {
+    auto it = shown_.find(&window);
+    return it == shown_.end() ? nullptr : it->second.frame;
+}
+
+HWND HostWindows::paneWindowOf(const sim::CustomTaskPane& pane) const {
+    auto it = controls_.find(pane.content.get());
+    return it == controls_.end() ? nullptr : it->second;
+}
+
+void HostWindows::render() {
+    // Windows closed in the simulation go.
+    for (auto it = shown_.begin(); it != shown_.end();) {
+        bool open = false;
+        for (const auto& w : outlook_.allWindows())
+            if (w.get() == it->first && w->open) open = true;
+        if (open) {
+            ++it;
+            continue;
+        }
+        // Office destroys a closed window's panes, and with them the
+        // controls' windows (the container lets go of the control).
+        std::erase_if(controls_, [&](const auto& entry) {
+            if (!IsWindow(entry.second) || GetParent(entry.second) != it->second.frame)
+                return false;
+            DestroyWindow(entry.second);
+            return true;
+        });
+        DestroyWindow(it->second.frame);
+        it = shown_.erase(it);
+    }
+    int offset = 0;
+    for (const auto& w : outlook_.allWindows()) {
+        if (!w->open) continue;
+        Shown& shown = shown_[w.get()];
+        const std::wstring caption = hb::com::wide(w->caption());
+        if (!shown.frame) {
+            shown.frame =
+                CreateWindowExW(0, kFrameClass, caption.c_str(),
+                                WS_OVERLAPPED | WS_CAPTION | WS_THICKFRAME | WS_CLIPCHILDREN,
+                                offset, offset, sim::kWindowWidth, sim::kWindowHeight, nullptr,
+                                nullptr, GetModuleHandleW(nullptr), nullptr);
+            ShowWindow(shown.frame, SW_SHOWNORMAL);
+        }
+        offset += 40;
+        SetWindowTextW(shown.frame, caption.c_str());
+        drawBar(*w, shown);
+        drawContent(*w, shown);
+        RECT client{};
+        GetClientRect(shown.frame, &client);
+        for (const auto& pane : w->panes) {
+            HWND hwnd = paneWindowOf(*pane);
+            if (!hwnd) continue;
+            if (pane->deleted) {
+                DestroyWindow(hwnd);
+                controls_.erase(pane->content.get());
+                continue;
+            }
+            if (GetParent(hwnd) != shown.frame) {
+                SetWindowLongPtrW(hwnd, GWL_STYLE, WS_CHILD | WS_CLIPCHILDREN | WS_BORDER);
+                SetParent(hwnd, shown.frame);
+            }
+            const int width = pane->width();
+            const int top = kBarHeight;
+            MoveWindow(hwnd, client.right - width, top, width, client.bottom - top, TRUE);
+            // The control fills its container window.
+            if (HWND inner = GetWindow(hwnd, GW_CHILD))
+                MoveWindow(inner, 0, 0, width, client.bottom - top, TRUE);
+            ShowWindow(hwnd, pane->visible ? SW_SHOW : SW_HIDE);
+        }
+        if (outlook_.activeWindow() == w)
+            SetWindowPos(shown.frame, HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE);
+    }
+    pumpMessages();
+}
+
+void HostWindows::drawBar(const sim::Window& window, Shown& shown) {
+    for (HWND hwnd : shown.barControls)
+        DestroyWindow(hwnd);
+    shown.barControls.clear();
+    auto bar = sim::Scenario::bar(window, hb::kProductCaption);
+    if (!bar || bar->deleted || !bar->visible) return;
+    int x = 4;
+    for (const auto& c : bar->controls->list) {
+        if (c->deleted || !c->visible) continue;
+        if (c->isComboBox()) {
+            const int width = c->width > 0 ? c->width : 150;
+            HWND combo = makeChild(L"ComboBox", L"", CBS_DROPDOWNLIST | WS_VSCROLL, x, 2, width,
+                                   200, shown.frame);
+            for (const hb::Str& entry : c->entries)
+                SendMessageW(combo, CB_ADDSTRING, 0,
+                             reinterpret_cast<LPARAM>(hb::com::wide(entry).c_str()));
+            SendMessageW(combo, CB_SETCURSEL, static_cast<WPARAM>(c->listIndex - 1), 0);
+            shown.barControls.push_back(combo);
+            x += width + 4;
+        } else if (c->type == sim::mso::ControlButton) {
+            const std::wstring caption = hb::com::wide(c->caption);
+            const int width = 16 + 7 * static_cast<int>(caption.size());
+            shown.barControls.push_back(makeChild(L"Button", caption, BS_PUSHBUTTON, x, 2, width,
+                                                  kBarHeight - 4, shown.frame));
+            x += width + 4;
+        }
+    }
+}
+
+void HostWindows::drawContent(const sim::Window& window, Shown& shown) {
+    RECT client{};
+    GetClientRect(shown.frame, &client);
+    const int top = kBarHeight + 4;
+    if (const auto* explorer = dynamic_cast<const sim::Explorer*>(&window)) {
+        if (!shown.content)
+            shown.content =
+                makeChild(L"ListBox", L"", WS_BORDER | WS_VSCROLL | LBS_NOINTEGRALHEIGHT, 4, top,
+                          client.right - 8, client.bottom - top - 4, shown.frame);
+        SendMessageW(shown.content, LB_RESETCONTENT, 0, 0);
+        if (!explorer->currentFolder) return;
+        for (const auto& item : explorer->currentFolder->items) {
+            std::wstring line = timeText(*item) + L"   " + hb::com::wide(item->subject);
+            if (!item->categories.empty() && item->categories.find(u'\n') == hb::Str::npos)
+                line += L"   [" + hb::com::wide(item->categories) + L"]";
+            const LRESULT at = SendMessageW(shown.content, LB_ADDSTRING, 0,
+                                            reinterpret_cast<LPARAM>(line.c_str()));
+            for (const auto& selected : explorer->selection)
+                if (selected == item) SendMessageW(shown.content, LB_SETCURSEL, at, 0);
+        }
+    } else if (const auto* inspector = dynamic_cast<const sim::Inspector*>(&window)) {
+        if (!shown.content)
+            shown.content = makeChild(L"Static", L"", SS_LEFT, 12, top + 8, 560, 120, shown.frame);
+        const sim::Item* item = inspector->currentItem.get();
+        if (!item) return;
+        const std::wstring text = L"Subject:  " + hb::com::wide(item->subject) + L"\r\nWhen:  " +
+                                  timeText(*item) + L"\r\nCategories:  " +
+                                  hb::com::wide(item->categories);
+        SetWindowTextW(shown.content, text.c_str());
+    }
+}
+
+bool HostWindows::pickInPane(const sim::CustomTaskPane& pane, int index,
+                             const std::wstring& entry) {
+    HWND host = paneWindowOf(pane);
+    if (!host) return false;
+    std::vector<HWND> combos;
+    EnumChildWindows(host, collectCombos, reinterpret_cast<LPARAM>(&combos));
+    if (index < 0 || static_cast<std::size_t>(index) >= combos.size()) return false;
+    HWND combo = combos[static_cast<std::size_t>(index)];
+    const LRESULT item = SendMessageW(combo, CB_FINDSTRINGEXACT, static_cast<WPARAM>(-1),
+                                      reinterpret_cast<LPARAM>(entry.c_str()));
+    if (item == CB_ERR) return false;
+    SendMessageW(combo, CB_SETCURSEL, static_cast<WPARAM>(item), 0);
+    // What the combo box tells its parent when the user picks with the mouse.
+    SendMessageW(GetParent(combo), WM_COMMAND, MAKEWPARAM(GetDlgCtrlID(combo), CBN_SELCHANGE),
+                 reinterpret_cast<LPARAM>(combo));
+    return true;
+}
+
+bool HostWindows::capture(HWND window, const std::wstring& path) {
+    if (!window) return false;
+    SetForegroundWindow(window);
+    BringWindowToTop(window);
+    RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW | RDW_ALLCHILDREN);
+    for (int i = 0; i < 10; ++i) {
+        pumpMessages();
+        Sleep(50);
+    }
+    // The whole window: its frame is Wine's own when the prefix's X11
+    // driver leaves windows unmanaged (there is no window manager).
+    RECT r{};
+    GetWindowRect(window, &r);
+    const int w = r.right - r.left, h = r.bottom - r.top;
+    if (w <= 0 || h <= 0) return false;
+    HDC screen = GetDC(nullptr);
+    HDC mem = CreateCompatibleDC(screen);
+    BITMAPINFO bi{};
+    bi.bmiHeader.biSize = sizeof bi.bmiHeader;
+    bi.bmiHeader.biWidth = w;
+    bi.bmiHeader.biHeight = h;
+    bi.bmiHeader.biPlanes = 1;
+    bi.bmiHeader.biBitCount = 24;
+    void* bits = nullptr;
+    HBITMAP bmp = CreateDIBSection(screen, &bi, DIB_RGB_COLORS, &bits, nullptr, 0);
+    HGDIOBJ old = SelectObject(mem, bmp);
+    BitBlt(mem, 0, 0, w, h, screen, r.left, r.top, SRCCOPY);
+    SelectObject(mem, old);
+    const DWORD stride = ((static_cast<DWORD>(w) * 3 + 3) & ~3u);
+    const DWORD size = stride * static_cast<DWORD>(h);
+    BITMAPFILEHEADER fh{};
+    fh.bfType = 0x4D42;
+    fh.bfOffBits = sizeof fh + sizeof bi.bmiHeader;
+    fh.bfSize = fh.bfOffBits + size;
+    bool ok = false;
+    if (FILE* f = _wfopen(path.c_str(), L"wb")) {
+        ok = fwrite(&fh, sizeof fh, 1, f) == 1 &&
+             fwrite(&bi.bmiHeader, sizeof bi.bmiHeader, 1, f) == 1 && fwrite(bits, size, 1, f) == 1;
+        fclose(f);
+    }
+    DeleteObject(bmp);
+    DeleteDC(mem);
+    ReleaseDC(nullptr, screen);
+    return ok;
+}
+
+void HostWindows::pumpMessages() {
+    MSG msg;
+    while (PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE)) {
+        TranslateMessage(&msg);
+        DispatchMessageW(&msg);
+    }
+}
+
+}  // namespace standin
