@@ -1,11 +1,14 @@
 #include "common/DateTime.h"
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cmath>
 #include <cstdint>
 #include <string>
 #include <vector>
+
+#include "common/Text.h"
 
 namespace hb::dt {
 
@@ -35,9 +38,6 @@ void civilFromDays(std::int64_t z, int& year, int& month, int& day) {
     year = static_cast<int>(y + (month <= 2));
 }
 
-const std::array<const char16_t*, 12> kMonths = {
-    u"January", u"February", u"March",     u"April",   u"May",      u"June",
-    u"July",    u"August",   u"September", u"October", u"November", u"December"};
 const std::array<const char16_t*, 7> kDays = {u"Sunday",   u"Monday", u"Tuesday", u"Wednesday",
                                               u"Thursday", u"Friday", u"Saturday"};
 
@@ -57,6 +57,22 @@ bool equalsNoCaseAscii(StrView a, StrView b) {
     for (std::size_t i = 0; i < a.size(); ++i)
         if (upperAscii(a[i]) != upperAscii(b[i])) return false;
     return true;
+}
+
+// The month (1-12) a word names in the locale's language: the full name,
+// the abbreviation (with its point where it has one, as "févr."), or the
+// first three or more letters of the full name, in any letter case; 0 for
+// none.
+int monthOfWord(StrView word, const Locale& loc) {
+    for (std::size_t m = 0; m < 12; ++m) {
+        const StrView full = loc.monthNames[m];
+        if (text::equalsNoCase(word, full) ||
+            text::equalsNoCase(word, loc.abbreviatedMonthNames[m]) ||
+            (word.size() >= 3 && word.size() < full.size() &&
+             text::equalsNoCase(word, full.substr(0, word.size()))))
+            return static_cast<int>(m) + 1;
+    }
+    return 0;
 }
 
 bool isLetter(char16_t c) {
@@ -207,8 +223,8 @@ Str formatPicture(const Parts& p, StrView picture, const Locale& loc) {
                 if (n <= 2) {
                     appendNumber(out, p.month, n);
                 } else {
-                    Str name = kMonths[static_cast<std::size_t>(p.month - 1)];
-                    out += n == 3 ? name.substr(0, 3) : name;
+                    const auto m = static_cast<std::size_t>(p.month - 1);
+                    out += n == 3 ? loc.abbreviatedMonthNames[m] : loc.monthNames[m];
                 }
                 break;
             case u'y':
@@ -284,11 +300,20 @@ std::optional<double> parseDate(StrView text, const Locale& loc) {
             t.kind = Token::Word;
             while (i < text.size() && isLetter(text[i]))
                 t.text += text[i++];
+            // An abbreviation written with its point ("févr.") keeps it.
+            if (i < text.size() && text[i] == u'.' &&
+                std::any_of(loc.abbreviatedMonthNames.begin(), loc.abbreviatedMonthNames.end(),
+                            [&](const Str& a) { return text::equalsNoCase(a, t.text + u'.'); })) {
+                t.text += u'.';
+                ++i;
+            }
             toks.push_back(t);
         } else if (c == tsep || c == u':' || isDateSep(c)) {
             Token t;
             t.kind = Token::Sep;
-            t.sep = (c == tsep) ? u':' : c;
+            // A point separates hours and minutes ("10.30") unless the
+            // locale writes dates with it, as the system reads times.
+            t.sep = (c == tsep || (c == u'.' && dsep != u'.')) ? u':' : c;
             toks.push_back(t);
             ++i;
         } else {
@@ -349,14 +374,7 @@ std::optional<double> parseDate(StrView text, const Locale& loc) {
                 }
                 continue;
             }
-            int found = 0;
-            for (std::size_t m = 0; m < kMonths.size(); ++m) {
-                Str full = kMonths[m];
-                if (equalsNoCaseAscii(t.text, full) ||
-                    (t.text.size() >= 3 && t.text.size() < full.size() &&
-                     equalsNoCaseAscii(t.text, StrView(full).substr(0, t.text.size()))))
-                    found = static_cast<int>(m) + 1;
-            }
+            const int found = monthOfWord(t.text, loc);
             if (!found || month) return std::nullopt;
             month = found;
         } else if (t.kind == Token::Number) {

@@ -39,8 +39,8 @@ Str formatDate(double days, const Locale& loc);
 // CDate/IsDate of a text: a date in the locale's day/month/year order (the
 // order of the short date picture; a four-digit first number is a year;
 // day and month swap when only that makes a valid date), separated by
-// "/", "-", ".", blanks or the locale's date separator, English month names
-// allowed; and/or a time "h:mm[:ss]" with an optional AM/PM designator.
+// "/", "-", ".", blanks or the locale's date separator, month names of the
+// locale's language allowed; and/or a time "h:mm[:ss]" with an optional AM/PM designator.
 // Two-digit years: 00-29 are 2000-2029, 30-99 are 1930-1999. A date of
 // two numbers without a year takes the current year.
 std::optional<double> parseDate(StrView text, const Locale& loc);

@@ -4,18 +4,17 @@
 #include <cmath>
 #include <cstdlib>
 #include <limits>
+#include <vector>
 
 namespace hb::num {
 
 namespace {
 
+// White space as the system's character types class it (C1_SPACE).
 bool isBlank(char16_t c) {
-    return c == u' ' || c == u'\t' || c == u'\r' || c == u'\n' || c == u'\v' || c == u'\f' ||
-           c == u'\u00A0';
-}
-
-bool at(StrView text, std::size_t i, const Str& token) {
-    return !token.empty() && text.substr(i, token.size()) == token;
+    return (c >= u'\t' && c <= u'\r') || c == u' ' || c == u'\u0085' || c == u'\u00A0' ||
+           c == u'\u1680' || (c >= u'\u2000' && c <= u'\u200A') || c == u'\u2028' ||
+           c == u'\u2029' || c == u'\u202F' || c == u'\u205F' || c == u'\u3000';
 }
 
 int radixDigit(char16_t c, int base) {
@@ -29,107 +28,157 @@ int radixDigit(char16_t c, int base) {
     return d < base ? d : -1;
 }
 
+// The separators and symbol of a locale as single characters (0: none),
+// the way the system's number reading compares them.
+struct Marks {
+    char16_t decimal, thousand, thousandAlt, monDecimal, monThousand;
+    const Str& currency;
+    explicit Marks(const Locale& loc)
+        : decimal(first(loc.decimalSeparator)),
+          thousand(first(loc.thousandSeparator)),
+          thousandAlt(0),
+          monDecimal(first(loc.currencyDecimalSeparator)),
+          monThousand(first(loc.currencyThousandSeparator)),
+          currency(loc.currencySymbol) {
+        if (thousand == decimal) thousand = 0;  // the decimal separator wins
+        // A no-break space as thousands separator lets an ordinary space
+        // stand for it too, since that is what people type.
+        if (thousand == u'\u00A0') thousandAlt = u' ';
+        if (loc.currencyDecimalSeparator.empty()) monDecimal = decimal;
+        if (loc.currencyThousandSeparator.empty()) monThousand = thousand;
+    }
+    static char16_t first(const Str& s) { return s.empty() ? char16_t(0) : s[0]; }
+    bool isDecimal(char16_t c) const { return c == decimal || c == monDecimal; }
+    bool isThousand(char16_t c) const {
+        return (thousand && c == thousand) || (thousandAlt && c == thousandAlt) ||
+               (monThousand && c == monThousand);
+    }
+};
+
 }  // namespace
 
 std::optional<Parsed> parse(StrView text, const Locale& loc) {
+    const Marks mk(loc);
     Parsed p;
-    std::size_t i = 0, n = text.size();
-    // Blanks that are the thousands separator are not skipped at the ends.
-    auto blank = [&](std::size_t k) {
-        return isBlank(text[k]) && !(loc.thousandSeparator.size() == 1 &&
-                                     text[k] == loc.thousandSeparator[0] && text[k] != u' ');
+    std::size_t i = 0;
+    const std::size_t n = text.size();
+    auto symbolAt = [&](std::size_t k) {
+        return !mk.currency.empty() && text.substr(k, mk.currency.size()) == mk.currency;
     };
-    while (i < n && blank(i))
-        ++i;
-    while (n > i && blank(n - 1))
-        --n;
-    text = text.substr(0, n);
-    if (i >= n) return std::nullopt;
 
-    bool paren = false;
-    if (text[i] == u'(') {
-        paren = true;
-        ++i;
-        while (i < n && isBlank(text[i]))
-            ++i;
-        if (i >= n || text[n - 1] != u')') return std::nullopt;
-        --n;
-        while (n > i && isBlank(text[n - 1]))
-            --n;
-        text = text.substr(0, n);
-    }
-    if (i < n && (text[i] == u'+' || text[i] == u'-')) {
-        p.negative = text[i] == u'-';
-        ++i;
-        while (i < n && isBlank(text[i]))
-            ++i;
-    }
-    if (paren) {
-        if (p.negative) return std::nullopt;  // "(-1)" is no number
-        p.negative = true;
-    }
-    if (i >= n) return std::nullopt;
-
-    if (text[i] == u'&') {
-        int base = 8;
-        ++i;
-        if (i < n && (text[i] == u'H' || text[i] == u'h')) {
-            base = 16;
-            ++i;
-        } else if (i < n && (text[i] == u'O' || text[i] == u'o')) {
-            ++i;
-        }
-        if (i >= n) return std::nullopt;
-        p.radix = true;
-        std::uint64_t v = 0;
-        bool overflow = false;
-        for (; i < n; ++i) {
-            int d = radixDigit(text[i], base);
-            if (d < 0) return std::nullopt;
-            if (v > (std::numeric_limits<std::uint64_t>::max() - d) / base) overflow = true;
-            v = v * base + d;
-        }
-        p.radixValue = overflow ? std::numeric_limits<std::uint64_t>::max() : v;
-        return p;
-    }
-
-    std::string digits;
-    int fracDigits = 0;
-    bool anyDigit = false, inFraction = false;
-    for (; i < n; ++i) {
-        char16_t c = text[i];
-        if (c >= u'0' && c <= u'9') {
-            digits += static_cast<char>(c);
-            anyDigit = true;
-            if (inFraction) ++fracDigits;
-        } else if (!inFraction && at(text, i, loc.decimalSeparator)) {
+    // Signs, an opening parenthesis, the currency symbol and blanks before
+    // the number, each sign and symbol at most once, in any order.
+    bool plus = false, minus = false, paren = false, currency = false, inFraction = false;
+    while (i < n) {
+        const char16_t c = text[i];
+        if (mk.isDecimal(c)) {
+            if (c != mk.decimal) currency = true;
             inFraction = true;
-            i += loc.decimalSeparator.size() - 1;
-        } else if (!inFraction && anyDigit && at(text, i, loc.thousandSeparator)) {
-            i += loc.thousandSeparator.size() - 1;
+            ++i;
+            break;
+        }
+        if (isBlank(c)) {
+            ++i;
+        } else if (mk.isThousand(c)) {
+            return std::nullopt;  // no separator before the first digit
+        } else if (c == u'+' && !plus) {
+            plus = true;
+            ++i;
+        } else if (c == u'-' && !minus) {
+            minus = true;
+            ++i;
+        } else if (!currency && symbolAt(i)) {
+            currency = true;
+            i += mk.currency.size();
+        } else if (c == u'(' && !paren) {
+            paren = true;
+            ++i;
         } else {
             break;
         }
     }
+
+    std::string digits;
+    long fracDigits = 0, exponent = 0;
+    bool anyDigit = false;
+    int base = 10;
+    if (!currency && !inFraction && i + 1 < n && text[i] == u'&') {
+        const char16_t k = text[i + 1];
+        if (k == u'H' || k == u'h') base = 16;
+        if (k == u'O' || k == u'o') base = 8;
+        if (base != 10) i += 2;
+    }
+    if (base != 10) {
+        p.radix = true;
+        std::uint64_t v = 0;
+        bool overflow = false;
+        for (int d; i < n && (d = radixDigit(text[i], base)) >= 0; ++i) {
+            anyDigit = true;
+            if (v > (std::numeric_limits<std::uint64_t>::max() - d) / base) overflow = true;
+            v = v * base + d;
+        }
+        p.radixValue = overflow ? std::numeric_limits<std::uint64_t>::max() : v;
+    } else {
+        bool hasExponent = false;
+        while (i < n) {
+            const char16_t c = text[i];
+            if (c >= u'0' && c <= u'9') {
+                digits += static_cast<char>(c);
+                anyDigit = true;
+                if (inFraction) ++fracDigits;
+                ++i;
+            } else if (anyDigit && mk.isThousand(c)) {
+                ++i;  // anywhere after the first digit, fraction included
+            } else if (mk.isDecimal(c) && !inFraction && !hasExponent) {
+                if (c != mk.decimal) currency = true;
+                inFraction = true;
+                ++i;
+            } else if ((c == u'E' || c == u'e') && !hasExponent && !currency) {
+                hasExponent = true;
+                ++i;
+                bool eneg = false, expDigit = false;
+                for (; i < n && (text[i] == u'+' || text[i] == u'-'); ++i)
+                    eneg = eneg || text[i] == u'-';
+                for (; i < n && text[i] >= u'0' && text[i] <= u'9'; ++i) {
+                    expDigit = true;
+                    if (exponent < 100000) exponent = exponent * 10 + (text[i] - u'0');
+                }
+                if (!expDigit) return std::nullopt;
+                if (eneg) exponent = -exponent;
+            } else {
+                break;
+            }
+        }
+    }
     if (!anyDigit) return std::nullopt;
 
-    long exponent = 0;
-    if (i < n && (text[i] == u'E' || text[i] == u'e' || text[i] == u'D' || text[i] == u'd')) {
-        ++i;
-        bool eneg = false;
-        if (i < n && (text[i] == u'+' || text[i] == u'-')) {
-            eneg = text[i] == u'-';
+    // Separators, blanks, a sign not given before, the closing parenthesis
+    // and the currency symbol after the number ("3-", "12,50 €").
+    bool closed = false;
+    while (i < n) {
+        const char16_t c = text[i];
+        if (mk.isThousand(c)) {
+            if (p.radix) break;  // not even as a blank after "&H" digits
             ++i;
+        } else if (isBlank(c)) {
+            ++i;
+        } else if (c == u'+' && !plus) {
+            ++i;
+        } else if (c == u'-' && !minus) {
+            p.negative = true;
+            ++i;
+        } else if (c == u')' && paren) {
+            closed = true;
+            ++i;
+        } else if (!p.radix && symbolAt(i)) {
+            i += mk.currency.size();
+        } else {
+            break;
         }
-        bool expDigit = false;
-        for (; i < n && text[i] >= u'0' && text[i] <= u'9'; ++i) {
-            expDigit = true;
-            if (exponent < 100000) exponent = exponent * 10 + (text[i] - u'0');
-        }
-        if (!expDigit) return std::nullopt;
-        if (eneg) exponent = -exponent;
     }
-    if (i != n) return std::nullopt;
+    if (i != n || (paren && !closed)) return std::nullopt;
+    p.negative = p.negative || minus || paren;
+    if (p.radix) return p;
 
     std::size_t lead = digits.find_first_not_of('0');
     if (lead == std::string::npos) {
@@ -204,12 +253,54 @@ std::optional<double> toDouble(const Parsed& p) {
         double d = static_cast<double>(p.radixValue);
         return p.negative ? -d : d;
     }
-    if (p.digits.empty()) return 0.0;
+    if (p.digits.empty()) return p.negative ? -0.0 : 0.0;
     std::string s = p.digits + "e" + std::to_string(p.exp10);
     errno = 0;
     double d = std::strtod(s.c_str(), nullptr);
     if (std::isinf(d)) return std::nullopt;
     return p.negative ? -d : d;
+}
+
+Parsed fromDouble(double d) {
+    Parsed p;
+    p.negative = std::signbit(d);
+    int e2 = 0;
+    const double m = std::frexp(std::fabs(d), &e2);  // |d| = m x 2^e2, 0.5 <= m < 1
+    auto mant = static_cast<std::uint64_t>(std::ldexp(m, 53));
+    e2 -= 53;
+    if (mant == 0) return p;
+    while ((mant & 1) == 0) {
+        mant >>= 1;
+        ++e2;
+    }
+    // |d| = mant x 2^e2 = mant x 5^-e2 / 10^-e2 when e2 < 0: the digits
+    // are those of an integer kept in base 10^9 pieces, lowest first.
+    std::vector<std::uint32_t> big;
+    for (std::uint64_t v = mant; v; v /= 1000000000u)
+        big.push_back(static_cast<std::uint32_t>(v % 1000000000u));
+    const std::uint32_t factor = e2 < 0 ? 5 : 2;
+    for (int k = 0; k < std::abs(e2); ++k) {
+        std::uint64_t carry = 0;
+        for (auto& limb : big) {
+            const std::uint64_t x = std::uint64_t{limb} * factor + carry;
+            limb = static_cast<std::uint32_t>(x % 1000000000u);
+            carry = x / 1000000000u;
+        }
+        if (carry) big.push_back(static_cast<std::uint32_t>(carry));
+    }
+    std::string digits = std::to_string(big.back());
+    for (std::size_t k = big.size() - 1; k-- > 0;) {
+        std::string limb = std::to_string(big[k]);
+        digits += std::string(9 - limb.size(), '0') + limb;
+    }
+    int exp10 = e2 < 0 ? e2 : 0;
+    while (digits.back() == '0') {
+        digits.pop_back();
+        ++exp10;
+    }
+    p.digits = std::move(digits);
+    p.exp10 = exp10;
+    return p;
 }
 
 }  // namespace hb::num

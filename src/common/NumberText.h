@@ -1,9 +1,12 @@
 #pragma once
-// Numbers in text as the automation run time reads them (the parser behind
-// CInt, CLng, CCur, CDbl, CBool and IsNumeric): blanks around, a leading sign
-// (or parentheses for a negative value), thousands separators in the
-// integral part, the locale's decimal separator, an exponent ("1E3", "1D3"),
-// and the "&H" (hexadecimal) and "&O" or "&" (octal) prefixes.
+// Numbers in text as the system's automation conversions read them (the
+// parser behind CInt, CLng, CCur, CDbl, CBool and IsNumeric): blanks around;
+// a sign before or after the number (or parentheses for a negative value);
+// the locale's currency symbol before or after it; thousands separators
+// anywhere after the first digit (an ordinary space where the locale's
+// separator is a no-break space); the locale's decimal separator (or its
+// monetary one); an exponent ("1E3"); and the "&H" (hexadecimal) and "&O"
+// (octal) prefixes.
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -34,6 +37,9 @@ std::optional<std::int64_t> toScaledInteger(const Parsed& p, int decimals);
 
 // The nearest double; nullopt when out of range.
 std::optional<double> toDouble(const Parsed& p);
+
+// The exact decimal value of a finite double (every double has one).
+Parsed fromDouble(double d);
 
 bool isZero(const Parsed& p);
 

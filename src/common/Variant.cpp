@@ -28,12 +28,14 @@ const T& as(const Variant& v) {
 constexpr double kMinDate = -657434.0;  // 1 January 100
 constexpr double kMaxDate = 2958466.0;  // 1 January 10000 (exclusive)
 
-// Rounds half to even, as the run time's integer conversions do.
-// Independent of the floating-point rounding mode.
+// Rounds half to even, as the run time's integer conversions do: decided on
+// the double's exact value (floor and the difference to it are exact), not
+// through the C library's round, whose results differ between run times.
 double roundHalfEven(double v) {
-    double r = std::round(v);  // half away from zero
-    if (std::fabs(v - std::trunc(v)) == 0.5) r = 2.0 * std::round(v / 2.0);
-    return r;
+    const double whole = std::floor(v);
+    const double frac = v - whole;
+    if (frac > 0.5 || (frac == 0.5 && std::fmod(whole, 2.0) != 0.0)) return whole + 1.0;
+    return whole;
 }
 
 std::int64_t doubleToInteger(double v, double lo, double hi) {
@@ -191,10 +193,14 @@ Str currencyText(Currency c, const Locale& loc) {
     return out;
 }
 
+// The double's exact value rounded half to even to four decimals, as the
+// system converts; d x 10000 in floating point would round first
+// (922337203685477 would come out as ...476.9664).
 Currency doubleToCurrency(double d) {
-    double r = roundHalfEven(d * 10000.0);
-    if (!(r >= -9223372036854775808.0 && r < 9223372036854775808.0)) raise(err::Overflow);
-    return Currency{static_cast<std::int64_t>(r)};
+    if (!std::isfinite(d)) raise(err::Overflow);
+    auto x = num::toScaledInteger(num::fromDouble(d), 4);
+    if (!x) raise(err::Overflow);
+    return Currency{*x};
 }
 
 Date checkedDate(double days) {

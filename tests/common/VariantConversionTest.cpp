@@ -170,7 +170,7 @@ TEST(CDbl, Conversions) {
     EXPECT_EQ(S(u"1234,5").toDouble(german()), 1234.5);
     EXPECT_EQ(S(u"1.234,5").toDouble(german()), 1234.5);
     EXPECT_EQ(S(u"1234.5").toDouble(german()), 12345.0);  // "." groups thousands there
-    EXPECT_RAISES(S(u"1,2.3").toDouble(german()), 13);
+    EXPECT_EQ(S(u"1,2.3").toDouble(german()), 1.23);  // separators after the point too
     EXPECT_RAISES(S(u"1E400").toDouble(), 6);
     EXPECT_RAISES(S(u"x1").toDouble(), 13);
     EXPECT_RAISES(Variant::null().toDouble(), 94);
@@ -407,7 +407,8 @@ TEST(IsNumeric, Texts) {
     EXPECT_FALSE(isNumeric(S(u",5")));
     EXPECT_TRUE(isNumeric(S(u"1,5"), german()));
     EXPECT_TRUE(isNumeric(S(u"1.000,5"), german()));
-    EXPECT_FALSE(isNumeric(S(u"1,000.5"), german()));
+    EXPECT_TRUE(isNumeric(S(u"1,000.5"), german()));  // 1.0005: "." groups digits there
+    EXPECT_FALSE(isNumeric(S(u"1,000,5"), german()));
 }
 
 TEST(IsDate, Values) {
@@ -418,10 +419,109 @@ TEST(IsDate, Values) {
     EXPECT_FALSE(isDate(S(u"abc")));
     EXPECT_FALSE(isDate(Variant(1.0)));
     EXPECT_FALSE(isDate(Variant()));
-    EXPECT_TRUE(isDate(S(u"31.12.2024")));  // "." separates dates too; day and month swap
+    // A point separates dates only where the locale writes them with it;
+    // elsewhere it separates hours and minutes ("10.30"), as the system reads.
+    EXPECT_FALSE(isDate(S(u"31.12.2024")));
+    EXPECT_EQ(S(u"10.30").toDate().days, dt::timeFraction(10, 30, 0));
     EXPECT_TRUE(isDate(S(u"31.12.2024"), german()));
 }
 
+// The user's own regional settings as the system reports them (checked
+// against oleaut32 under Wine by tests/win/ConversionOracleWinTest.cpp,
+// which covers these and many more in every locale there).
+Locale germany() {
+    Locale l = german();
+    l.currencySymbol = u"\u20AC";
+    l.currencyDecimalSeparator = u",";
+    l.currencyThousandSeparator = u".";
+    l.shortDate = u"dd.MM.yyyy";
+    l.monthNames = {u"Januar", u"Februar", u"M\u00E4rz", u"April",   u"Mai",      u"Juni",
+                    u"Juli",   u"August",  u"September", u"Oktober", u"November", u"Dezember"};
+    l.abbreviatedMonthNames = {u"Jan", u"Feb", u"M\u00E4r", u"Apr", u"Mai", u"Jun",
+                               u"Jul", u"Aug", u"Sep",      u"Okt", u"Nov", u"Dez"};
+    return l;
+}
+
+Locale france() {
+    Locale l = germany();
+    l.thousandSeparator = l.currencyThousandSeparator = u"\u00A0";
+    l.shortDate = u"dd/MM/yyyy";
+    l.monthNames = {u"janvier",   u"f\u00E9vrier", u"mars",     u"avril",
+                    u"mai",       u"juin",         u"juillet",  u"ao\u00FBt",
+                    u"septembre", u"octobre",      u"novembre", u"d\u00E9cembre"};
+    l.abbreviatedMonthNames = {u"janv.", u"f\u00E9vr.", u"mars",  u"avr.", u"mai",  u"juin",
+                               u"juil.", u"ao\u00FBt",  u"sept.", u"oct.", u"nov.", u"d\u00E9c."};
+    return l;
+}
+
+TEST(Conversions, AsTheSystemReadsUserInput) {
+    const Locale en = Locale::enUS(), de = germany(), fr = france();
+    struct Case {
+        const char16_t* text;
+        const Locale* loc;
+        std::int64_t currency;  // x 10000; INT64_MIN: type mismatch
+    };
+    constexpr std::int64_t kMismatch = std::numeric_limits<std::int64_t>::min();
+    const Case cases[] = {
+        {u"\u20AC5", &de, 50000},
+        {u"12,50 \u20AC", &de, 125000},
+        {u"12,50\u20AC", &fr, 125000},
+        {u"$5", &en, 50000},
+        {u"5 $", &en, 50000},
+        {u"$5", &de, kMismatch},
+        {u"\u20AC5", &en, kMismatch},
+        {u"1 000,5", &fr, 10005000},
+        {u"1\u00A0000,5", &fr, 10005000},
+        {u"1 000,5", &de, kMismatch},
+        {u"3-", &en, -30000},
+        {u"3 -", &de, -30000},
+        {u"(3-)", &en, -30000},
+        {u"(-3)", &en, -30000},
+        {u"1,000.5", &en, 10005000},
+        {u"1.000,5", &de, 10005000},
+        {u"1,5.25", &de, 15250},
+        {u"1D3", &en, kMismatch},
+        {u"&17", &en, kMismatch},
+        {u"$1E3", &en, kMismatch},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(toUtf8(c.text));
+        if (c.currency == kMismatch) {
+            EXPECT_RAISES(S(c.text).toCurrency(*c.loc), 13);
+            EXPECT_FALSE(isNumeric(S(c.text), *c.loc));
+        } else {
+            EXPECT_EQ(S(c.text).toCurrency(*c.loc).scaled, c.currency);
+            EXPECT_EQ(S(c.text).toDouble(*c.loc), static_cast<double>(c.currency) / 10000);
+        }
+    }
+    // Month names in the user's language, the abbreviation with its point.
+    const double may5 = dt::serial(2001, 5, 5), feb1 = dt::serial(2001, 2, 1);
+    EXPECT_EQ(S(u"5. Mai 2001").toDate(de).days, may5);
+    EXPECT_EQ(S(u"5-MAI-2001").toDate(de).days, may5);
+    EXPECT_EQ(S(u"1 M\u00E4rz 2001").toDate(de).days, dt::serial(2001, 3, 1));
+    EXPECT_EQ(S(u"1 f\u00E9vrier 2001").toDate(fr).days, feb1);
+    EXPECT_EQ(S(u"1 f\u00E9vr. 2001").toDate(fr).days, feb1);
+    EXPECT_EQ(S(u"1 February 2001").toDate(en).days, feb1);
+    EXPECT_EQ(S(u"1 feb 2001").toDate(en).days, feb1);
+    EXPECT_RAISES(S(u"1 February 2001").toDate(de), 13);  // not the user's language
+    EXPECT_RAISES(S(u"1 fevrier 2001").toDate(fr), 13);   // nor without its accent
+}
+
+TEST(Conversions, RoundingIsExactBankersRounding) {
+    // 0.49999999999999994 is just below one half: a rounding that adds 0.5
+    // first (some C libraries' round) makes it 1.
+    EXPECT_EQ(Variant(0.49999999999999994).toInteger(), 0);
+    EXPECT_EQ(Variant(-0.49999999999999994).toLong(), 0);
+    EXPECT_EQ(Variant(0.5000000000000001).toInteger(), 1);
+    // Currency rounds the double's exact value to four decimals: no
+    // rounding of value x 10000 on the way.
+    EXPECT_EQ(Variant(922337203685477.0).toCurrency().scaled, 9223372036854770000);
+    EXPECT_EQ(Variant(0.00025).toCurrency().scaled, 3);  // a little above 0.00025
+    EXPECT_EQ(Variant(0.00015).toCurrency().scaled, 1);  // a little below 0.00015
+    EXPECT_EQ(Variant(-2.5).toCurrency().scaled, -25000);
+    EXPECT_RAISES(Variant(922337203685477.625).toCurrency(), 6);
+    EXPECT_RAISES(Variant(std::numeric_limits<double>::infinity()).toCurrency(), 6);
+}
 TEST(Locale, CurrentIsPerThreadAndSettable) {
     EXPECT_EQ(Locale::current().decimalSeparator, u".");
     Locale::setCurrent(german());

@@ -23,7 +23,12 @@ constexpr std::int32_t kErrorKeyDeleted = 1018;
 // GetLocaleInfo items answered besides LOCALE_SLIST.
 constexpr std::uint32_t kLocaleSDecimal = 0x0E;
 constexpr std::uint32_t kLocaleSThousand = 0x0F;
+constexpr std::uint32_t kLocaleSCurrency = 0x14;
+constexpr std::uint32_t kLocaleSMonDecimalSep = 0x16;
+constexpr std::uint32_t kLocaleSMonThousandSep = 0x17;
 constexpr std::uint32_t kLocaleSShortDate = 0x1F;
+constexpr std::uint32_t kLocaleSMonthName1 = 0x38;
+constexpr std::uint32_t kLocaleSAbbrevMonthName1 = 0x44;
 constexpr std::uint32_t kLocaleS1159 = 0x28;
 constexpr std::uint32_t kLocaleS2359 = 0x29;
 constexpr std::uint32_t kLocaleSTimeFormat = 0x1003;
@@ -554,6 +559,15 @@ std::int32_t MemoryPlatform::localeInfo(std::uint32_t lcid, std::uint32_t item, 
         case kLocaleSThousand:
             out = userLocale_.thousandSeparator;
             break;
+        case kLocaleSCurrency:
+            out = userLocale_.currencySymbol;
+            break;
+        case kLocaleSMonDecimalSep:
+            out = userLocale_.currencyDecimalSeparator;
+            break;
+        case kLocaleSMonThousandSep:
+            out = userLocale_.currencyThousandSeparator;
+            break;
         case kLocaleSShortDate:
             out = userLocale_.shortDate;
             break;
@@ -567,7 +581,13 @@ std::int32_t MemoryPlatform::localeInfo(std::uint32_t lcid, std::uint32_t item, 
             out = userLocale_.pmDesignator;
             break;
         default:
-            return 0;
+            if ((item & 0xFFFF) >= kLocaleSMonthName1 && (item & 0xFFFF) < kLocaleSMonthName1 + 12)
+                out = userLocale_.monthNames[(item & 0xFFFF) - kLocaleSMonthName1];
+            else if ((item & 0xFFFF) >= kLocaleSAbbrevMonthName1 &&
+                     (item & 0xFFFF) < kLocaleSAbbrevMonthName1 + 12)
+                out = userLocale_.abbreviatedMonthNames[(item & 0xFFFF) - kLocaleSAbbrevMonthName1];
+            else
+                return 0;
     }
     return static_cast<std::int32_t>(out.size() + 1);
 }

@@ -47,6 +47,10 @@ class Win32Platform : public Platform {
     ModuleVersion addinVersion() override;
     double now() override;
 
+    // The regional settings of a locale (LOCALE_USER_DEFAULT: the user's), as
+    // GetLocaleInfo gives them; English (United States) for what it does not.
+    Locale localeOf(std::uint32_t lcid);
+
     // The module the platform reports on (an HMODULE).
     void* module() const { return module_; }
     // The full path of that module's file.
