@@ -59,7 +59,12 @@ char16_t lowerChar(char16_t c) {
     return c;
 }
 
+// Letter case folded for comparison as the system compares text without
+// regard to case outside Turkish: the dotted capital I (U+0130) and the
+// dotless small i (U+0131) are letters of their own, not I or i, so "İ" and
+// "ı" match neither "I" nor "i" (nor each other); so is the long s (U+017F).
 char16_t foldChar(char16_t c) {
+    if (c == u'\u0130' || c == u'\u0131' || c == u'\u017F') return c;
     return lowerChar(upperChar(c));
 }
 

@@ -127,6 +127,15 @@ TEST(Case, UpperLowerFold) {
     EXPECT_FALSE(text::equalsNoCase(u"a", u"ab"));
     EXPECT_FALSE(text::equalsNoCase(u"a", u"b"));
     EXPECT_EQ(text::foldCase(u"AbC"), text::foldCase(u"aBc"));
+    // Turkish dotted and dotless I are letters of their own: a list entry
+    // "Işık" is not "ISIK", "İzmir" is not "izmir" (the system's comparison
+    // outside Turkish agrees: tests/win/TextCompareWinTest.cpp).
+    EXPECT_FALSE(text::equalsNoCase(u"I\u015F\u0131k", u"ISIK"));
+    EXPECT_FALSE(text::equalsNoCase(u"\u0130zmir", u"izmir"));
+    EXPECT_FALSE(text::equalsNoCase(u"\u0130", u"\u0131"));
+    EXPECT_TRUE(text::equalsNoCase(u"I\u015F\u0131k", u"i\u015E\u0131K"));
+    EXPECT_EQ(text::find(u"PIZZA \u0130zmir", u"izmir", text::Compare::Text), 0);
+    EXPECT_EQ(text::find(u"PIZZA \u0130zmir", u"pizza", text::Compare::Text), 1);
 }
 
 TEST(Misc, AscAndRepeat) {
