@@ -133,7 +133,7 @@ class EnumVariant : public ComObject<EnumVariant, IEnumVARIANT> {
         return n == count ? S_OK : S_FALSE;
     }
     STDMETHODIMP Skip(ULONG count) override {
-        position_ = std::min(items_->size(), position_ + count);
+        position_ = std::min<std::size_t>(items_->size(), position_ + count);
         return position_ < items_->size() ? S_OK : S_FALSE;
     }
     STDMETHODIMP Reset() override {
