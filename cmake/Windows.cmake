@@ -158,6 +158,13 @@ target_link_libraries(hb_wintests PRIVATE hb_win32 hbcore gtest gtest_main ${HB_
 set_target_properties(hb_wintests PROPERTIES CROSSCOMPILING_EMULATOR ${HB_WINE_RUN})
 add_dependencies(hb_wintests HBAddin)  # the tests load HBAddin.dll from their own folder
 
+# ---------------------------------------------------------------- hb_winbench
+# The COM layer's costs under Wine (built with the tests, run by hand).
+add_executable(hb_winbench ${PROJECT_SOURCE_DIR}/bench/win/hb_winbench.cpp)
+target_include_directories(hb_winbench PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}
+                           ${PROJECT_SOURCE_DIR}/tests/win ${hb_gen})
+target_link_libraries(hb_winbench PRIVATE hb_win32 hbcore ${HB_WIN_LIBS})
+
 # ---------------------------------------------------------------- hb_selfcheck
 add_executable(hb_selfcheck ${PROJECT_SOURCE_DIR}/tests/win/selfcheck/hb_selfcheck.cpp)
 target_include_directories(hb_selfcheck PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}
