@@ -59,20 +59,6 @@ Str fromUtf16Le(const std::vector<std::uint8_t>& bytes) {
     return out;
 }
 
-// The resource bytes as ANSI text, the system code page taken as Windows-1252.
-Str fromAnsi(const std::vector<std::uint8_t>& bytes) {
-    static constexpr std::array<char16_t, 32> k80to9F = {
-        0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
-        0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
-        0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
-    Str out;
-    out.reserve(bytes.size());
-    for (std::uint8_t b : bytes) {
-        out += (b >= 0x80 && b <= 0x9F) ? k80to9F[b - 0x80] : static_cast<char16_t>(b);
-    }
-    return out;
-}
-
 // Whether the first character's ANSI code (the run time's Asc) is 63, "?".
 // The byte-order mark U+FEFF has no ANSI equivalent and so converts to "?";
 // a real "?" gives 63 as well, so a leading "?" is dropped just like the
@@ -122,7 +108,7 @@ void subReadPhrases(Session& s, std::int16_t language, bool ansi) noexcept {
     step([&] {
         auto bytes = s.platform.resource(u"CUSTOM", u"LANGUAGE");
         if (!bytes) raise(326, u"Resource with identifier 'LANGUAGE' not found");
-        strText = ansi ? fromAnsi(*bytes) : fromUtf16Le(*bytes);
+        strText = ansi ? s.platform.fromAnsi(*bytes) : fromUtf16Le(*bytes);
     });
     step([&] {
         if (firstReadsAsQuestionMark(strText)) strText = text::mid(strText, 2);

@@ -87,6 +87,9 @@ class Platform {
     virtual bool appendLine(const Str& path,
                             const Str& line) = 0;  // line + CR LF, creates the file
     virtual Str moduleFolder() = 0;  // the add-in library's folder, as the system reports it
+    // Text in the system's ANSI code page (GetACP: Windows-1252 on Western
+    // systems, 1250, 1251, 932, ... elsewhere) as UTF-16.
+    virtual Str fromAnsi(const std::vector<std::uint8_t>& bytes) = 0;
     virtual std::optional<std::vector<std::uint8_t>> resource(const Str& type, const Str& name) = 0;
 
     // Creating a scripting component (Scripting.FileSystemObject, ...):

@@ -1,5 +1,7 @@
 #include "platform/memory/MemoryPlatform.h"
 
+#include <array>
+
 #include "common/AutomationError.h"
 #include "common/DateTime.h"
 #include "common/Text.h"
@@ -422,6 +424,19 @@ bool MemoryPlatform::appendLine(const Str& path, const Str& line) {
     it->second.second += line;
     it->second.second += u"\r\n";
     return true;
+}
+
+Str MemoryPlatform::fromAnsi(const std::vector<std::uint8_t>& bytes) {
+    // Windows-1252: Latin-1 but for 0x80-0x9F.
+    static constexpr std::array<char16_t, 32> k80to9F = {
+        0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
+        0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
+        0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
+    Str out;
+    out.reserve(bytes.size());
+    for (std::uint8_t b : bytes)
+        out += (b >= 0x80 && b <= 0x9F) ? k80to9F[b - 0x80] : static_cast<char16_t>(b);
+    return out;
 }
 
 Str MemoryPlatform::moduleFolder() {

@@ -54,6 +54,8 @@ class MemoryPlatform : public Platform {
     bool createFolder(const Str& path) override;
     std::optional<Str> readTextFile(const Str& path) override;
     bool appendLine(const Str& path, const Str& line) override;
+    // Windows-1252, the code page of Western systems.
+    Str fromAnsi(const std::vector<std::uint8_t>& bytes) override;
     Str moduleFolder() override;
     std::optional<std::vector<std::uint8_t>> resource(const Str& type, const Str& name) override;
 

@@ -254,7 +254,7 @@ std::optional<Str> Win32Platform::readTextFile(const Str& path) {
         if (got == 0) break;
         bytes.append(chunk, got);
     }
-    return fromAnsi(bytes.data(), bytes.size());
+    return hb::fromAnsi(bytes.data(), bytes.size());
 }
 
 bool Win32Platform::appendLine(const Str& path, const Str& line) {
@@ -277,6 +277,10 @@ Str Win32Platform::modulePath() const {
         if (n < buffer.size()) return fromWide(buffer.data(), n);
         buffer.resize(buffer.size() * 2);
     }
+}
+
+Str Win32Platform::fromAnsi(const std::vector<std::uint8_t>& bytes) {
+    return hb::fromAnsi(reinterpret_cast<const char*>(bytes.data()), bytes.size());
 }
 
 Str Win32Platform::moduleFolder() {

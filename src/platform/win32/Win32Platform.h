@@ -30,6 +30,7 @@ class Win32Platform : public Platform {
     std::optional<Str> readTextFile(const Str& path) override;
     bool appendLine(const Str& path, const Str& line) override;
     Str moduleFolder() override;
+    Str fromAnsi(const std::vector<std::uint8_t>& bytes) override;
     std::optional<std::vector<std::uint8_t>> resource(const Str& type, const Str& name) override;
 
     bool createComponent(ScriptComponent component) override;
