@@ -260,14 +260,12 @@ TEST(Win32Platform, RunStartsAProgramWithoutWaiting) {
     DeleteFileW(wide(marker).c_str());
 }
 
-TEST(Win32Platform, ComponentsAndObjects) {
+// Objects by ProgID are covered with the dispatch client's tests.
+TEST(Win32Platform, ScriptingComponentsAreBuiltIn) {
     Win32Platform p;
     EXPECT_TRUE(p.createComponent(ScriptComponent::FileSystemObject));
     EXPECT_TRUE(p.createComponent(ScriptComponent::Dictionary));
     EXPECT_TRUE(p.createComponent(ScriptComponent::Shell));
-    // Until the IDispatch client arrives both answer Nothing.
-    EXPECT_TRUE(p.getActiveObject(u"Outlook.Application").isNothing());
-    EXPECT_TRUE(p.createObject(u"Scripting.Dictionary").isNothing());
 }
 
 TEST(Win32Platform, ModuleFolderOfTheProgramItself) {
