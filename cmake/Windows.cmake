@@ -180,9 +180,12 @@ if(HB_WINE_TESTS)
   # Each GoogleTest test is a CTest test "wine.<Suite>.<Test>", listed under
   # Wine when ctest starts (no Wine needed to build).
   gtest_discover_tests(hb_wintests TEST_PREFIX "wine." DISCOVERY_MODE PRE_TEST
-                       DISCOVERY_TIMEOUT 120 PROPERTIES LABELS wine TIMEOUT 120)
+                       DISCOVERY_TIMEOUT 120 PROPERTIES LABELS wine TIMEOUT 120
+                       RESOURCE_LOCK wineprefix)
   add_test(NAME wine.selfcheck COMMAND hb_selfcheck)
-  set_tests_properties(wine.selfcheck PROPERTIES LABELS wine TIMEOUT 120)
+  # One Wine prefix, one registry: tests that register the DLL must not
+  # overlap, so the Wine tests run one at a time.
+  set_tests_properties(wine.selfcheck PROPERTIES LABELS wine TIMEOUT 120 RESOURCE_LOCK wineprefix)
 endif()
-include(${CMAKE_CURRENT_LIST_DIR}/SettingsApp.cmake)
 include(${CMAKE_CURRENT_LIST_DIR}/Standin.cmake)
+include(${CMAKE_CURRENT_LIST_DIR}/SettingsApp.cmake)

@@ -252,3 +252,27 @@ hb_x86_wine() {
     HB_X86_WINE_WHY="${multiarch_why:+$multiarch_why; }no i386 Debian root (build/logs/x86-wine-root.log)"
     return 1
 }
+
+# Starts an Xvfb on a free display for the Windows programs that show windows
+# and message boxes, exports HB_WINE_DISPLAY for wine-run.sh, and stops it
+# when the calling script exits. Without Xvfb those tests skip.
+hb_start_display() {
+    command -v Xvfb >/dev/null 2>&1 || return 1
+    local n
+    for n in $(seq 90 120); do
+        [ -e "/tmp/.X11-unix/X$n" ] || [ -e "/tmp/.X$n-lock" ] && continue
+        Xvfb ":$n" -screen 0 1280x1024x24 -nolisten tcp >/dev/null 2>&1 &
+        HB_XVFB_PID=$!
+        local i
+        for i in $(seq 1 50); do
+            [ -e "/tmp/.X11-unix/X$n" ] && break
+            sleep 0.1
+        done
+        if kill -0 "$HB_XVFB_PID" 2>/dev/null; then
+            export HB_WINE_DISPLAY=":$n"
+            trap 'kill "$HB_XVFB_PID" 2>/dev/null' EXIT
+            return 0
+        fi
+    done
+    return 1
+}

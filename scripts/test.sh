@@ -59,6 +59,8 @@ else
     total_failed=$((total_failed + 1))
 fi
 
+hb_start_display || echo "   (no Xvfb: the Windows tests that show windows skip)"
+
 hb_say "2/3 Windows x64 build and tests under Wine (preset win64)"
 if hb_build win64; then
     run_ctest win64 win64
