@@ -7,6 +7,7 @@
 #include "common/Constants.h"
 #include "common/Text.h"
 #include "settings/cPersonalSettings.h"
+#include "settings/modRegistryEntry.h"
 
 namespace hb::settingsapp {
 
@@ -41,10 +42,32 @@ Failure takeLists(const std::vector<Str>& fields, SettingsEditor& editor) {
 
 }  // namespace
 
+namespace {
+
+// Loads the settings as the add-in does; false when not all of the store
+// was taken.
+bool load(Session& s, cPersonalSettings& settings) {
+    s.diag.blnErrorOccurred = false;
+    settings.GetValuesFromSettings();
+    // A value the add-in cannot convert ends the load there (the error is
+    // reported); a list text whose last line lacks its line break loses
+    // that line (or, with none at all, every list) without a word.
+    bool complete = !s.diag.blnErrorOccurred;
+    try {
+        const Str lists = GetSettingString(s, u"Settings", u"MetadataList", Str());
+        if (!lists.empty() && text::right(lists, 2) != kCrLf) complete = false;
+    } catch (const std::exception&) {
+        complete = false;
+    }
+    return complete;
+}
+
+}  // namespace
+
 Loaded loadValues(Session& s) {
     cPersonalSettings settings(s);
-    settings.GetValuesFromSettings();
-    return Loaded{valuesOf(settings, s.platform.userLocale()), !settings.blnLoadFailed()};
+    const bool complete = load(s, settings);
+    return Loaded{valuesOf(settings, s.platform.userLocale()), complete};
 }
 
 bool saveValues(Session& s, const SettingsEditor& editor) {
@@ -64,10 +87,7 @@ bool saveValues(Session& s, const SettingsEditor& editor) {
 
 Failure exportBody(Session& s, std::string& utf8) {
     cPersonalSettings settings(s);
-    s.diag.blnErrorOccurred = false;
-    settings.GetValuesFromSettings();
-    if (settings.blnLoadFailed() || s.diag.blnErrorOccurred)
-        return Str(u"The stored settings could not be read.");
+    if (!load(s, settings)) return Str(u"The stored settings could not all be read.");
     // The body carries the report value on one line; a connection text of
     // several lines would come back as a different text.
     Str value = settings.strReportValue;

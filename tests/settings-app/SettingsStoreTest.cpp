@@ -174,6 +174,15 @@ TEST(SettingsStoreTest, ExportAndImportRefuseWhereTheStoreCannotBeCarried) {
     env.platform.setString(kKey, u"ReportValue", u"Provider=x\r\nData Source=y");
     std::string body;
     EXPECT_TRUE(exportBody(env.s, body).has_value());
+    // A list text whose last line lacks its line break: the add-in would
+    // drop that list, and a save from here would lose it.
+    env.platform.setString(kKey, u"ReportValue", u"C:\\Data\\");
+    env.platform.setString(kKey, u"MetadataList", u"Company:Acme;\r\nPerson:Ann;");
+    EXPECT_FALSE(loadValues(env.s).complete);
+    EXPECT_TRUE(exportBody(env.s, body).has_value());
+    env.platform.setString(kKey, u"MetadataList", u"Company:Acme;\r\nPerson:Ann;\r\n");
+    EXPECT_TRUE(loadValues(env.s).complete);
+    EXPECT_FALSE(exportBody(env.s, body).has_value());
     // A stored rate the add-in cannot read: the import would replace the
     // settings after it with defaults.
     env.platform.setString(kKey, u"PersonalRate", u"lots");

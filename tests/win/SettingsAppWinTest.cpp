@@ -1,0 +1,562 @@
+// The settings dialog under Wine, driven through its controls with the
+// messages a user's clicks and keystrokes produce: what OK leaves in the
+// registry is compared with what cPersonalSettings::SaveSettings writes for
+// the same values (the registry read back through Windows itself), Cancel
+// and every refused input leave the registry as it was, and the keyboard
+// reaches every control in a sensible order. The program's command-line
+// forms run as a process, the way a script runs them: /export and /import of
+// the settings body (UTF-8), their exit codes and the reason on stderr.
+//
+// Wine draws windows only with a display, and the test command runs without
+// one: SettingsAppXvfb runs the SettingsAppDialog tests again in a second
+// Wine process under an Xvfb server of its own; on their own, without a
+// display, they skip.
+#include "apps/settings/SettingsDialog.h"
+#include "apps/settings/SettingsResource.h"
+#include "apps/settings/SettingsStore.h"
+#include "platform/win32/Win32Platform.h"
+#include "settings/cPersonalSettings.h"
+
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <cstdio>
+#include <functional>
+#include <map>
+
+#include "win/ComTestSupport.h"
+
+namespace hb::settingsapp {
+namespace {
+
+constexpr wchar_t kChildVariable[] = L"HB_SETTINGS_DISPLAY_CHILD";
+constexpr wchar_t kKey[] = L"Software\\Brindlewood\\Hourbook for Outlook\\Settings";
+
+std::wstring exeFolder() {
+    wchar_t path[MAX_PATH] = {};
+    GetModuleFileNameW(nullptr, path, MAX_PATH);
+    std::wstring p(path);
+    return p.substr(0, p.rfind(L'\\'));
+}
+
+// Every value of the settings key, read by Windows (nullopt: no key).
+std::optional<std::map<std::wstring, std::wstring>> registry() {
+    HKEY key = nullptr;
+    if (RegOpenKeyExW(HKEY_CURRENT_USER, kKey, 0, KEY_READ, &key) != ERROR_SUCCESS)
+        return std::nullopt;
+    std::map<std::wstring, std::wstring> values;
+    for (DWORD i = 0;; ++i) {
+        wchar_t name[256];
+        DWORD nameLength = 256, type = 0, size = 0;
+        if (RegEnumValueW(key, i, name, &nameLength, nullptr, &type, nullptr, &size) !=
+            ERROR_SUCCESS)
+            break;
+        std::wstring data(size / sizeof(wchar_t) + 1, L'\0');
+        nameLength = 256;
+        DWORD bytes = static_cast<DWORD>(data.size() * sizeof(wchar_t));
+        RegEnumValueW(key, i, name, &nameLength, nullptr, &type,
+                      reinterpret_cast<BYTE*>(data.data()), &bytes);
+        data.resize(wcslen(data.c_str()));
+        values[name] = type == REG_SZ ? data : L"<not REG_SZ>";
+    }
+    RegCloseKey(key);
+    return values;
+}
+
+void deleteSettings() {
+    RegDeleteTreeW(HKEY_CURRENT_USER, kKey);
+}
+
+struct Outcome {
+    DWORD exitCode = 0xFFFFFFFF;
+    std::string err;
+};
+
+// Runs the program with arguments, stderr into a pipe.
+Outcome run(const std::wstring& arguments) {
+    SECURITY_ATTRIBUTES sa{sizeof(sa), nullptr, TRUE};
+    HANDLE readEnd = nullptr, writeEnd = nullptr;
+    Outcome r;
+    if (!CreatePipe(&readEnd, &writeEnd, &sa, 0)) return r;
+    SetHandleInformation(readEnd, HANDLE_FLAG_INHERIT, 0);
+    STARTUPINFOW si{};
+    si.cb = sizeof(si);
+    si.dwFlags = STARTF_USESTDHANDLES;
+    si.hStdError = writeEnd;
+    si.hStdOutput = writeEnd;
+    si.hStdInput = GetStdHandle(STD_INPUT_HANDLE);
+    PROCESS_INFORMATION pi{};
+    std::wstring command = L"\"" + exeFolder() + L"\\HBPersonalSettingsSingle.exe\" " + arguments;
+    const BOOL started = CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr,
+                                        nullptr, &si, &pi);
+    CloseHandle(writeEnd);
+    if (started) {
+        char buffer[4096];
+        DWORD n = 0;
+        while (ReadFile(readEnd, buffer, sizeof buffer, &n, nullptr) && n > 0)
+            r.err.append(buffer, n);
+        WaitForSingleObject(pi.hProcess, INFINITE);
+        GetExitCodeProcess(pi.hProcess, &r.exitCode);
+        CloseHandle(pi.hThread);
+        CloseHandle(pi.hProcess);
+    }
+    CloseHandle(readEnd);
+    return r;
+}
+
+std::string readAll(const std::wstring& path) {
+    std::string bytes;
+    if (FILE* f = _wfopen(path.c_str(), L"rb")) {
+        char buffer[4096];
+        std::size_t n = 0;
+        while ((n = std::fread(buffer, 1, sizeof buffer, f)) > 0)
+            bytes.append(buffer, n);
+        std::fclose(f);
+    }
+    return bytes;
+}
+
+void writeAll(const std::wstring& path, const std::string& bytes) {
+    if (FILE* f = _wfopen(path.c_str(), L"wb")) {
+        std::fwrite(bytes.data(), 1, bytes.size(), f);
+        std::fclose(f);
+    }
+}
+
+bool displayReady() {
+    static const bool ready = [] {
+        // The child under Xvfb makes a desktop of its own on that display.
+        if (GetEnvironmentVariableW(kChildVariable, nullptr, 0) > 0) {
+            HDESK desktop =
+                CreateDesktopW(L"HBSettingsTest", nullptr, nullptr, 0, GENERIC_ALL, nullptr);
+            if (desktop) SetThreadDesktop(desktop);
+        }
+        HWND probe = CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 10, 10, nullptr, nullptr,
+                                     nullptr, nullptr);
+        if (!probe) return false;
+        DestroyWindow(probe);
+        return true;
+    }();
+    return ready;
+}
+
+class SettingsAppDialog : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        if (!displayReady())
+            GTEST_SKIP() << "no X display for Wine's windows; SettingsAppXvfb runs these tests "
+                            "under an Xvfb server of its own";
+        deleteSettings();
+    }
+    void TearDown() override {
+        if (dialog_ && IsWindow(dialog_)) DestroyWindow(dialog_);
+        boxes_.reset();
+        deleteSettings();
+    }
+
+  public:  // the table-driven test's inputs use these too
+    // The dialog as the program opens it: the stored settings (the
+    // construction defaults on a first start) in an editor.
+    void open() {
+        // The watcher of an earlier dialog would answer this one.
+        boxes_.reset();
+        Loaded loaded = loadValues(s_);
+        ASSERT_TRUE(loaded.complete);
+        state_ = std::make_unique<DialogState>(
+            s_, SettingsEditor(std::move(loaded.values), platform_.userLocale(), u","));
+        dialog_ = openSettingsDialog(GetModuleHandleW(nullptr), *state_);
+        ASSERT_NE(dialog_, nullptr);
+        ShowWindow(dialog_, SW_SHOW);
+        pump();
+        // After the dialog: the watcher answers every dialog made from now.
+        boxes_ = std::make_unique<test::MessageBoxWatcher>();
+    }
+
+    HWND item(int id) { return GetDlgItem(dialog_, id); }
+    std::wstring textOf(int id) {
+        wchar_t buffer[512] = {};
+        GetWindowTextW(item(id), buffer, 512);
+        return buffer;
+    }
+    void pump() {
+        MSG msg;
+        while (PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE)) {
+            if (dialog_ && IsWindow(dialog_) && IsDialogMessageW(dialog_, &msg)) continue;
+            TranslateMessage(&msg);
+            DispatchMessageW(&msg);
+        }
+    }
+    // Typing replaces a field's text.
+    void type(int id, const std::wstring& text) {
+        SendMessageW(item(id), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(text.c_str()));
+    }
+    // A click: the button takes the focus, then is pressed.
+    void click(int id) {
+        SendMessageW(dialog_, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(item(id)), TRUE);
+        SendMessageW(item(id), BM_CLICK, 0, 0);
+        pump();
+    }
+    // A click on a row of a list box.
+    void pick(int id, int row) {
+        SendMessageW(item(id), LB_SETCURSEL, static_cast<WPARAM>(row), 0);
+        SendMessageW(dialog_, WM_COMMAND, MAKEWPARAM(id, LBN_SELCHANGE),
+                     reinterpret_cast<LPARAM>(item(id)));
+        pump();
+    }
+    // A key pressed where the focus is.
+    void key(WPARAM vk) {
+        PostMessageW(GetFocus(), WM_KEYDOWN, vk, 1);
+        PostMessageW(GetFocus(), WM_KEYUP, vk, 0xC0000001);
+        pump();
+    }
+    std::vector<std::wstring> rows(int id) {
+        std::vector<std::wstring> out;
+        const int n = static_cast<int>(SendMessageW(item(id), LB_GETCOUNT, 0, 0));
+        for (int i = 0; i < n; ++i) {
+            wchar_t buffer[256] = {};
+            SendMessageW(item(id), LB_GETTEXT, static_cast<WPARAM>(i),
+                         reinterpret_cast<LPARAM>(buffer));
+            out.push_back(buffer);
+        }
+        return out;
+    }
+    void addList(const std::wstring& name, const std::vector<std::wstring>& entries) {
+        type(IDC_LISTNAME, name);
+        click(IDC_ADDLIST);
+        for (const auto& e : entries) {
+            type(IDC_ENTRYNAME, e);
+            click(IDC_ADDENTRY);
+        }
+    }
+
+    Win32Platform platform_;
+    Session s_{platform_};
+    std::unique_ptr<DialogState> state_;
+    HWND dialog_ = nullptr;
+    std::unique_ptr<test::MessageBoxWatcher> boxes_;
+};
+
+TEST_F(SettingsAppDialog, OkWritesWhatTheAddinWritesForTheSameValues) {
+    open();
+    // A first start shows the construction defaults.
+    EXPECT_EQ(IsDlgButtonChecked(dialog_, IDC_DATABASE), BST_CHECKED);
+    EXPECT_EQ(textOf(IDC_VALUE), exeFolder() + L"\\");
+    EXPECT_EQ(textOf(IDC_RATE), L"0");
+    EXPECT_EQ(textOf(IDC_CONVERTHOURS), L"8");
+    EXPECT_EQ(textOf(IDC_LUNCHHOURS), L"0.75");
+    EXPECT_TRUE(rows(IDC_LISTS).empty());
+
+    addList(L"Person", {L"Bob", L"Ann"});
+    addList(L"Customer", {L"Acme", L"Initech", L"Globex"});
+    addList(L"Extra field", {L"Travel"});
+    // Reorder and rename: Customer first, Ann before Bob, Initech renamed.
+    pick(IDC_LISTS, 1);
+    click(IDC_LISTUP);
+    pick(IDC_ENTRIES, 1);
+    type(IDC_ENTRYNAME, L"Initrode");
+    click(IDC_RENAMEENTRY);
+    pick(IDC_LISTS, 1);
+    pick(IDC_ENTRIES, 1);
+    click(IDC_ENTRYUP);
+    addList(L"Scratch", {L"x"});
+    click(IDC_REMOVELIST);
+    EXPECT_EQ(rows(IDC_LISTS), (std::vector<std::wstring>{L"Customer", L"Person", L"Extra field"}));
+
+    click(IDC_CONNECTION);
+    type(IDC_VALUE, L"Provider=SQLOLEDB;Data Source=srv");
+    type(IDC_RATE, L"95.5");
+    click(IDC_PRIVATE);
+    click(IDC_CONVERT24);
+    type(IDC_CONVERTHOURS, L"7.5");
+    click(IDC_WRITESUBJECT);
+    click(IDOK);
+    EXPECT_EQ(boxes_->count(), 0) << (boxes_->texts().empty() ? "" : "a message box showed");
+    EXPECT_EQ(state_->result, IDOK);
+    EXPECT_FALSE(IsWindow(dialog_));
+    const auto written = registry();
+    ASSERT_TRUE(written.has_value());
+
+    // The add-in's own object with the same values.
+    deleteSettings();
+    cPersonalSettings settings(s_);
+    settings.lngReportChoice = 3;
+    settings.strReportValue = u"Provider=SQLOLEDB;Data Source=srv";
+    settings.curPersonalRate = Currency{955000};
+    settings.blnFilterPrivate = true;
+    settings.subPopulateMetadataList(
+        u"Customer:Acme;Initrode;Globex;\r\nPerson:Ann;Bob;\r\n"
+        u"Extra field:Travel;\r\n");
+    settings.blnConvert24 = true;
+    settings.intConvert24Hours = Variant(7.5);
+    settings.blnWriteSubject = true;
+    settings.SaveSettings();
+    const auto expected = registry();
+    ASSERT_TRUE(expected.has_value());
+    EXPECT_EQ(written->size(), 17u);
+    EXPECT_EQ(*written, *expected);
+}
+
+TEST_F(SettingsAppDialog, CancelAndEscapeWriteNothing) {
+    Values stored;
+    stored.reportValue = u"C:\\Data\\";
+    stored.lists = {{u"Customer", {u"Acme"}}};
+    ASSERT_TRUE(saveValues(s_, SettingsEditor(stored, platform_.userLocale(), u",")));
+    const auto before = registry();
+
+    for (const bool escape : {false, true}) {
+        SCOPED_TRACE(escape ? "Escape" : "Cancel");
+        open();
+        addList(L"Person", {L"Ann"});
+        type(IDC_RATE, L"12");
+        click(IDC_EVENTS);
+        if (escape) {
+            SendMessageW(dialog_, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(item(IDC_RATE)), TRUE);
+            key(VK_ESCAPE);
+        } else {
+            click(IDCANCEL);
+        }
+        EXPECT_EQ(state_->result, IDCANCEL);
+        EXPECT_FALSE(IsWindow(dialog_));
+        EXPECT_EQ(registry(), before);
+    }
+}
+
+TEST_F(SettingsAppDialog, EachRefusedInputShowsItsMessageAndWritesNothing) {
+    struct Case {
+        const char* what;
+        std::function<void(SettingsAppDialog&)> input;
+        std::wstring says;
+        int focus;  // the control that gets the focus back
+    };
+    const Case cases[] = {
+        {"empty list name", [](SettingsAppDialog& t) { t.click(IDC_ADDLIST); },
+         L"must not be empty", IDC_LISTNAME},
+        {"colon in a list name", [](SettingsAppDialog& t) { t.addList(L"Customer:VIP", {}); },
+         L"\":\"", IDC_LISTNAME},
+        {"list named twice", [](SettingsAppDialog& t) { t.addList(L"CUSTOMER", {}); }, L"doubles",
+         IDC_LISTNAME},
+        {"semicolon in an entry",
+         [](SettingsAppDialog& t) {
+             t.type(IDC_ENTRYNAME, L"Acme;Globex");
+             t.click(IDC_ADDENTRY);
+         },
+         L"\";\"", IDC_ENTRYNAME},
+        {"list separator in an entry",
+         [](SettingsAppDialog& t) {
+             t.type(IDC_ENTRYNAME, L"Acme,Globex");
+             t.click(IDC_ADDENTRY);
+         },
+         L"list separator", IDC_ENTRYNAME},
+        {"entry twice",
+         [](SettingsAppDialog& t) {
+             t.type(IDC_ENTRYNAME, L"acme");
+             t.click(IDC_ADDENTRY);
+         },
+         L"doubles", IDC_ENTRYNAME},
+        {"rate not a number",
+         [](SettingsAppDialog& t) {
+             t.type(IDC_RATE, L"ninety");
+             t.click(IDOK);
+         },
+         L"Personal hourly rate", IDC_RATE},
+        {"empty folder",
+         [](SettingsAppDialog& t) {
+             t.type(IDC_VALUE, L"");
+             t.click(IDOK);
+         },
+         L"Access database folder", IDC_VALUE},
+        {"hours out of range",
+         [](SettingsAppDialog& t) {
+             t.type(IDC_CONVERTHOURS, L"25");
+             t.click(IDOK);
+         },
+         L"Convert full days to hours", IDC_CONVERTHOURS},
+        {"lunch not a number",
+         [](SettingsAppDialog& t) {
+             t.type(IDC_LUNCHHOURS, L"-0.5");
+             t.click(IDOK);
+         },
+         L"Remove lunch", IDC_LUNCHHOURS},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        open();
+        addList(L"Customer", {L"Acme"});
+        c.input(*this);
+        ASSERT_EQ(boxes_->count(), 1);
+        EXPECT_NE(boxes_->texts()[0].find(c.says), std::wstring::npos);
+        EXPECT_EQ(GetFocus(), item(c.focus));
+        EXPECT_TRUE(IsWindow(dialog_)) << "the dialog stays open";
+        EXPECT_EQ(rows(IDC_LISTS), std::vector<std::wstring>{L"Customer"});
+        EXPECT_EQ(rows(IDC_ENTRIES), std::vector<std::wstring>{L"Acme"});
+        EXPECT_FALSE(registry().has_value()) << "nothing written";
+        DestroyWindow(dialog_);
+        boxes_.reset();
+    }
+}
+
+TEST_F(SettingsAppDialog, KeyboardReachesEveryControlInOrder) {
+    open();
+    addList(L"Customer", {L"Acme", L"Globex"});
+    pick(IDC_ENTRIES, 0);
+    // Tab from the first control through the dialog and back.
+    SendMessageW(dialog_, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(item(IDC_DATABASE)), TRUE);
+    std::vector<int> order;
+    for (int i = 0; i < 30 && (order.empty() || order.back() != IDC_DATABASE); ++i) {
+        key(VK_TAB);
+        order.push_back(GetDlgCtrlID(GetFocus()));
+    }
+    const std::vector<int> expected = {
+        IDC_VALUE,      IDC_RATE,         IDC_EVENTS,       IDC_PRIVATE,
+        IDC_RECURRING,  IDC_LISTS,        IDC_LISTNAME,     IDC_ADDLIST,
+        IDC_RENAMELIST, IDC_REMOVELIST,   IDC_ENTRIES,      IDC_ENTRYNAME,
+        IDC_ADDENTRY,   IDC_RENAMEENTRY,  IDC_REMOVEENTRY,  IDC_ENTRYDOWN,
+        IDC_CONVERT24,  IDC_CONVERTHOURS, IDC_REMOVELUNCH,  IDC_LUNCHHOURS,
+        IDC_LOCALCUBE,  IDC_STARTGRID,    IDC_WRITESUBJECT, IDOK,
+        IDCANCEL,       IDC_DATABASE};  // Up and Down of the only list and Up of the first entry
+                                        // are disabled
+    EXPECT_EQ(order, expected);
+
+    // Enter in a name field adds the name; every caption has its key.
+    SendMessageW(dialog_, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(item(IDC_ENTRYNAME)), TRUE);
+    type(IDC_ENTRYNAME, L"Initech");
+    key(VK_RETURN);
+    EXPECT_EQ(rows(IDC_ENTRIES), (std::vector<std::wstring>{L"Acme", L"Globex", L"Initech"}));
+    EXPECT_TRUE(IsWindow(dialog_));
+    for (int id : {IDC_DATABASE, IDC_VALUELABEL, IDC_LISTSLABEL, IDC_ADDLIST, IDC_WRITESUBJECT})
+        EXPECT_NE(textOf(id).find(L'&'), std::wstring::npos) << id;
+    EXPECT_FALSE(registry().has_value());
+}
+
+// ---------------------------------------------------------------- the command line
+
+class SettingsAppCommandLine : public ::testing::Test {
+  protected:
+    void SetUp() override { deleteSettings(); }
+    void TearDown() override {
+        deleteSettings();
+        DeleteFileW(file_.c_str());
+    }
+    std::wstring file_ = exeFolder() + L"\\settings-cli-test.txt";
+};
+
+TEST_F(SettingsAppCommandLine, ImportThenExportRoundTripsTheBody) {
+    // Greek and accented names travel as UTF-8; the rate keeps its fraction.
+    const std::string body =
+        "2\r\nC:\\Data\\\r\n87.25\r\nFalse\r\nTrue\r\nFalse\r\n"
+        "Soci\xC3\xA9t\xC3\xA9:Acme;Globex;\r\nPerson:Ann;\r\n"
+        "\xCE\x95\xCF\x81\xCE\xB3\xCE\xB1\xCF\x83\xCE\xAF\xCE\xB1:Office;Travel;\r\n";
+    writeAll(file_, body);
+    const Outcome imported = run(L"/import \"" + file_ + L"\"");
+    EXPECT_EQ(imported.exitCode, 0u) << imported.err;
+    const auto values = registry();
+    ASSERT_TRUE(values.has_value());
+    EXPECT_EQ(values->size(), 17u);
+    EXPECT_EQ(values->at(L"MetadataList"),
+              L"Soci\u00E9t\u00E9:Acme;Globex;\r\nPerson:Ann;\r\n"
+              L"\u0395\u03C1\u03B3\u03B1\u03C3\u03AF\u03B1:Office;Travel;\r\n");
+    EXPECT_EQ(values->at(L"PersonalRate"), L"87.25");
+    EXPECT_EQ(values->at(L"FilterPrivate"), L"True");
+
+    DeleteFileW(file_.c_str());
+    const Outcome exported = run(L"/EXPORT \"" + file_ + L"\"");
+    EXPECT_EQ(exported.exitCode, 0u) << exported.err;
+    EXPECT_EQ(readAll(file_), body);
+}
+
+TEST_F(SettingsAppCommandLine, RefusedImportsSayWhyAndWriteNothing) {
+    const std::string head = "2\r\nC:\\Data\\\r\n0\r\nFalse\r\nFalse\r\nFalse\r\n";
+    writeAll(file_, head + "Customer:Acme;\r\n");
+    ASSERT_EQ(run(L"/import \"" + file_ + L"\"").exitCode, 0u);
+    const auto before = registry();
+
+    struct Case {
+        const char* what;
+        std::string file;
+        std::string says;
+    };
+    const Case cases[] = {
+        {"entry twice", head + "Customer:Acme;ACME;\r\n", "Line 7"},
+        {"no final line break", head + "Customer:Acme;", "last line"},
+        {"rate not a number", "2\r\nC:\\\r\nlots\r\nFalse\r\nFalse\r\nFalse\r\n", "Line 3"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        writeAll(file_, c.file);
+        const Outcome r = run(L"/import \"" + file_ + L"\"");
+        EXPECT_NE(r.exitCode, 0u);
+        EXPECT_NE(r.err.find(c.says), std::string::npos) << r.err;
+        EXPECT_EQ(registry(), before);
+    }
+
+    const Outcome missing = run(L"/import \"" + exeFolder() + L"\\no-such-file.txt\"");
+    EXPECT_NE(missing.exitCode, 0u);
+    EXPECT_NE(missing.err.find("Could not read"), std::string::npos) << missing.err;
+    const Outcome usage = run(L"/frobnicate");
+    EXPECT_NE(usage.exitCode, 0u);
+    EXPECT_NE(usage.err.find("Usage"), std::string::npos) << usage.err;
+    EXPECT_EQ(registry(), before);
+}
+
+// ---------------------------------------------------------------- under Xvfb
+
+std::string unixPath(const std::wstring& windowsPath) {
+    using Convert = char*(CDECL*)(LPCWSTR);
+    auto convert = reinterpret_cast<Convert>(reinterpret_cast<void (*)()>(
+        GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "wine_get_unix_file_name")));
+    char* path = convert ? convert(windowsPath.c_str()) : nullptr;
+    if (!path) return std::string();
+    std::string out(path);
+    HeapFree(GetProcessHeap(), 0, path);
+    return out;
+}
+
+TEST(SettingsAppXvfb, RunsTheDialogTestsUnderAnXServerOfTheirOwn) {
+    if (GetEnvironmentVariableW(kChildVariable, nullptr, 0) > 0)
+        GTEST_SKIP() << "this is the process running under Xvfb";
+    if (GetFileAttributesW(L"Z:\\usr\\bin\\xvfb-run") == INVALID_FILE_ATTRIBUTES)
+        GTEST_SKIP() << "no xvfb-run (Debian package xvfb): the dialog tests cannot run";
+    wchar_t self[MAX_PATH] = {};
+    GetModuleFileNameW(nullptr, self, MAX_PATH);
+    const std::string exe = unixPath(self);
+    const std::wstring logFile = exeFolder() + L"\\settings-xvfb.log";
+    const std::string log = unixPath(logFile);
+    ASSERT_FALSE(exe.empty()) << "Wine's wine_get_unix_file_name";
+    const std::wstring rcFile = exeFolder() + L"\\settings-xvfb.rc";
+    DeleteFileW(rcFile.c_str());
+    const std::string rc = unixPath(rcFile);
+    // Wine does not wait for a Unix process: the script leaves its exit
+    // code in a file when it ends, and the test waits for that file.
+    const std::string script =
+        "HB_SETTINGS_DISPLAY_CHILD=1 xvfb-run -a -s '-screen 0 1024x768x24' wine '" + exe +
+        "' --gtest_filter='SettingsAppDialog.*' >'" + log + "' 2>&1; echo $? >'" + rc +
+        ".tmp'; mv '" + rc + ".tmp' '" + rc + "'";
+    std::wstring command = L"/bin/sh -c \"" + std::wstring(script.begin(), script.end()) + L"\"";
+    STARTUPINFOW si{};
+    si.cb = sizeof(si);
+    PROCESS_INFORMATION pi{};
+    ASSERT_TRUE(CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr,
+                               nullptr, &si, &pi))
+        << "starting /bin/sh from Wine: " << GetLastError();
+    CloseHandle(pi.hThread);
+    CloseHandle(pi.hProcess);
+    int exitCode = -1;
+    for (int polls = 0; polls < 1200 && exitCode < 0; ++polls) {
+        FILE* f = _wfopen(rcFile.c_str(), L"rb");
+        if (!f) {
+            Sleep(500);
+            continue;
+        }
+        if (std::fscanf(f, "%d", &exitCode) != 1) exitCode = 99;
+        std::fclose(f);
+    }
+    DeleteFileW(rcFile.c_str());
+    const std::string got = readAll(logFile);
+    std::printf("---- the SettingsAppDialog tests under Xvfb ----\n%s----\n", got.c_str());
+    EXPECT_EQ(exitCode, 0);
+    EXPECT_NE(got.find("[  PASSED  ] 4 tests"), std::string::npos);
+    EXPECT_EQ(got.find("[  SKIPPED ]"), std::string::npos) << "every dialog test ran";
+}
+
+}  // namespace
+}  // namespace hb::settingsapp
