@@ -7,7 +7,7 @@
 #                    same tests are part of hb_wintests)
 set(hb_standin_rc ${CMAKE_BINARY_DIR}/generated/hb_standin.rc)
 # The host serves Office's task pane factory from HBAddin's type library.
-file(WRITE ${hb_standin_rc} "1 TYPELIB \"HBAddin.tlb\"\n")
+file(CONFIGURE OUTPUT ${hb_standin_rc} CONTENT "1 TYPELIB \"HBAddin.tlb\"\n")
 set_source_files_properties(${hb_standin_rc} PROPERTIES OBJECT_DEPENDS ${hb_gen}/HBAddin.tlb)
 file(GLOB hb_standin_srcs CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/standin/*.cpp)
 add_executable(hb_standin ${hb_standin_srcs} ${hb_standin_rc} $<TARGET_OBJECTS:hb_sim>)
@@ -25,5 +25,8 @@ if(HB_WIN_TESTS)
     target_include_directories(hb_standintests PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}
                                ${PROJECT_SOURCE_DIR}/tests ${hb_gen})
     target_link_libraries(hb_standintests PRIVATE hb_win32 hbcore gtest gtest_main ${HB_WIN_LIBS})
+    add_dependencies(hb_standintests hb_standin HBAddin)
   endif()
 endif()
+# The end-to-end tests of hb_wintests run hb_standin.exe from their folder.
+add_dependencies(hb_wintests hb_standin)

@@ -3,7 +3,11 @@
 # HBAddin.dll for x64 and x86 with MinGW-w64, and runs the Windows
 # self-checks under Wine (build/win64/wineprefix; the x86 one too in
 # build/win32/wineprefix when Wine's 32-bit side is installed), printing
-# what they verified. Later issues make it the full Outlook session.
+# what they verified.
+# Then the add-in at work: the x64 DLL registered with regsvr32, loaded by
+# the stand-in Outlook (standin/) through that registration and driven
+# through a user's session under Xvfb; the transcript says what the add-in
+# wrote, screenshots go to build/screenshots.
 #
 #   bash scripts/run.sh
 set -uo pipefail
@@ -16,7 +20,7 @@ hb_say "Debian packages"
 hb_ensure_packages || exit 1
 
 hb_say "Building HBAddin.dll for 64-bit Outlook (preset win64)"
-hb_build win64 HBAddin hb_selfcheck || exit 1
+hb_build win64 HBAddin hb_selfcheck hb_standin || exit 1
 hb_say "Building HBAddin.dll for 32-bit Outlook (preset win32)"
 # The x86 self-check runs too when Wine's 32-bit side is there already
 # (scripts/test.sh installs it); this job installs nothing for it.
@@ -57,10 +61,95 @@ if [ "$x86_mode" != none ]; then
     x86_note="x86 self-check run under Wine ($x86_mode)"
 fi
 
+# The add-in at work: the x64 DLL registered in the build tree's Wine prefix
+# (regsvr32, as its installer does), loaded by the stand-in Outlook through
+# that registration, a user's session acted out in real windows on an X
+# server of our own, screenshots saved, and the DLL unregistered again.
+hb_say "The add-in at work: a session in the stand-in Outlook (x64, under Wine and Xvfb)"
+shots="$HB_ROOT/build/screenshots"
+session_rc=1
+display=""
+for n in $(seq 91 140); do
+    if [ ! -e "/tmp/.X11-unix/X$n" ] && [ ! -e "/tmp/.X$n-lock" ]; then
+        display=":$n"
+        break
+    fi
+done
+if [ -z "$display" ]; then
+    echo "   no free X display number between :91 and :140"
+else
+    Xvfb "$display" -screen 0 1280x1024x24 -nolisten tcp >/dev/null 2>&1 &
+    xvfb_pid=$!
+    for _ in $(seq 50); do
+        [ -e "/tmp/.X11-unix/X${display#:}" ] && break
+        sleep 0.1
+    done
+    # The build tree's wine-run.sh runs programs without a display: the
+    # session runs in the same prefix with the display set.
+    standin_wine() {
+        WINEPREFIX="$win64/wineprefix" WINEDEBUG=-all WINEDLLOVERRIDES='mscoree,mshtml=' \
+            WINEARCH=win64 DISPLAY="$display" wine "$@" </dev/null
+    }
+    # Wine draws the windows' frames itself: there is no window manager.
+    standin_wine reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d N /f >/dev/null 2>&1
+    dll_win=$(hb_winpath "$win64/HBAddin.dll")
+    addin_key='HKCU\Software\Microsoft\Office\Outlook\Addins\HBAddin.Connect'
+    if standin_wine regsvr32 /s "$dll_win" && standin_wine reg query "$addin_key" >/dev/null 2>&1; then
+        echo "   regsvr32 HBAddin.dll: registered; Outlook's add-in key $addin_key"
+        rm -rf "$shots"
+        mkdir -p "$shots"
+        echo
+        standin_wine "$win64/hb_standin.exe" --version 12 --shots "$(hb_winpath "$shots")" 2>&1 |
+            tr -d '\r' | sed 's/^/   /'
+        session_rc=${PIPESTATUS[0]}
+        for shot in calendar appointment; do
+            if [ -f "$shots/$shot.bmp" ] && convert "$shots/$shot.bmp" "$shots/$shot.png"; then
+                rm -f "$shots/$shot.bmp"
+                echo "   screenshot: build/screenshots/$shot.png"
+            else
+                echo "   screenshot of the $shot window: not taken"
+                session_rc=1
+            fi
+        done
+        echo
+        echo "   The appointment window under Outlook 11 (the toolbar instead of the task pane):"
+        standin_wine "$win64/hb_standin.exe" --version 11 2>&1 | tr -d '\r' |
+            sed -n '/opens "Code review"/,/closes the appointment/p' | sed 's/^/   /'
+        [ "${PIPESTATUS[0]}" -eq 0 ] || session_rc=1
+        echo
+        echo "   Start-up and shutdown on every Outlook version:"
+        for v in 9 10 11 12 14 15 16; do
+            standin_wine "$win64/hb_standin.exe" --version "$v" --startup-only 2>&1 | tr -d '\r' |
+                awk '/start-up, from/ { sub(/.*toolbar: /, ""); t = $0 }
+                     /^Reference census/ { sub(/.*OnDisconnection: /, ""); c = $0 }
+                     / session: / { sub(/ session:/, ":"); o = $0 }
+                     END { printf "     %s; start-up %s; census %s\n", o, t, c }'
+            [ "${PIPESTATUS[0]}" -eq 0 ] || session_rc=1
+        done
+        standin_wine regsvr32 /u /s "$dll_win"
+        if standin_wine reg query "$addin_key" >/dev/null 2>&1; then
+            echo "   regsvr32 /u HBAddin.dll: the add-in key is still there"
+            session_rc=1
+        else
+            echo "   regsvr32 /u HBAddin.dll: unregistered, the add-in key is gone"
+        fi
+    else
+        echo "   regsvr32 HBAddin.dll failed"
+    fi
+    WINEPREFIX="$win64/wineprefix" wineserver -k >/dev/null 2>&1
+    kill "$xvfb_pid" 2>/dev/null
+    wait "$xvfb_pid" 2>/dev/null
+fi
+
 hb_say "Result"
 if [ $rc -eq 0 ]; then
     echo "   main job: both DLLs built, Windows self-checks passed under Wine; $x86_note"
 else
     echo "   main job: Windows self-checks FAILED ($rc failed checks)"
 fi
-exit $rc
+if [ $session_rc -eq 0 ]; then
+    echo "   the add-in's session in the stand-in Outlook: every check held (screenshots in build/screenshots)"
+else
+    echo "   the add-in's session in the stand-in Outlook: FAILED"
+fi
+exit $((rc + session_rc))

@@ -26,13 +26,13 @@ F procedure(HMODULE module, const char* name) {
                   : nullptr;
 }
 
-void registerClasses() {
+void registerClasses(WNDPROC frameProc) {
     static bool done = false;
     if (done) return;
     done = true;
     for (const wchar_t* name : {kFrameClass, kPaneClass}) {
         WNDCLASSW wc{};
-        wc.lpfnWndProc = DefWindowProcW;
+        wc.lpfnWndProc = name == kFrameClass ? frameProc : DefWindowProcW;
         wc.hInstance = GetModuleHandleW(nullptr);
         wc.hCursor = LoadCursor(nullptr, IDC_ARROW);
         wc.hbrBackground = reinterpret_cast<HBRUSH>(COLOR_BTNFACE + 1);
@@ -63,6 +63,18 @@ std::wstring timeText(const sim::Item& item) {
     return text;
 }
 
+// Picks an entry in a real combo box as the user does with the mouse: the
+// selection changes, then the box tells its parent (CBN_SELCHANGE).
+bool pickInCombo(HWND combo, const std::wstring& entry) {
+    const LRESULT item = SendMessageW(combo, CB_FINDSTRINGEXACT, static_cast<WPARAM>(-1),
+                                      reinterpret_cast<LPARAM>(entry.c_str()));
+    if (item == CB_ERR) return false;
+    SendMessageW(combo, CB_SETCURSEL, static_cast<WPARAM>(item), 0);
+    SendMessageW(GetParent(combo), WM_COMMAND, MAKEWPARAM(GetDlgCtrlID(combo), CBN_SELCHANGE),
+                 reinterpret_cast<LPARAM>(combo));
+    return true;
+}
+
 BOOL CALLBACK collectCombos(HWND hwnd, LPARAM list) {
     wchar_t cls[32] = {};
     GetClassNameW(hwnd, cls, 32);
@@ -74,7 +86,7 @@ BOOL CALLBACK collectCombos(HWND hwnd, LPARAM list) {
 }  // namespace
 
 HostWindows::HostWindows(sim::Outlook& outlook) : outlook_(outlook) {
-    registerClasses();
+    registerClasses(&HostWindows::frameProc);
     atl_ = LoadLibraryW(L"atl.dll");
     if (auto init = procedure<AtlAxWinInitFn>(atl_, "AtlAxWinInit")) init();
 }
@@ -148,6 +160,7 @@ void HostWindows::render() {
                                 WS_OVERLAPPED | WS_CAPTION | WS_THICKFRAME | WS_CLIPCHILDREN,
                                 offset, offset, sim::kWindowWidth, sim::kWindowHeight, nullptr,
                                 nullptr, GetModuleHandleW(nullptr), nullptr);
+            SetWindowLongPtrW(shown.frame, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
             ShowWindow(shown.frame, SW_SHOWNORMAL);
         }
         offset += 40;
@@ -183,7 +196,7 @@ void HostWindows::render() {
 }
 
 void HostWindows::drawBar(const sim::Window& window, Shown& shown) {
-    for (HWND hwnd : shown.barControls)
+    for (auto& [hwnd, control] : shown.barControls)
         DestroyWindow(hwnd);
     shown.barControls.clear();
     auto bar = sim::Scenario::bar(window, hb::kProductCaption);
@@ -199,13 +212,14 @@ void HostWindows::drawBar(const sim::Window& window, Shown& shown) {
                 SendMessageW(combo, CB_ADDSTRING, 0,
                              reinterpret_cast<LPARAM>(hb::com::wide(entry).c_str()));
             SendMessageW(combo, CB_SETCURSEL, static_cast<WPARAM>(c->listIndex - 1), 0);
-            shown.barControls.push_back(combo);
+            shown.barControls.emplace(combo, c);
             x += width + 4;
         } else if (c->type == sim::mso::ControlButton) {
             const std::wstring caption = hb::com::wide(c->caption);
             const int width = 16 + 7 * static_cast<int>(caption.size());
-            shown.barControls.push_back(makeChild(L"Button", caption, BS_PUSHBUTTON, x, 2, width,
-                                                  kBarHeight - 4, shown.frame));
+            shown.barControls.emplace(makeChild(L"Button", caption, BS_PUSHBUTTON, x, 2, width,
+                                                kBarHeight - 4, shown.frame),
+                                      c);
             x += width + 4;
         }
     }
@@ -243,6 +257,43 @@ void HostWindows::drawContent(const sim::Window& window, Shown& shown) {
     }
 }
 
+LRESULT CALLBACK HostWindows::frameProc(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
+    auto* self = reinterpret_cast<HostWindows*>(GetWindowLongPtrW(hwnd, GWLP_USERDATA));
+    if (msg == WM_COMMAND && self && lp)
+        self->command(hwnd, reinterpret_cast<HWND>(lp), HIWORD(wp));
+    return DefWindowProcW(hwnd, msg, wp, lp);
+}
+
+void HostWindows::command(HWND frame, HWND control, WORD code) {
+    for (auto& [window, shown] : shown_) {
+        if (shown.frame != frame) continue;
+        auto it = shown.barControls.find(control);
+        if (it == shown.barControls.end()) return;
+        // Held: what the event causes may redraw the bar.
+        const std::shared_ptr<sim::CommandBarControl> target = it->second;
+        if (code == CBN_SELCHANGE && onComboPick) {
+            const LRESULT item = SendMessageW(control, CB_GETCURSEL, 0, 0);
+            if (item != CB_ERR) onComboPick(target, static_cast<int>(item) + 1);
+        } else if (code == BN_CLICKED && onButtonClick) {
+            onButtonClick(target);
+        }
+        return;
+    }
+}
+
+bool HostWindows::pickInToolbar(const sim::Window& window, int box, const std::wstring& entry) {
+    auto it = shown_.find(&window);
+    auto bar = sim::Scenario::bar(window, hb::kProductCaption);
+    if (it == shown_.end() || !bar) return false;
+    int seen = 0;
+    for (const auto& c : bar->controls->list) {
+        if (!c->isComboBox() || c->deleted || !c->visible || ++seen != box) continue;
+        for (auto& [hwnd, control] : it->second.barControls)
+            if (control == c) return pickInCombo(hwnd, entry);
+    }
+    return false;
+}
+
 bool HostWindows::pickInPane(const sim::CustomTaskPane& pane, int index,
                              const std::wstring& entry) {
     HWND host = paneWindowOf(pane);
@@ -250,15 +301,7 @@ bool HostWindows::pickInPane(const sim::CustomTaskPane& pane, int index,
     std::vector<HWND> combos;
     EnumChildWindows(host, collectCombos, reinterpret_cast<LPARAM>(&combos));
     if (index < 0 || static_cast<std::size_t>(index) >= combos.size()) return false;
-    HWND combo = combos[static_cast<std::size_t>(index)];
-    const LRESULT item = SendMessageW(combo, CB_FINDSTRINGEXACT, static_cast<WPARAM>(-1),
-                                      reinterpret_cast<LPARAM>(entry.c_str()));
-    if (item == CB_ERR) return false;
-    SendMessageW(combo, CB_SETCURSEL, static_cast<WPARAM>(item), 0);
-    // What the combo box tells its parent when the user picks with the mouse.
-    SendMessageW(GetParent(combo), WM_COMMAND, MAKEWPARAM(GetDlgCtrlID(combo), CBN_SELCHANGE),
-                 reinterpret_cast<LPARAM>(combo));
-    return true;
+    return pickInCombo(combos[static_cast<std::size_t>(index)], entry);
 }
 
 bool HostWindows::capture(HWND window, const std::wstring& path) {

@@ -7,6 +7,7 @@
 // windows in line with the simulation after every step of a scenario.
 #include <windows.h>
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -38,6 +39,14 @@ class HostWindows {
     // control sees the selection change as from the mouse. False when the
     // entry is not in the list.
     bool pickInPane(const sim::CustomTaskPane& pane, int index, const std::wstring& entry);
+    // The user picks `entry` in box `box` (1..3) of the add-in's bar of a
+    // window, in the real combo box: onComboPick hears it. False when there
+    // is no such box or entry.
+    bool pickInToolbar(const sim::Window& window, int box, const std::wstring& entry);
+    // What the real command bar controls report: an entry picked (from 1),
+    // a button clicked.
+    std::function<void(const std::shared_ptr<sim::CommandBarControl>&, int index)> onComboPick;
+    std::function<void(const std::shared_ptr<sim::CommandBarControl>&)> onButtonClick;
     // Saves what the screen shows of a window as a 24-bit BMP file.
     bool capture(HWND window, const std::wstring& path);
     // Handles the window messages waiting.
@@ -46,11 +55,13 @@ class HostWindows {
   private:
     struct Shown {
         HWND frame = nullptr;
-        std::vector<HWND> barControls;
+        std::map<HWND, std::shared_ptr<sim::CommandBarControl>> barControls;
         HWND content = nullptr;  // the folder's items, or the item's fields
     };
     void drawBar(const sim::Window& window, Shown& shown);
     void drawContent(const sim::Window& window, Shown& shown);
+    static LRESULT CALLBACK frameProc(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp);
+    void command(HWND frame, HWND control, WORD code);
 
     sim::Outlook& outlook_;
     std::map<const sim::Window*, Shown> shown_;

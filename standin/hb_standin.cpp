@@ -15,6 +15,7 @@
 
 #include <cstdio>
 #include <cwchar>
+#include <functional>
 #include <map>
 #include <string>
 
@@ -97,6 +98,13 @@ Str versionText(int major) {
     return it != builds.end() ? Str(it->second) : hb::fromUtf8(std::to_string(major) + ".0.0.0");
 }
 
+bool keyExists(HKEY root, const wchar_t* path) {
+    HKEY key = nullptr;
+    if (RegOpenKeyExW(root, path, 0, KEY_READ, &key) != ERROR_SUCCESS) return false;
+    RegCloseKey(key);
+    return true;
+}
+
 void setSetting(const wchar_t* name, const std::wstring& value) {
     RegSetKeyValueW(HKEY_CURRENT_USER, kSettingsKey, name, REG_SZ, value.c_str(),
                     static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t)));
@@ -155,7 +163,15 @@ double millisecondsSince(const LARGE_INTEGER& start) {
 
 class Session {
   public:
-    explicit Session(const Options& options) : options_(options), windows_(sc_.outlook()) {}
+    explicit Session(const Options& options) : options_(options), windows_(sc_.outlook()) {
+        // The controls report from inside their window procedure: nothing
+        // may escape into it.
+        windows_.onComboPick = [this](const std::shared_ptr<sim::CommandBarControl>& box,
+                                      int index) { guarded([&] { sc_.pickInCombo(box, index); }); };
+        windows_.onButtonClick = [this](const std::shared_ptr<sim::CommandBarControl>& button) {
+            guarded([&] { sc_.click(button); });
+        };
+    }
 
     int run();
 
@@ -167,6 +183,8 @@ class Session {
     bool expect(const Step& step);
     void quit();
     void registerRunningOutlook();
+    void guarded(const std::function<void()>& userAction);
+    void pickInToolbar(const sim::Window& window, const Step& step);
 
     DWORD runningCookie_ = 0;
 
@@ -257,7 +275,7 @@ void Session::act(const Step& step) {
             break;
         case Do::PickToolbar: {
             std::printf("\n> picks \"%s\" in box %d of the toolbar\n", entry.c_str(), step.box);
-            sc_.pickInCombo(combo(*sc_.explorer(), step.box), step.entry);
+            pickInToolbar(*sc_.explorer(), step);
             break;
         }
         case Do::OpenItem:
@@ -279,7 +297,7 @@ void Session::act(const Step& step) {
                 }
                 o.pump();
             } else {
-                sc_.pickInCombo(combo(*inspector_, step.box), step.entry);
+                pickInToolbar(*inspector_, step);
             }
             break;
         }
@@ -312,6 +330,24 @@ void Session::act(const Step& step) {
     }
 }
 
+void Session::guarded(const std::function<void()>& userAction) {
+    try {
+        userAction();
+    } catch (const std::exception& e) {
+        std::printf("   the user could not do that: %s\n", e.what());
+        ++failures_;
+    }
+}
+
+// The user picks in the real combo box the host drew for the bar; the
+// pick reaches the add-in as the command bar's Change event.
+void Session::pickInToolbar(const sim::Window& window, const Step& step) {
+    if (!windows_.pickInToolbar(window, step.box, hb::com::wide(step.entry))) {
+        std::printf("   no such box or entry in the toolbar\n");
+        ++failures_;
+    }
+}
+
 void Session::reportWrites() {
     for (const auto& item : sc_.outlook().calendar()->items) {
         if (!written_.contains(item.get())) {
@@ -340,7 +376,8 @@ bool Session::expect(const Step& step) {
     if (step.action == Do::Select || step.action == Do::OpenExplorer) {
         actual = boxesText(step.action == Do::Select ? *sc_.explorer() : *second_);
         what = "toolbar shows";
-        std::printf("   the toolbar shows: %s\n", utf8(actual).c_str());
+        std::printf("   the toolbar shows: %s\n",
+                    actual == u", , " ? "nothing picked" : utf8(actual).c_str());
     } else {
         actual = sc_.outlook().calendar()->findBySubject(step.subject)->categories;
     }
@@ -360,6 +397,19 @@ void Session::quit() {
 }
 
 int Session::run() {
+    // What the session writes to the machine goes again afterwards, unless
+    // it was there before: the user's settings, Outlook's class name.
+    const bool hadSettings = keyExists(HKEY_CURRENT_USER, L"Software\\Brindlewood");
+    const bool hadOutlookClass = keyExists(HKEY_CLASSES_ROOT, L"Outlook.Application");
+    struct Restore {
+        bool settings, outlookClass;
+        ~Restore() {
+            if (!settings) RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\Brindlewood");
+            if (!settings) RegDeleteKeyW(HKEY_CURRENT_USER, L"Software\\Brindlewood");
+            if (!outlookClass) RegDeleteTreeW(HKEY_CLASSES_ROOT, L"Outlook.Application");
+            if (!outlookClass) RegDeleteKeyW(HKEY_CLASSES_ROOT, L"Outlook.Application");
+        }
+    } restore{hadSettings, hadOutlookClass};
     hb::test::MessageBoxWatcher boxes;
     writeSettings();
     setUpOutlook();

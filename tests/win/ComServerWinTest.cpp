@@ -76,19 +76,7 @@ Snapshot registryNow() {
 
 // Runs Wine's regsvr32 with the given switches on the DLL; its exit code.
 DWORD regsvr32(const std::wstring& switches) {
-    std::wstring command = L"regsvr32.exe /s " + switches + L" \"" + dllPath() + L"\"";
-    STARTUPINFOW si{};
-    si.cb = sizeof si;
-    PROCESS_INFORMATION pi{};
-    if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &si,
-                        &pi))
-        return static_cast<DWORD>(-1);
-    WaitForSingleObject(pi.hProcess, 60000);
-    DWORD code = 0;
-    GetExitCodeProcess(pi.hProcess, &code);
-    CloseHandle(pi.hThread);
-    CloseHandle(pi.hProcess);
-    return code;
+    return test::runProgram(L"regsvr32.exe /s " + switches + L" \"" + dllPath() + L"\"");
 }
 
 std::wstring readText(HKEY root, const std::wstring& key, const wchar_t* name) {

@@ -195,6 +195,23 @@ class TestServer : public com::ComObject<TestServer, IDispatch, IConnectionPoint
     std::vector<com::ComPtr<TestConnectionPoint>> points_;
 };
 
+// Runs a command line and returns its exit code (-1 when it did not start
+// or did not end within the time given).
+inline DWORD runProgram(std::wstring command, DWORD timeoutMs = 60000) {
+    STARTUPINFOW si{};
+    si.cb = sizeof si;
+    PROCESS_INFORMATION pi{};
+    if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &si,
+                        &pi))
+        return static_cast<DWORD>(-1);
+    DWORD code = static_cast<DWORD>(-1);
+    if (WaitForSingleObject(pi.hProcess, timeoutMs) == WAIT_OBJECT_0)
+        GetExitCodeProcess(pi.hProcess, &code);
+    CloseHandle(pi.hThread);
+    CloseHandle(pi.hProcess);
+    return code;
+}
+
 // Answers every message box shown on this thread while it lives (No where
 // there is a No button, else OK) and counts them.
 class MessageBoxWatcher {

@@ -1,0 +1,66 @@
+// End to end under Wine: HBAddin.dll registered with regsvr32, loaded by
+// the stand-in Outlook through its registration and driven over real COM.
+// Here start-up and shutdown, which need no display; the whole session with
+// its real windows runs under Xvfb in the main job (scripts/run.sh).
+// The stand-in's exit status says whether every check of its session held:
+// what the add-in wrote to each appointment (the values the native session
+// tests expect for the same picks), no failed connection call, no message
+// box, nothing of Outlook's still held after OnDisconnection, and
+// DllCanUnloadNow S_OK.
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "ComTestSupport.h"
+
+namespace {
+
+std::wstring folderOfThisProgram() {
+    wchar_t path[MAX_PATH * 4] = {};
+    GetModuleFileNameW(nullptr, path, MAX_PATH * 4);
+    std::wstring p = path;
+    return p.substr(0, p.find_last_of(L"\\/"));
+}
+
+DWORD run(const std::wstring& command) {
+    return hb::test::runProgram(command, 120000);
+}
+
+class StandinSession : public ::testing::Test {
+  protected:
+    static void SetUpTestSuite() {
+        ASSERT_EQ(run(L"regsvr32.exe /s \"" + folderOfThisProgram() + L"\\HBAddin.dll\""), 0u);
+    }
+    static void TearDownTestSuite() {
+        run(L"regsvr32.exe /s /u \"" + folderOfThisProgram() + L"\\HBAddin.dll\"");
+    }
+    static DWORD startAndQuit(int version) {
+        return run(L"\"" + folderOfThisProgram() + L"\\hb_standin.exe\" --version " +
+                   std::to_wstring(version) + L" --startup-only");
+    }
+};
+
+TEST_F(StandinSession, StartsAndShutsDownCleanlyOnEveryOutlookVersion) {
+    for (int version : {9, 10, 11, 12, 14, 15, 16})
+        EXPECT_EQ(startAndQuit(version), 0u) << "Outlook " << version;
+}
+
+TEST_F(StandinSession, AnAddinThatCannotBeCreatedIsSetToLoadBehavior2AndOutlookGoesOn) {
+    constexpr wchar_t key[] = L"Software\\Microsoft\\Office\\Outlook\\Addins\\HBStandin.Missing";
+    DWORD three = 3;
+    ASSERT_EQ(
+        RegSetKeyValueW(HKEY_CURRENT_USER, key, L"LoadBehavior", REG_DWORD, &three, sizeof three),
+        ERROR_SUCCESS);
+    // The session fails its checks (an add-in did not load), but runs to its end.
+    EXPECT_EQ(startAndQuit(12), 1u);
+    DWORD behavior = 0, size = sizeof behavior;
+    EXPECT_EQ(RegGetValueW(HKEY_CURRENT_USER, key, L"LoadBehavior", RRF_RT_REG_DWORD, nullptr,
+                           &behavior, &size),
+              ERROR_SUCCESS);
+    EXPECT_EQ(behavior, 2u);
+    RegDeleteTreeW(HKEY_CURRENT_USER, key);
+}
+
+}  // namespace
