@@ -1,7 +1,8 @@
 // End to end under Wine: HBAddin.dll registered with regsvr32, loaded by
 // the stand-in Outlook through its registration and driven over real COM.
-// Here start-up and shutdown, which need no display; the whole session with
-// its real windows runs under Xvfb in the main job (scripts/run.sh).
+// Start-up and shutdown need no display; the whole session's real windows
+// (the toolbar's combo boxes, the pane control) need the X display the test
+// command gives the Wine tests.
 // The stand-in's exit status says whether every check of its session held:
 // what the add-in wrote to each appointment (the values the native session
 // tests expect for the same picks), no failed connection call, no message
@@ -45,6 +46,17 @@ class StandinSession : public ::testing::Test {
 TEST_F(StandinSession, StartsAndShutsDownCleanlyOnEveryOutlookVersion) {
     for (int version : {9, 10, 11, 12, 14, 15, 16})
         EXPECT_EQ(startAndQuit(version), 0u) << "Outlook " << version;
+}
+
+TEST_F(StandinSession, BillsAppointmentsInTheCalendarAndInAppointmentWindows) {
+    if (GetEnvironmentVariableW(L"DISPLAY", nullptr, 0) == 0)
+        GTEST_SKIP() << "no X display (the test command gives the Wine tests an Xvfb)";
+    // 11: the appointment window gets the toolbar; 12: the task pane control.
+    for (int version : {11, 12})
+        EXPECT_EQ(run(L"\"" + folderOfThisProgram() + L"\\hb_standin.exe\" --version " +
+                      std::to_wstring(version)),
+                  0u)
+            << "Outlook " << version;
 }
 
 TEST_F(StandinSession, AnAddinThatCannotBeCreatedIsSetToLoadBehavior2AndOutlookGoesOn) {
