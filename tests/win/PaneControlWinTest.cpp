@@ -1,0 +1,679 @@
+// The task pane control "HBAddin.pane" hosted the way Office hosts it: in a
+// real window by an ActiveX container, here Wine's atl.dll (an "AtlAxWin"
+// window naming the control's CLSID), under an X server. The control comes
+// from HBAddin.dll's class object, registered for this process only, so the
+// test leaves the registry alone. The host hands it an appointment (a small
+// automation object of the test) and a settings body through IDispatch, as
+// the task pane code does; the test then reads the real child windows back:
+// captions, entries, selections, their rectangles at the pane's default size
+// and narrower and wider, Tab between the boxes, a user's pick written into
+// the appointment, and a picture of the pane for the README.
+//
+// Wine draws windows only with a display. The test command runs without
+// one, so PaneControlXvfb starts Xvfb (xvfb-run) and runs the PaneHosted
+// tests again in a second Wine process on that display; on their own,
+// without a display, they skip.
+#include <gtest/gtest.h>
+#include <windows.h>
+// windows.h first: the COM headers rely on its types.
+#include <ocidl.h>
+#include <oleauto.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "HBAddin_h.h"
+#include "win/com/ComObject.h"
+
+namespace hb {
+namespace {
+
+using com::ComPtr;
+
+constexpr wchar_t kChildVariable[] = L"HB_PANE_DISPLAY_CHILD";
+constexpr char kRecurrenceException[] = "IPM.OLE.CLASS.{00061055-0000-0000-C000-000000000046}";
+
+std::wstring testFolder() {
+    wchar_t path[MAX_PATH] = {};
+    GetModuleFileNameW(nullptr, path, MAX_PATH);
+    std::wstring p(path);
+    return p.substr(0, p.rfind(L'\\'));
+}
+
+// The Unix path of a file (the test starts Unix programs on it).
+std::string unixPath(const std::wstring& windowsPath) {
+    using Convert = char*(CDECL*)(LPCWSTR);
+    HMODULE kernel32 = GetModuleHandleW(L"kernel32.dll");
+    auto convert = reinterpret_cast<Convert>(
+        reinterpret_cast<void (*)()>(GetProcAddress(kernel32, "wine_get_unix_file_name")));
+    if (!convert) return std::string();
+    char* path = convert(windowsPath.c_str());
+    if (!path) return std::string();
+    std::string out(path);
+    HeapFree(GetProcessHeap(), 0, path);
+    return out;
+}
+
+std::wstring text(HWND hwnd) {
+    wchar_t buffer[256] = {};
+    GetWindowTextW(hwnd, buffer, 256);
+    return buffer;
+}
+
+std::wstring className(HWND hwnd) {
+    wchar_t buffer[64] = {};
+    GetClassNameW(hwnd, buffer, 64);
+    return buffer;
+}
+
+// The user's list separator, as Windows gives it.
+std::wstring listSeparator() {
+    wchar_t buffer[8] = {};
+    GetLocaleInfoW(LOCALE_USER_DEFAULT, LOCALE_SLIST, buffer, 8);
+    return buffer;
+}
+
+bool visible(HWND hwnd) {
+    return (GetWindowLongW(hwnd, GWL_STYLE) & WS_VISIBLE) != 0;
+}
+
+// A child's rectangle in its parent's client coordinates.
+RECT rectIn(HWND parent, HWND child) {
+    RECT r{};
+    GetWindowRect(child, &r);
+    MapWindowPoints(nullptr, parent, reinterpret_cast<POINT*>(&r), 2);
+    return r;
+}
+
+void pumpMessages() {
+    MSG msg;
+    while (PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE)) {
+        TranslateMessage(&msg);
+        DispatchMessageW(&msg);
+    }
+}
+
+// ---------------------------------------------------------------- the appointment
+
+// What the pane reads and writes of an Outlook AppointmentItem, as a plain
+// automation object with a table of members.
+class FakeItem : public com::ComObject<FakeItem, IDispatch> {
+  public:
+    enum Member : DISPID { kCategories = 1, kSubject, kMessageClass, kParent, kSave };
+
+    std::wstring categories;
+    std::wstring subject;
+    std::wstring messageClass = L"IPM.Appointment";
+    ComPtr<FakeItem> parent;
+    std::vector<std::wstring> categoryPuts;
+    int saves = 0;
+
+    ULONG references() {
+        AddRef();
+        return Release();
+    }
+
+    STDMETHODIMP GetTypeInfoCount(UINT* count) override {
+        *count = 0;
+        return S_OK;
+    }
+    STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo** info) override {
+        *info = nullptr;
+        return E_NOTIMPL;
+    }
+    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID, DISPID* ids) override {
+        static const std::map<std::wstring, DISPID> table = {
+            {L"categories", kCategories}, {L"subject", kSubject}, {L"messageclass", kMessageClass},
+            {L"parent", kParent},         {L"save", kSave},
+        };
+        HRESULT hr = S_OK;
+        for (UINT i = 0; i < count; ++i) {
+            std::wstring name = names[i];
+            for (wchar_t& c : name)
+                c = static_cast<wchar_t>(towlower(c));
+            auto it = table.find(name);
+            ids[i] = it == table.end() ? DISPID_UNKNOWN : it->second;
+            if (it == table.end()) hr = DISP_E_UNKNOWNNAME;
+        }
+        return hr;
+    }
+    STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* params, VARIANT* result,
+                        EXCEPINFO*, UINT*) override {
+        const bool put = (flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) != 0;
+        if (put) {
+            if (!params || params->cArgs != 1) return DISP_E_BADPARAMCOUNT;
+            VARIANT value;
+            VariantInit(&value);
+            if (FAILED(VariantChangeType(&value, &params->rgvarg[0], 0, VT_BSTR)))
+                return DISP_E_TYPEMISMATCH;
+            const std::wstring textValue(value.bstrVal, SysStringLen(value.bstrVal));
+            VariantClear(&value);
+            if (id == kCategories) {
+                categories = textValue;
+                categoryPuts.push_back(textValue);
+            } else if (id == kSubject) {
+                subject = textValue;
+            } else {
+                return DISP_E_MEMBERNOTFOUND;
+            }
+            return S_OK;
+        }
+        VARIANT ignored;
+        VARIANT* out = result ? result : &ignored;
+        VariantInit(out);
+        switch (id) {
+            case kCategories:
+                return textResult(categories, out);
+            case kSubject:
+                return textResult(subject, out);
+            case kMessageClass:
+                return textResult(messageClass, out);
+            case kParent:
+                if (!parent) return DISP_E_MEMBERNOTFOUND;
+                out->vt = VT_DISPATCH;
+                out->pdispVal = ComPtr<FakeItem>(parent).detach();
+                return S_OK;
+            case kSave:
+                ++saves;
+                return S_OK;
+            default:
+                return DISP_E_MEMBERNOTFOUND;
+        }
+    }
+
+  private:
+    static HRESULT textResult(const std::wstring& value, VARIANT* out) {
+        out->vt = VT_BSTR;
+        out->bstrVal = SysAllocStringLen(value.data(), static_cast<UINT>(value.size()));
+        return S_OK;
+    }
+};
+
+// ---------------------------------------------------------------- the display
+
+// Wine draws on the display its desktop was made with, and the test
+// command's Wine desktop has none. A process started with a display
+// (PaneControlXvfb's child) moves to a desktop of its own, made on that
+// display. True when windows can be made.
+bool displayReady() {
+    static const bool ready = [] {
+        if (GetEnvironmentVariableW(kChildVariable, nullptr, 0) > 0) {
+            wchar_t name[64];
+            swprintf(name, 64, L"HBPaneTest%lu", GetCurrentProcessId());
+            HDESK desktop = CreateDesktopW(name, nullptr, nullptr, 0, GENERIC_ALL, nullptr);
+            if (desktop) SetThreadDesktop(desktop);
+        }
+        HWND probe = CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 10, 10, nullptr, nullptr,
+                                     nullptr, nullptr);
+        if (!probe) return false;
+        DestroyWindow(probe);
+        return true;
+    }();
+    return ready;
+}
+
+// ---------------------------------------------------------------- the host
+
+// A settings body as the settings object builds it: report choice and
+// value, rate, the three filters, then one line per metadata list.
+std::wstring settingsBody(const std::wstring& lists) {
+    return L"2\r\nC:\\Data\\\r\n0\r\nFalse\r\nFalse\r\nFalse\r\n" + lists;
+}
+
+const std::wstring kThreeLists =
+    L"Soci\u00E9t\u00E9:Acme;Globex;Initech;\r\n"
+    L"Person:Jones;Smith;Zo\u00EB;\r\n"
+    L"\u0395\u03C1\u03B3\u03B1\u03C3\u03AF\u03B1:Office;Travel;"
+    L"\u03A4\u03B7\u03BB\u03AD\u03C6\u03C9\u03BD\u03BF;"
+    L"\r\n";
+
+using AtlAxWinInitFn = BOOL(WINAPI*)();
+using AtlAxGetControlFn = HRESULT(WINAPI*)(HWND, IUnknown**);
+
+template <class F>
+F function(HMODULE module, const char* name) {
+    return reinterpret_cast<F>(reinterpret_cast<void (*)()>(GetProcAddress(module, name)));
+}
+
+class PaneHosted : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        if (!displayReady())
+            GTEST_SKIP() << "no X display for Wine's windows; PaneControlXvfb runs these tests "
+                            "under an Xvfb server of their own";
+        ASSERT_TRUE(SUCCEEDED(OleInitialize(nullptr)));
+        oleInitialized_ = true;
+
+        dll_ = LoadLibraryW((testFolder() + L"\\HBAddin.dll").c_str());
+        ASSERT_NE(dll_, nullptr);
+        using GetClassObject = HRESULT(WINAPI*)(REFCLSID, REFIID, void**);
+        auto getClassObject = function<GetClassObject>(dll_, "DllGetClassObject");
+        ASSERT_NE(getClassObject, nullptr);
+        ComPtr<IClassFactory> factory;
+        ASSERT_EQ(
+            getClassObject(CLSID_Pane, IID_IClassFactory, reinterpret_cast<void**>(factory.put())),
+            S_OK);
+        // For this process only: CoCreateInstance finds the class without
+        // the registry.
+        ASSERT_EQ(CoRegisterClassObject(CLSID_Pane, factory.get(), CLSCTX_INPROC_SERVER,
+                                        REGCLS_MULTIPLEUSE, &classCookie_),
+                  S_OK);
+
+        atl_ = LoadLibraryW(L"atl.dll");
+        ASSERT_NE(atl_, nullptr) << "Wine's atl.dll";
+        auto init = function<AtlAxWinInitFn>(atl_, "AtlAxWinInit");
+        getControl_ = function<AtlAxGetControlFn>(atl_, "AtlAxGetControl");
+        ASSERT_NE(init, nullptr);
+        ASSERT_NE(getControl_, nullptr);
+        // Once per process: a second call finds the window class registered
+        // and answers FALSE.
+        static const bool initialized = init() != FALSE;
+        ASSERT_TRUE(initialized);
+
+        item_ = FakeItem::create();
+    }
+
+    void TearDown() override {
+        if (frame_) DestroyWindow(frame_);
+        control_.reset();
+        pumpMessages();
+        if (classCookie_) CoRevokeClassObject(classCookie_);
+        if (oleInitialized_) OleUninitialize();
+        // The DLL and atl.dll stay loaded: Wine's atl keeps its window class.
+    }
+
+    // A frame window whose client area is width x height, holding an
+    // "AtlAxWin" container window that creates the control by its CLSID.
+    void host(int width, int height) {
+        frame_ = CreateWindowExW(0, L"STATIC", L"Hourbook for Outlook", WS_POPUP | WS_VISIBLE, 0, 0,
+                                 width, height, nullptr, nullptr, nullptr, nullptr);
+        ASSERT_NE(frame_, nullptr);
+        wchar_t clsid[64] = {};
+        StringFromGUID2(CLSID_Pane, clsid, 64);
+        container_ = CreateWindowExW(0, L"AtlAxWin", clsid, WS_CHILD | WS_VISIBLE, 0, 0, width,
+                                     height, frame_, nullptr, nullptr, nullptr);
+        ASSERT_NE(container_, nullptr);
+        ComPtr<IUnknown> unknown;
+        ASSERT_EQ(getControl_(container_, unknown.put()), S_OK);
+        control_ = unknown.as<IDispatch>();
+        ASSERT_TRUE(control_);
+        ComPtr<IOleInPlaceObject> inPlace = unknown.as<IOleInPlaceObject>();
+        ASSERT_TRUE(inPlace);
+        ASSERT_EQ(inPlace->GetWindow(&pane_), S_OK) << "in-place active with a window";
+        pumpMessages();
+    }
+
+    // The host's two assignments, as the task pane code makes them.
+    void show(FakeItem& item, const std::wstring& lists) {
+        VARIANT appointment;
+        appointment.vt = VT_DISPATCH;
+        appointment.pdispVal = &item;
+        ASSERT_EQ(put(L"objAppointment", appointment, DISPATCH_PROPERTYPUTREF), S_OK);
+        VARIANT settings;
+        settings.vt = VT_BSTR;
+        settings.bstrVal = SysAllocString(settingsBody(lists).c_str());
+        ASSERT_EQ(put(L"Settings", settings, DISPATCH_PROPERTYPUT), S_OK);
+        SysFreeString(settings.bstrVal);
+        pumpMessages();
+    }
+
+    HRESULT put(const wchar_t* name, VARIANT& value, WORD how) {
+        DISPID id = 0;
+        LPOLESTR names[] = {const_cast<LPOLESTR>(name)};
+        HRESULT hr = control_->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id);
+        if (FAILED(hr)) return hr;
+        DISPID named = DISPID_PROPERTYPUT;
+        DISPPARAMS params{&value, &named, 1, 1};
+        return control_->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, how, &params, nullptr, nullptr,
+                                nullptr);
+    }
+
+    void resize(int width, int height) {
+        SetWindowPos(frame_, nullptr, 0, 0, width, height, SWP_NOZORDER | SWP_NOACTIVATE);
+        SetWindowPos(container_, nullptr, 0, 0, width, height, SWP_NOZORDER | SWP_NOACTIVATE);
+        pumpMessages();
+    }
+
+    std::vector<HWND> children(const wchar_t* kind) const {
+        std::vector<HWND> out;
+        for (HWND child = GetWindow(pane_, GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT))
+            if (_wcsicmp(className(child).c_str(), kind) == 0) out.push_back(child);
+        return out;
+    }
+    std::vector<HWND> labels() const { return children(L"Static"); }
+    std::vector<HWND> combos() const { return children(L"ComboBox"); }
+
+    static std::vector<std::wstring> entries(HWND combo) {
+        std::vector<std::wstring> out;
+        const int count = static_cast<int>(SendMessageW(combo, CB_GETCOUNT, 0, 0));
+        for (int i = 0; i < count; ++i) {
+            wchar_t buffer[128] = {};
+            SendMessageW(combo, CB_GETLBTEXT, i, reinterpret_cast<LPARAM>(buffer));
+            out.push_back(buffer);
+        }
+        return out;
+    }
+    static std::wstring selected(HWND combo) {
+        const LRESULT i = SendMessageW(combo, CB_GETCURSEL, 0, 0);
+        if (i == CB_ERR) return L"";
+        wchar_t buffer[128] = {};
+        SendMessageW(combo, CB_GETLBTEXT, i, reinterpret_cast<LPARAM>(buffer));
+        return buffer;
+    }
+
+    // What a user's choice does: the box's selection changes and the box
+    // tells its parent.
+    static void pick(HWND combo, const std::wstring& entry) {
+        const LRESULT i = SendMessageW(combo, CB_FINDSTRINGEXACT, static_cast<WPARAM>(-1),
+                                       reinterpret_cast<LPARAM>(entry.c_str()));
+        ASSERT_NE(i, CB_ERR) << "no entry " << std::string(entry.begin(), entry.end());
+        SendMessageW(combo, CB_SETCURSEL, static_cast<WPARAM>(i), 0);
+        SendMessageW(GetParent(combo), WM_COMMAND, MAKEWPARAM(GetDlgCtrlID(combo), CBN_SELCHANGE),
+                     reinterpret_cast<LPARAM>(combo));
+    }
+
+    // The layout at the pane's current size, checked against the rules
+    // every width must keep.
+    void expectLaidOut(int width, bool captionsBeside) {
+        RECT client{};
+        GetClientRect(pane_, &client);
+        EXPECT_EQ(client.right, width);
+        const auto l = labels();
+        const auto c = combos();
+        ASSERT_EQ(l.size(), 3u);
+        ASSERT_EQ(c.size(), 3u);
+        RECT previous{0, 0, 0, 0};
+        for (std::size_t i = 0; i < 3; ++i) {
+            const RECT lr = rectIn(pane_, l[i]);
+            const RECT cr = rectIn(pane_, c[i]);
+            SCOPED_TRACE("box " + std::to_string(i) + " at width " + std::to_string(width));
+            EXPECT_GT(cr.right - cr.left, 0);
+            EXPECT_GE(cr.left, 0);
+            EXPECT_LE(cr.right, width) << "the box stays inside the pane";
+            EXPECT_LE(lr.right, width);
+            EXPECT_GE(lr.top, previous.bottom) << "below the box before";
+            if (captionsBeside) {
+                EXPECT_LE(lr.right, cr.left) << "the caption stands left of its box";
+                EXPECT_LT(cr.top, lr.bottom);
+                EXPECT_GT(cr.bottom, lr.top);
+            } else {
+                EXPECT_LE(lr.bottom, cr.top) << "the caption stands above its box";
+                EXPECT_EQ(lr.left, cr.left);
+            }
+            previous = cr;
+        }
+        // The boxes take the width the captions leave, all alike.
+        const RECT first = rectIn(pane_, c[0]);
+        for (std::size_t i = 1; i < 3; ++i) {
+            const RECT r = rectIn(pane_, c[i]);
+            EXPECT_EQ(r.left, first.left);
+            EXPECT_EQ(r.right, first.right);
+        }
+        EXPECT_GE(first.right, width * 3 / 4) << "the boxes use the pane's width";
+    }
+
+    // Pixels of the window's own drawing differing from its background, in
+    // a band of its client area.
+    int drawnPixels(HWND hwnd, int top, int bottom) {
+        HDC dc = GetDC(hwnd);
+        const COLORREF background = GetSysColor(COLOR_BTNFACE);
+        RECT client{};
+        GetClientRect(hwnd, &client);
+        int count = 0;
+        for (int y = top; y < bottom; ++y)
+            for (int x = 0; x < client.right; ++x)
+                if (GetPixel(dc, x, y) != background) ++count;
+        ReleaseDC(hwnd, dc);
+        return count;
+    }
+
+    bool oleInitialized_ = false;
+    HMODULE dll_ = nullptr;
+    HMODULE atl_ = nullptr;
+    DWORD classCookie_ = 0;
+    AtlAxGetControlFn getControl_ = nullptr;
+    ComPtr<FakeItem> item_;
+    HWND frame_ = nullptr;
+    HWND container_ = nullptr;
+    HWND pane_ = nullptr;
+    ComPtr<IDispatch> control_;
+};
+
+// Writes the frame window's pixels as a 24-bit BMP file.
+bool saveBitmap(HWND window, const std::wstring& path) {
+    RECT r{};
+    GetWindowRect(window, &r);
+    const int width = r.right - r.left;
+    const int height = r.bottom - r.top;
+    HDC source = GetWindowDC(window);
+    HDC memory = CreateCompatibleDC(source);
+    BITMAPINFO info{};
+    info.bmiHeader.biSize = sizeof(info.bmiHeader);
+    info.bmiHeader.biWidth = width;
+    info.bmiHeader.biHeight = height;
+    info.bmiHeader.biPlanes = 1;
+    info.bmiHeader.biBitCount = 24;
+    void* bits = nullptr;
+    HBITMAP bitmap = CreateDIBSection(memory, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
+    HGDIOBJ old = SelectObject(memory, bitmap);
+    BitBlt(memory, 0, 0, width, height, source, 0, 0, SRCCOPY);
+    GdiFlush();
+    const DWORD stride = static_cast<DWORD>((width * 3 + 3) & ~3);
+    BITMAPFILEHEADER file{};
+    file.bfType = 0x4D42;
+    file.bfOffBits = sizeof(file) + sizeof(info.bmiHeader);
+    file.bfSize = file.bfOffBits + stride * static_cast<DWORD>(height);
+    std::ofstream out(std::filesystem::path(path), std::ios::binary);
+    out.write(reinterpret_cast<const char*>(&file), sizeof(file));
+    out.write(reinterpret_cast<const char*>(&info.bmiHeader), sizeof(info.bmiHeader));
+    out.write(static_cast<const char*>(bits), stride * static_cast<DWORD>(height));
+    SelectObject(memory, old);
+    DeleteObject(bitmap);
+    DeleteDC(memory);
+    ReleaseDC(window, source);
+    return out.good();
+}
+
+TEST_F(PaneHosted, FillsItsBoxesAndLaysThemOutAtEveryWidth) {
+    ASSERT_NO_FATAL_FAILURE(host(185, 600));
+    EXPECT_EQ(GetParent(pane_), container_);
+    EXPECT_TRUE(IsWindowVisible(pane_));
+    RECT bounds = rectIn(container_, pane_);
+    EXPECT_EQ(bounds.left, 0);
+    EXPECT_EQ(bounds.top, 0);
+    EXPECT_EQ(bounds.right, 185);
+    EXPECT_EQ(bounds.bottom, 600);
+
+    // Before the settings: three hidden boxes under hidden captions.
+    for (HWND combo : combos())
+        EXPECT_FALSE(visible(combo));
+
+    item_->categories = L"Globex" + listSeparator() + L" Smith";
+    ASSERT_NO_FATAL_FAILURE(show(*item_.get(), kThreeLists));
+    const auto l = labels();
+    const auto c = combos();
+    ASSERT_EQ(l.size(), 3u);
+    ASSERT_EQ(c.size(), 3u);
+    const std::wstring captions[] = {L"Soci\u00E9t\u00E9", L"Person",
+                                     L"\u0395\u03C1\u03B3\u03B1\u03C3\u03AF\u03B1"};
+    for (std::size_t i = 0; i < 3; ++i) {
+        EXPECT_EQ(text(l[i]), captions[i]) << "Unicode captions";
+        EXPECT_TRUE(visible(l[i]));
+        EXPECT_TRUE(visible(c[i]));
+        EXPECT_EQ(GetWindowLongW(c[i], GWL_STYLE) & 3, CBS_DROPDOWNLIST);
+    }
+    EXPECT_EQ(entries(c[1]), (std::vector<std::wstring>{L"Jones", L"Smith", L"Zo\u00EB"}));
+    EXPECT_EQ(entries(c[2]).back(), L"\u03A4\u03B7\u03BB\u03AD\u03C6\u03C9\u03BD\u03BF");
+    // The appointment's values preselected; the third has none.
+    EXPECT_EQ(selected(c[0]), L"Globex");
+    EXPECT_EQ(selected(c[1]), L"Smith");
+    EXPECT_EQ(selected(c[2]), L"");
+    // The system's message font, as Windows gives it.
+    NONCLIENTMETRICSW metrics{};
+    metrics.cbSize = sizeof(metrics);
+    ASSERT_TRUE(SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof(metrics), &metrics, 0));
+    LOGFONTW font{};
+    GetObjectW(reinterpret_cast<HFONT>(SendMessageW(c[0], WM_GETFONT, 0, 0)), sizeof(font), &font);
+    EXPECT_STREQ(font.lfFaceName, metrics.lfMessageFont.lfFaceName);
+
+    expectLaidOut(185, false);
+    // The logo above the first caption is drawn.
+    UpdateWindow(pane_);
+    EXPECT_GT(drawnPixels(pane_, 0, rectIn(pane_, l[0]).top), 20);
+    // The picture for the README, with two values chosen.
+    pick(c[0], L"Globex");
+    pick(c[1], L"Zo\u00EB");
+    pumpMessages();
+    EXPECT_EQ(selected(c[1]), L"Zo\u00EB");
+    EXPECT_TRUE(saveBitmap(frame_, testFolder() + L"\\pane.bmp"));
+
+    resize(90, 600);
+    expectLaidOut(90, false);
+    resize(520, 300);
+    expectLaidOut(520, true);
+}
+
+TEST_F(PaneHosted, APickWritesTheChoiceIntoTheAppointmentOrItsSeries) {
+    struct Case {
+        const char* name;
+        bool exception;
+    };
+    for (const Case& k : {Case{"appointment", false}, Case{"recurrence exception", true}}) {
+        SCOPED_TRACE(k.name);
+        ComPtr<FakeItem> item = FakeItem::create();
+        ComPtr<FakeItem> series = FakeItem::create();
+        item->categories = L"Acme";
+        series->categories = L"Initech" + listSeparator() + L"Zo\u00EB";
+        if (k.exception) {
+            item->messageClass = std::wstring(
+                kRecurrenceException, kRecurrenceException + sizeof(kRecurrenceException) - 1);
+            item->parent = series;
+        }
+        ASSERT_NO_FATAL_FAILURE(host(185, 600));
+        ASSERT_NO_FATAL_FAILURE(show(*item.get(), kThreeLists));
+        const auto c = combos();
+        ASSERT_EQ(c.size(), 3u);
+
+        // The values recorded, in the appointment or for an exception in
+        // its series, are preselected.
+        EXPECT_EQ(selected(c[0]), k.exception ? L"Initech" : L"Acme");
+        EXPECT_EQ(selected(c[1]), k.exception ? L"Zo\u00EB" : L"");
+
+        pick(c[2], L"Travel");
+        FakeItem& written = k.exception ? *series.get() : *item.get();
+        FakeItem& untouched = k.exception ? *item.get() : *series.get();
+        // The billing information text: every chosen value after the
+        // user's separator.
+        const std::wstring sep = listSeparator();
+        const std::wstring expected = k.exception
+                                          ? sep + L"Initech" + sep + L"Zo\u00EB" + sep + L"Travel"
+                                          : sep + L"Acme" + sep + L"Travel";
+        EXPECT_EQ(written.categoryPuts, std::vector<std::wstring>{expected});
+        EXPECT_TRUE(untouched.categoryPuts.empty());
+        // An exception's choice goes into its series, which is saved here;
+        // the appointment itself is saved by the user.
+        EXPECT_EQ(series->saves, k.exception ? 1 : 0);
+        EXPECT_EQ(item->saves, 0);
+
+        // The control ends with its container and lets the appointment go.
+        DestroyWindow(frame_);
+        frame_ = nullptr;
+        control_.reset();
+        pumpMessages();
+        EXPECT_EQ(item->references(), 1u);
+    }
+}
+
+TEST_F(PaneHosted, TabMovesBetweenTheVisibleBoxes) {
+    ASSERT_NO_FATAL_FAILURE(host(185, 600));
+    ASSERT_NO_FATAL_FAILURE(show(*item_.get(), L"Company:Acme;Globex;\r\nPerson:Jones;Smith;\r\n"));
+    const auto c = combos();
+    ASSERT_EQ(c.size(), 3u);
+    EXPECT_FALSE(visible(c[2])) << "two lists: the third box stays hidden";
+    ComPtr<IOleInPlaceActiveObject> active;
+    ASSERT_EQ(control_->QueryInterface(IID_IOleInPlaceActiveObject,
+                                       reinterpret_cast<void**>(active.put())),
+              S_OK);
+
+    SetForegroundWindow(frame_);
+    SetFocus(c[0]);
+    ASSERT_EQ(GetFocus(), c[0]);
+    const auto tab = [&] {
+        MSG msg{GetFocus(), WM_KEYDOWN, VK_TAB, 0x000F0001, 0, {}};
+        return active->TranslateAccelerator(&msg);
+    };
+    EXPECT_EQ(tab(), S_OK);
+    EXPECT_EQ(GetFocus(), c[1]);
+    EXPECT_EQ(tab(), S_OK);
+    EXPECT_EQ(GetFocus(), c[0]) << "past the last visible box, back to the first";
+
+    // Other keys are the container's.
+    MSG other{c[0], WM_KEYDOWN, 'A', 0x001E0001, 0, {}};
+    EXPECT_EQ(active->TranslateAccelerator(&other), S_FALSE);
+}
+
+// ---------------------------------------------------------------- under Xvfb
+
+TEST(PaneControlXvfb, RunsTheHostedTestsUnderAnXServerOfTheirOwn) {
+    if (GetEnvironmentVariableW(kChildVariable, nullptr, 0) > 0)
+        GTEST_SKIP() << "this is the process running under Xvfb";
+    if (GetFileAttributesW(L"Z:\\usr\\bin\\xvfb-run") == INVALID_FILE_ATTRIBUTES)
+        GTEST_SKIP() << "no xvfb-run (Debian package xvfb): the pane's window tests cannot run";
+
+    const std::wstring folder = testFolder();
+    wchar_t self[MAX_PATH] = {};
+    GetModuleFileNameW(nullptr, self, MAX_PATH);
+    const std::string exe = unixPath(self);
+    const std::string log = unixPath(folder + L"\\pane-xvfb.log");
+    const std::string bmp = unixPath(folder + L"\\pane.bmp");
+    const std::string png = unixPath(folder + L"\\pane.png");
+    const std::wstring rcFile = folder + L"\\pane-xvfb.rc";
+    ASSERT_FALSE(exe.empty()) << "Wine's wine_get_unix_file_name";
+    DeleteFileW((folder + L"\\pane.bmp").c_str());
+    DeleteFileW(rcFile.c_str());
+
+    // A second Wine process of the same prefix, on a display of its own;
+    // then the picture it took becomes the README's PNG. Wine gives no exit
+    // code for a Unix process, so the script leaves its own in a file.
+    const std::string script =
+        "HB_PANE_DISPLAY_CHILD=1 xvfb-run -a -s '-screen 0 1024x768x24' wine '" + exe +
+        "' --gtest_filter='PaneHosted.*' >'" + log + "' 2>&1; rc=$?; if [ -f '" + bmp +
+        "' ] && command -v convert >/dev/null; then convert '" + bmp + "' '" + png +
+        "'; fi; echo $rc >'" + unixPath(rcFile) + ".tmp' && mv '" + unixPath(rcFile) + ".tmp' '" +
+        unixPath(rcFile) + "'";
+    std::wstring command = L"/bin/sh -c \"" + std::wstring(script.begin(), script.end()) + L"\"";
+    STARTUPINFOW si{};
+    si.cb = sizeof(si);
+    PROCESS_INFORMATION pi{};
+    ASSERT_TRUE(CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr,
+                               nullptr, &si, &pi))
+        << "starting /bin/sh from Wine: " << GetLastError();
+    CloseHandle(pi.hThread);
+    CloseHandle(pi.hProcess);
+    // Up to the test's CTest limit, less a margin.
+    std::ifstream rcIn;
+    for (int waited = 0; waited < 1000 && !rcIn.is_open(); ++waited) {
+        Sleep(100);
+        rcIn.open(std::filesystem::path(rcFile));
+    }
+    ASSERT_TRUE(rcIn.is_open()) << "the run under Xvfb did not finish";
+    int rc = -1;
+    rcIn >> rc;
+
+    std::ifstream in(std::filesystem::path(folder + L"\\pane-xvfb.log"));
+    std::stringstream output;
+    output << in.rdbuf();
+    const std::string got = output.str();
+    std::printf("---- the PaneHosted tests under Xvfb ----\n%s----\n", got.c_str());
+    EXPECT_EQ(rc, 0);
+    EXPECT_NE(got.find("[  PASSED  ] 3 tests"), std::string::npos);
+    EXPECT_EQ(got.find("[  SKIPPED ]"), std::string::npos) << "every hosted test ran";
+}
+
+}  // namespace
+}  // namespace hb
