@@ -1,5 +1,6 @@
 #include "apps/settings/SettingsDialog.h"
 
+#include <functional>
 #include <string>
 
 #include "apps/settings/SettingsResource.h"
@@ -88,22 +89,28 @@ void showLists(HWND dialog, int list, int entry) {
     showEntries(dialog, entry);
 }
 
+// The check boxes and text fields, each with the value it shows.
+const std::pair<int, bool Values::*> kSwitches[] = {
+    {IDC_EVENTS, &Values::filterEvents},       {IDC_PRIVATE, &Values::filterPrivate},
+    {IDC_RECURRING, &Values::filterRecurring}, {IDC_CONVERT24, &Values::convert24},
+    {IDC_REMOVELUNCH, &Values::removeLunch},   {IDC_LOCALCUBE, &Values::createLocalCube},
+    {IDC_STARTGRID, &Values::startGrid},       {IDC_WRITESUBJECT, &Values::writeSubject},
+};
+const std::pair<int, Str Values::*> kFields[] = {
+    {IDC_VALUE, &Values::reportValue},
+    {IDC_RATE, &Values::rate},
+    {IDC_CONVERTHOURS, &Values::convert24Hours},
+    {IDC_LUNCHHOURS, &Values::removeLunchHours},
+};
+
 void showValues(HWND dialog) {
     const Values& v = stateOf(dialog).editor.values();
     check(dialog, IDC_DATABASE, v.reportChoice != 3);
     check(dialog, IDC_CONNECTION, v.reportChoice == 3);
-    setText(dialog, IDC_VALUE, v.reportValue);
-    setText(dialog, IDC_RATE, v.rate);
-    check(dialog, IDC_EVENTS, v.filterEvents);
-    check(dialog, IDC_PRIVATE, v.filterPrivate);
-    check(dialog, IDC_RECURRING, v.filterRecurring);
-    check(dialog, IDC_CONVERT24, v.convert24);
-    setText(dialog, IDC_CONVERTHOURS, v.convert24Hours);
-    check(dialog, IDC_REMOVELUNCH, v.removeLunch);
-    setText(dialog, IDC_LUNCHHOURS, v.removeLunchHours);
-    check(dialog, IDC_LOCALCUBE, v.createLocalCube);
-    check(dialog, IDC_STARTGRID, v.startGrid);
-    check(dialog, IDC_WRITESUBJECT, v.writeSubject);
+    for (const auto& [id, field] : kSwitches)
+        check(dialog, id, v.*field);
+    for (const auto& [id, field] : kFields)
+        setText(dialog, id, v.*field);
     showLists(dialog, v.lists.empty() ? -1 : 0, -1);
 }
 
@@ -155,18 +162,10 @@ void showTexts(HWND dialog) {
 void readValues(HWND dialog) {
     Values& v = stateOf(dialog).editor.values();
     v.reportChoice = checked(dialog, IDC_CONNECTION) ? 3 : 2;
-    v.reportValue = textOf(dialog, IDC_VALUE);
-    v.rate = textOf(dialog, IDC_RATE);
-    v.filterEvents = checked(dialog, IDC_EVENTS);
-    v.filterPrivate = checked(dialog, IDC_PRIVATE);
-    v.filterRecurring = checked(dialog, IDC_RECURRING);
-    v.convert24 = checked(dialog, IDC_CONVERT24);
-    v.convert24Hours = textOf(dialog, IDC_CONVERTHOURS);
-    v.removeLunch = checked(dialog, IDC_REMOVELUNCH);
-    v.removeLunchHours = textOf(dialog, IDC_LUNCHHOURS);
-    v.createLocalCube = checked(dialog, IDC_LOCALCUBE);
-    v.startGrid = checked(dialog, IDC_STARTGRID);
-    v.writeSubject = checked(dialog, IDC_WRITESUBJECT);
+    for (const auto& [id, field] : kSwitches)
+        v.*field = checked(dialog, id);
+    for (const auto& [id, field] : kFields)
+        v.*field = textOf(dialog, id);
 }
 
 int controlOf(Field field) {
@@ -205,79 +204,88 @@ void finish(HWND dialog, int result) {
 
 // --- commands -------------------------------------------------------------
 
-void onListCommand(HWND dialog, int id) {
-    SettingsEditor& editor = stateOf(dialog).editor;
-    const int list = selection(dialog, IDC_LISTS);
-    const auto at = static_cast<std::size_t>(list);
-    const int count = static_cast<int>(editor.values().lists.size());
+// One column of the dialog: a list box of rows, a name field, and the
+// buttons that add, rename, remove and move rows, over the editor's
+// operations for the lists or for the entries of the selected list.
+struct Column {
+    int box, name, add, rename, remove, up, down;
+    std::function<std::size_t()> count;
+    std::function<std::optional<Refusal>(const Str&)> addRow;
+    std::function<std::optional<Refusal>(std::size_t, const Str&)> renameRow;
+    std::function<void(std::size_t)> removeRow;
+    std::function<bool(std::size_t, int)> moveRow;
+    std::function<void(int)> show;  // shows the column with that row selected
+};
+
+void onColumnCommand(HWND dialog, const Column& c, int id) {
+    const int row = selection(dialog, c.box);
+    const auto at = static_cast<std::size_t>(row);
+    const int count = static_cast<int>(c.count());
     std::optional<Refusal> r;
-    int select = list;
-    switch (id) {
-        case IDC_ADDLIST:
-            r = editor.addList(textOf(dialog, IDC_LISTNAME));
-            select = count;
-            break;
-        case IDC_RENAMELIST:
-            if (list < 0) return;
-            r = editor.renameList(at, textOf(dialog, IDC_LISTNAME));
-            break;
-        case IDC_REMOVELIST:
-            if (list < 0) return;
-            editor.removeList(at);
-            select = list < count - 1 ? list : list - 1;
-            break;
-        case IDC_LISTUP:
-        case IDC_LISTDOWN: {
-            const int by = id == IDC_LISTUP ? -1 : 1;
-            if (list < 0 || !editor.moveList(at, by)) return;
-            select = list + by;
-            break;
-        }
-        default:
-            return;
+    int select = row;
+    if (id == c.add) {
+        r = c.addRow(textOf(dialog, c.name));
+        select = count;
+    } else if (row < 0) {
+        return;
+    } else if (id == c.rename) {
+        r = c.renameRow(at, textOf(dialog, c.name));
+    } else if (id == c.remove) {
+        c.removeRow(at);
+        select = row < count - 1 ? row : row - 1;
+    } else if (id == c.up || id == c.down) {
+        const int by = id == c.up ? -1 : 1;
+        if (!c.moveRow(at, by)) return;
+        select = row + by;
+    } else {
+        return;
     }
     if (r) return refused(dialog, *r);
-    if (id == IDC_ADDLIST) setText(dialog, IDC_LISTNAME, Str());
-    showLists(dialog, select, -1);
+    if (id == c.add) setText(dialog, c.name, Str());
+    c.show(select);
+}
+
+void onListCommand(HWND dialog, int id) {
+    SettingsEditor& e = stateOf(dialog).editor;
+    const Column lists{
+        IDC_LISTS,
+        IDC_LISTNAME,
+        IDC_ADDLIST,
+        IDC_RENAMELIST,
+        IDC_REMOVELIST,
+        IDC_LISTUP,
+        IDC_LISTDOWN,
+        [&] { return e.values().lists.size(); },
+        [&](const Str& name) { return e.addList(name); },
+        [&](std::size_t i, const Str& name) { return e.renameList(i, name); },
+        [&](std::size_t i) { e.removeList(i); },
+        [&](std::size_t i, int by) { return e.moveList(i, by); },
+        [&](int row) { showLists(dialog, row, -1); },
+    };
+    onColumnCommand(dialog, lists, id);
 }
 
 void onEntryCommand(HWND dialog, int id) {
-    SettingsEditor& editor = stateOf(dialog).editor;
-    const int list = selection(dialog, IDC_LISTS);
-    if (list < 0) return;
-    const auto l = static_cast<std::size_t>(list);
-    const int entry = selection(dialog, IDC_ENTRIES);
-    const auto at = static_cast<std::size_t>(entry);
-    const int count = static_cast<int>(editor.values().lists[l].entries.size());
-    std::optional<Refusal> r;
-    int select = entry;
-    switch (id) {
-        case IDC_ADDENTRY:
-            r = editor.addEntry(l, textOf(dialog, IDC_ENTRYNAME));
-            select = count;
-            break;
-        case IDC_RENAMEENTRY:
-            if (entry < 0) return;
-            r = editor.renameEntry(l, at, textOf(dialog, IDC_ENTRYNAME));
-            break;
-        case IDC_REMOVEENTRY:
-            if (entry < 0) return;
-            editor.removeEntry(l, at);
-            select = entry < count - 1 ? entry : entry - 1;
-            break;
-        case IDC_ENTRYUP:
-        case IDC_ENTRYDOWN: {
-            const int by = id == IDC_ENTRYUP ? -1 : 1;
-            if (entry < 0 || !editor.moveEntry(l, at, by)) return;
-            select = entry + by;
-            break;
-        }
-        default:
-            return;
-    }
-    if (r) return refused(dialog, *r);
-    if (id == IDC_ADDENTRY) setText(dialog, IDC_ENTRYNAME, Str());
-    showEntries(dialog, select);
+    SettingsEditor& e = stateOf(dialog).editor;
+    const int selected = selection(dialog, IDC_LISTS);
+    if (selected < 0) return;
+    const auto list = static_cast<std::size_t>(selected);
+    const Column entries{
+        IDC_ENTRIES,
+        IDC_ENTRYNAME,
+        IDC_ADDENTRY,
+        IDC_RENAMEENTRY,
+        IDC_REMOVEENTRY,
+        IDC_ENTRYUP,
+        IDC_ENTRYDOWN,
+        [&] { return e.values().lists[list].entries.size(); },
+        [&](const Str& name) { return e.addEntry(list, name); },
+        [&](std::size_t i, const Str& name) { return e.renameEntry(list, i, name); },
+        [&](std::size_t i) { e.removeEntry(list, i); },
+        [&](std::size_t i, int by) { return e.moveEntry(list, i, by); },
+        [&](int row) { showEntries(dialog, row); },
+    };
+    onColumnCommand(dialog, entries, id);
 }
 
 void onOk(HWND dialog) {

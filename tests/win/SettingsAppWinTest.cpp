@@ -7,10 +7,10 @@
 // forms run as a process, the way a script runs them: /export and /import of
 // the settings body (UTF-8), their exit codes and the reason on stderr.
 //
-// Wine draws windows only with a display, and the test command runs without
-// one: SettingsAppXvfb runs the SettingsAppDialog tests again in a second
-// Wine process under an Xvfb server of its own; on their own, without a
-// display, they skip.
+// Wine draws windows only with a display. Where the test command gives none,
+// SettingsAppXvfb runs the SettingsAppDialog tests again in a second Wine
+// process under an Xvfb server of its own; on their own, without a display,
+// they skip.
 #include "apps/settings/SettingsDialog.h"
 #include "apps/settings/SettingsResource.h"
 #include "apps/settings/SettingsStore.h"
@@ -514,6 +514,8 @@ std::string unixPath(const std::wstring& windowsPath) {
 TEST(SettingsAppXvfb, RunsTheDialogTestsUnderAnXServerOfTheirOwn) {
     if (GetEnvironmentVariableW(kChildVariable, nullptr, 0) > 0)
         GTEST_SKIP() << "this is the process running under Xvfb";
+    if (displayReady())
+        GTEST_SKIP() << "this process has a display: the SettingsAppDialog tests run in it";
     if (GetFileAttributesW(L"Z:\\usr\\bin\\xvfb-run") == INVALID_FILE_ATTRIBUTES)
         GTEST_SKIP() << "no xvfb-run (Debian package xvfb): the dialog tests cannot run";
     wchar_t self[MAX_PATH] = {};
