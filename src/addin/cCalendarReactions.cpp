@@ -189,7 +189,7 @@ void cCalendarReactions::ouisMyInspectors_NewInspector(const Variant& inspector)
         subTrace(s, u"Adding the new inspector object to the collection");
         const Variant item = inspector.get(u"CurrentItem");
         const Str messageClass = item.get(u"MessageClass").toStr();
-        const Str storeID = item.get(u"Parent").get(u"StoreID").toStr();
+        const Str storeID = fncItemStoreID(item);
         // Without a connection through the host only the default calendar's
         // store counts.
         if (!s.blnConnected && storeID != s.strCalendarStoreID) return;

@@ -62,6 +62,13 @@ bool fncIsAppointmentClass(Session& s, const Str& messageClass) {
     return result;
 }
 
+Str fncItemStoreID(const Variant& item) {
+    const Variant parent = item.get(u"Parent");
+    if (item.get(u"MessageClass").toStr() == kRecurrenceExceptionClass)
+        return parent.get(u"Parent").get(u"StoreID").toStr();
+    return parent.get(u"StoreID").toStr();
+}
+
 Variant fncGetToolbar(Session& s, const Variant& window) {
     Variant bar;
     trap(s, u"cExplorerEvents.fncGetToolbar", [&] {
@@ -98,7 +105,7 @@ void subReattachInspectors(Session& s) {
         const Variant inspectors = sessionApplication(s).get(u"Inspectors");
         for (const Variant& inspector : inspectors.obj().enumerate()) {
             const Variant item = inspector.get(u"CurrentItem");
-            if (item.get(u"Parent").get(u"StoreID").toStr() != s.strCalendarStoreID) continue;
+            if (fncItemStoreID(item) != s.strCalendarStoreID) continue;
             if (!fncIsAppointmentClass(s, item.get(u"MessageClass").toStr())) continue;
             reactions->colInspectors.push_back(std::make_shared<cInspectorEvents>(s));
             reactions->colInspectors.back()->setOuiMyInspector(inspector);
@@ -195,7 +202,11 @@ void cExplorerEvents::oueMyExplorer_BeforeFolderSwitch(const Variant& newFolder,
     trap(s, u"cExplorerEvents.oueMyExplorer_BeforeFolderSwitch", [&] {
         subTrace(s, u"Checking if the current folder is an appointment folder");
         if (newFolder.get(u"EntryID").toStr() != s.strCalendarEntryID) {
-            if (const std::shared_ptr<cToolBarItem> toolbar = s.objToolBar)
+            // The holder's bar is the calendar window's. Only a window that
+            // leaves the calendar takes it away; another window moving
+            // between its mail folders leaves the calendar window its bar.
+            const std::shared_ptr<cToolBarItem> toolbar = s.objToolBar;
+            if (toolbar && CheckFolder(s, oueMyExplorer_.get(u"CurrentFolder")))
                 toolbar->RemoveToolbar();
             blnCalendarFolder = false;
         } else {
@@ -298,10 +309,14 @@ void cExplorerEvents::oueMyExplorer_SelectionChange() {
             });
             if (messageClass) {
                 if (fncIsAppointmentClass(s, *messageClass)) {
-                    const std::optional<Str> key = tryGet(s, [&] {
-                        return item.get(u"Subject").toStr() + item.get(u"Start").toStr();
-                    });
-                    if (key && toolbar && *key != toolbar->strEntryID()) {
+                    // The selected item is always the one shown and written.
+                    // Telling items apart by subject and start (the key the
+                    // holder keeps of the item it last wrote) mistakes a
+                    // copy for its original, and skipping the item last
+                    // written left the boxes on another item, or empty after
+                    // a Deactivate. Showing it again costs little: the boxes
+                    // are refilled only when their lists changed.
+                    if (toolbar) {
                         Variant bar;
                         if (resumeNext(s, [&] { bar = fncGetToolbar(s, oueMyExplorer_); })) {
                             withToolbar([&](cToolBarItem& t) { t.setOfbCurrCommandBar(bar); });

@@ -38,6 +38,10 @@ class cExplorerEvents : public std::enable_shared_from_this<cExplorerEvents> {
 // The calendar tests the whole add-in uses.
 bool CheckFolder(Session& s, const Variant& folder);
 bool fncIsAppointmentClass(Session& s, const Str& messageClass);
+// The StoreID of the folder that holds an item. An exception of a recurring
+// series has its series as Parent, which has no StoreID: its store is that
+// of the series' folder. No trap: errors go to the caller.
+Str fncItemStoreID(const Variant& item);
 // Finds or creates the add-in's command bar in an Explorer or Inspector.
 Variant fncGetToolbar(Session& s, const Variant& window);
 // Deletes every bar of the add-in's name from a CommandBars collection.

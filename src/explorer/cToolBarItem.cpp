@@ -400,14 +400,14 @@ void cToolBarItem::GetCurrentValues() {
     });
 }
 
+// No error trap of its own: SaveValues calls it with errors ignored, so a
+// subject that Outlook refuses to change stays as it was and nothing is
+// shown to the user, as for every other write into the item.
 void cToolBarItem::subWriteSubject(const Variant& item) {
-    Session& s = s_;
-    trap(s, u"cToolBarItem.subWriteSubject", [&] {
-        const Str subject = item.get(u"Subject").toStr();
-        // A subject of the user's own is never overwritten.
-        if (!subject.empty() && !fncIsHourbookData(subject)) return;
-        item.put(u"Subject", item.get(u"Categories"));
-    });
+    const Str subject = item.get(u"Subject").toStr();
+    // A subject of the user's own is never overwritten.
+    if (!subject.empty() && !fncIsHourbookData(subject)) return;
+    item.put(u"Subject", item.get(u"Categories"));
 }
 
 bool cToolBarItem::fncIsHourbookData(const Str& text) {

@@ -87,10 +87,14 @@ void Pane::setSettings(const Str& settings) {
     Session& s = s_;
     blnLoading_ = true;
 
-    resumeNext(s, [&] { settingsOf(s).FromString(settings); });
+    // Parsed into the pane's own settings object: parsing converts the rate
+    // through a 16-bit integer, which must neither change the session's rate
+    // (the next save would store it rounded) nor stop the pane from showing
+    // its lists when the rate does not fit.
+    settings_ = std::make_unique<cPersonalSettings>(s, cPersonalSettings::BodyOnly{});
+    settings_->FromStringForPane(settings);
 
-    std::vector<std::shared_ptr<cMetaDictionary>> lists;
-    resumeNext(s, [&] { lists = settingsOf(s).MetaDataLists; });
+    const std::vector<std::shared_ptr<cMetaDictionary>> lists = settings_->MetaDataLists;
     int i = 0;
     for (const auto& list : lists) {
         if (!list->Caption.empty()) {
@@ -200,6 +204,13 @@ void Pane::cmbMeta_Click(int /*index*/) {
             resumeNext(s, [&] { target.put(u"Subject", target.get(u"Categories")); });
         }
     }
+    // The user saves the appointment of the window, but for an exception
+    // the choice went into its series, which that save does not store: the
+    // series is saved here, or the choice would be lost when the window
+    // closes.
+    resumeNext(s, [&] {
+        if (!sameObject(target, objAppointment_)) target.call(u"Save");
+    });
 }
 
 void Pane::UserControl_Resize() {

@@ -11,6 +11,7 @@
 namespace hb {
 
 class cMarking;
+class cPersonalSettings;
 
 // The three labels lblMeta(0..2) and combo boxes cmbMeta(0..2).
 class PaneView {
@@ -48,6 +49,9 @@ class Pane {
     PaneView& view_;
     Variant objAppointment_;
     std::shared_ptr<cMarking> objMarking_;
+    // The settings text parsed, the pane's own: the session's settings are
+    // not touched by showing a pane.
+    std::unique_ptr<cPersonalSettings> settings_;
     bool blnLoading_ = false;
     ObjectPtr object_;
 };

@@ -39,6 +39,18 @@ cPersonalSettings::cPersonalSettings(Session& s) : s_(s) {
     trap(s_, u"cPersonalSettings.Class_Initialize", [&] { classInitialize(); });
 }
 
+cPersonalSettings::cPersonalSettings(Session& s, BodyOnly) : s_(s) {}
+
+namespace {
+
+// A body or list text whose last line lacks its CR LF loses that line when
+// read: a load that does so has not taken all of the store's lists.
+bool endsWithLineBreak(const Str& text) {
+    return text.empty() || text::right(text, 2) == kCrLf;
+}
+
+}  // namespace
+
 void cPersonalSettings::classInitialize() {
     // 1.
     MetaDataLists.clear();
@@ -115,7 +127,15 @@ Str cPersonalSettings::fncBuildBody() {
     const Str crlf = kCrLf;
     Str body;
     body += toStr(lngReportChoice) + crlf;
-    body += strReportValue + crlf;
+    // A connection text read from its file usually ends with a line break;
+    // in the body that would push the rate, the filters and the lists one
+    // line down, and every reader of the body would fail on them. Line
+    // breaks at the end of a connection text mean nothing, so they are left
+    // out here (the registry keeps the text as it is).
+    Str reportValue = strReportValue;
+    while (!reportValue.empty() && (reportValue.back() == u'\r' || reportValue.back() == u'\n'))
+        reportValue.pop_back();
+    body += reportValue + crlf;
     body += Variant(curPersonalRate).toStr(loc) + crlf;  // CStr: the user's decimal separator
     body += boolText(blnFilterEvents) + crlf;
     body += boolText(blnFilterPrivate) + crlf;
@@ -143,42 +163,53 @@ void cPersonalSettings::parseMetadataLine(const Str& line) {
     }
 }
 
-void cPersonalSettings::takeBodyFrom(const std::vector<Str>& fields, const Locale& loc) {
+void cPersonalSettings::takeBodyFrom(const std::vector<Str>& fields, const Locale& loc,
+                                     bool rateMayFail) {
     const std::size_t n = fields.size() - 1;
-    // 4. The rate through a 16-bit integer (halves to even, -32768..32767 on
+    ++generation_;
+    // The rate through a 16-bit integer (halves to even, -32768..32767 on
     // this path; the registry path keeps the full currency value).
-    curPersonalRate = Currency::fromUnits(textToInteger(fields[2], loc));
-    // 5.
+    if (rateMayFail) {
+        try {
+            curPersonalRate = Currency::fromUnits(textToInteger(fields[2], loc));
+        } catch (const AutomationError&) {
+        }
+    } else {
+        curPersonalRate = Currency::fromUnits(textToInteger(fields[2], loc));
+    }
     blnFilterEvents = Variant(fields[3]).toBool(loc);
     blnFilterPrivate = Variant(fields[4]).toBool(loc);
     blnFilterRecurring = Variant(fields[5]).toBool(loc);
-    // 6.
     MetaDataLists = {};
-    // 7. Fields 6 to n - 1: the last field (the rest after the final CR LF)
-    // is skipped.
+    // Fields 6 to n - 1: the last field (the rest after the final CR LF) is
+    // skipped.
     for (std::size_t i = 6; i < n; ++i)
         parseMetadataLine(fields[i]);
 }
 
+void cPersonalSettings::parseBody(const Str& strSettings, bool rateMayFail) {
+    const Locale loc = s_.platform.userLocale();
+    const std::vector<Str> fields = text::split(strSettings, kCrLf);
+    // Fewer than seven fields: nothing at all.
+    if (fields.size() < 7) return;
+    if (isNumeric(Variant(fields[0]), loc)) {
+        lngReportChoice = textToInteger(fields[0], loc);
+        strReportValue = fields[1];
+    }
+    takeBodyFrom(fields, loc, rateMayFail);
+}
+
 void cPersonalSettings::FromString(const Str& strSettings) noexcept {
-    trap(s_, u"FromString", [&] {
-        const Locale loc = s_.platform.userLocale();
-        // 1.
-        const std::vector<Str> fields = text::split(strSettings, kCrLf);
-        // 2. Fewer than seven fields: nothing at all.
-        if (fields.size() < 7) return;
-        // 3.
-        if (isNumeric(Variant(fields[0]), loc)) {
-            lngReportChoice = textToInteger(fields[0], loc);
-            strReportValue = fields[1];
-        }
-        // 4. to 7.
-        takeBodyFrom(fields, loc);
-    });
+    trap(s_, u"FromString", [&] { parseBody(strSettings, false); });
+}
+
+void cPersonalSettings::FromStringForPane(const Str& strSettings) noexcept {
+    trap(s_, u"FromString", [&] { parseBody(strSettings, true); });
 }
 
 void cPersonalSettings::subPopulateMetadataList(const Str& strList) noexcept {
-    trap(s_, u"subPopulateMetadataList", [&] {
+    const bool ran = trap(s_, u"subPopulateMetadataList", [&] {
+        ++generation_;
         const std::vector<Str> fields = text::split(strList, kCrLf);
         // No CR LF at all: the lists stay untouched.
         if (fields.size() < 2) return;
@@ -186,11 +217,21 @@ void cPersonalSettings::subPopulateMetadataList(const Str& strList) noexcept {
         for (std::size_t i = 0; i + 1 < fields.size(); ++i)
             parseMetadataLine(fields[i]);
     });
+    // A list text that failed, or whose last list had no CR LF and was
+    // dropped, has not been taken whole: a save now would store the lists
+    // without it.
+    if (!ran || !endsWithLineBreak(strList)) loadFailed_ = true;
 }
 
 // --- stores ---------------------------------------------------------------
 
 void cPersonalSettings::SaveSettings() noexcept {
+    // After a load that failed or took only part of the stores, the fields
+    // are not the user's settings: writing them would replace good data in
+    // both stores (the lists included) with what happened to be read.
+    // Nothing is written until a load succeeds; the session goes on with
+    // the fields as they are.
+    if (loadFailed_) return;
     trap(s_, u"SaveSettings", [&] {
         const Locale loc = s_.platform.userLocale();
         // 1.
@@ -235,7 +276,9 @@ void cPersonalSettings::SaveSettings() noexcept {
 }
 
 bool cPersonalSettings::GetValuesFromSettings() noexcept {
-    trap(s_, u"GetValuesFromSettings", [&] {
+    loadFailed_ = false;
+    ++generation_;
+    const bool ran = trap(s_, u"GetValuesFromSettings", [&] {
         const Locale loc = s_.platform.userLocale();
         // 1.
         subTrace(s_, u"Reading Hourbook settings from Registry!");
@@ -273,12 +316,12 @@ bool cPersonalSettings::GetValuesFromSettings() noexcept {
         blnWriteSubject =
             Variant(GetSettingString(s_, kSection, u"WriteSubject", u"true")).toBool(loc);
     });
-    // 5.
+    if (!ran) loadFailed_ = true;
     return true;
 }
 
 void cPersonalSettings::subReadExistingSettingAppointment2050() noexcept {
-    trap(s_, u"subReadExistingSettingAppointment2050", [&] {
+    const bool ran = trap(s_, u"subReadExistingSettingAppointment2050", [&] {
         const Locale loc = s_.platform.userLocale();
         // 1.
         subTrace(s_, u"Getting settings from appointment on 1 jan 2050");
@@ -324,6 +367,8 @@ void cPersonalSettings::subReadExistingSettingAppointment2050() noexcept {
             lngReportChoice = choice;
             strReportValue = value;
             takeBodyFrom(fields, loc);
+            // A body whose last list had no CR LF lost that list.
+            if (!fields.back().empty()) loadFailed_ = true;
         }
         // 5. The seven user properties, whether or not a body was found.
         blnConvert24 =
@@ -346,6 +391,7 @@ void cPersonalSettings::subReadExistingSettingAppointment2050() noexcept {
             fncGetProperty(s_, appointment, u"blnWriteSubject", vbtype::vbBoolean, Variant(Str()))
                 .toBool(loc);
     });
+    if (!ran) loadFailed_ = true;
 }
 
 }  // namespace hb

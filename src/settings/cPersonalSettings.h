@@ -26,13 +26,20 @@ class cPersonalSettings {
     // report folder, and the defaults. Errors are reported under
     // "cPersonalSettings.Class_Initialize".
     explicit cPersonalSettings(Session& s);
+    // A settings object that only takes what a settings body carries: no
+    // report source looked up, no defaults, nothing traced. The task pane
+    // parses the text it is given into one of these, so that showing a pane
+    // changes nothing in the session's own settings (nor, through them, in
+    // what the next save writes).
+    struct BodyOnly {};
+    cPersonalSettings(Session& s, BodyOnly);
     cPersonalSettings(const cPersonalSettings&) = delete;
     cPersonalSettings& operator=(const cPersonalSettings&) = delete;
 
-    // Fields, in the declaration order of the Part. They start at the run
-    // time's zero values; construction sets the Part's defaults (report
-    // source, 8, 0.75, 185, 600, 2, ...), so a construction that fails half
-    // way leaves the fields as far as they were set.
+    // Fields. They start at the run time's zero values; construction sets
+    // the defaults (report source, 8, 0.75, 185, 600, 2, ...), so a
+    // construction that fails half way leaves the fields as far as they
+    // were set.
     std::vector<std::shared_ptr<cMetaDictionary>> MetaDataLists;
     Currency curPersonalRate;
     bool blnFilterPrivate = false;
@@ -55,6 +62,9 @@ class cPersonalSettings {
     void SaveSettings() noexcept;
     bool GetValuesFromSettings() noexcept;  // always True
     void FromString(const Str& strSettings) noexcept;
+    // FromString for the task pane's own copy: the lists are taken even
+    // when the rate line does not fit the body's 16-bit path.
+    void FromStringForPane(const Str& strSettings) noexcept;
     Str fncBuildBody();  // no trap: errors go to the caller
     Str fncJoinDic(const std::shared_ptr<MetaDicType>& dic, const Str& strDelimiter) noexcept;
     Variant fncMetadataList();  // a string variant; no trap
@@ -62,15 +72,29 @@ class cPersonalSettings {
     Str fncReadReportPath();  // no trap
     void subReadExistingSettingAppointment2050() noexcept;
 
+    // True after a load (GetValuesFromSettings) that stopped at an error or
+    // took only part of a store's data; SaveSettings then writes nothing
+    // until a later load succeeds, so half-read fields never overwrite what
+    // the stores hold.
+    bool blnLoadFailed() const { return loadFailed_; }
+    // Bumped whenever MetaDataLists may have changed (every load,
+    // subPopulateMetadataList, FromString): a combo box filled at this
+    // generation still shows the lists as they are.
+    std::uint64_t generation() const { return generation_; }
+
   private:
     void classInitialize();
-    // Step 7 of FromString: one metadata line into a new list (skipped when
-    // its name is empty).
+    // One metadata line into a new list (skipped when its name is empty).
     void parseMetadataLine(const Str& line);
-    // Steps 4 to 7 of FromString on the fields of a split body.
-    void takeBodyFrom(const std::vector<Str>& fields, const Locale& loc);
+    // The rate, the filters and the lists from the fields of a split body.
+    // rateMayFail: a rate the 16-bit path cannot hold leaves the rate as it
+    // is instead of ending the parse (the pane's copy needs only the lists).
+    void takeBodyFrom(const std::vector<Str>& fields, const Locale& loc, bool rateMayFail = false);
+    void parseBody(const Str& strSettings, bool rateMayFail);
 
     Session& s_;
+    bool loadFailed_ = false;
+    std::uint64_t generation_ = 0;
 };
 
 }  // namespace hb

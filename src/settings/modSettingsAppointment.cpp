@@ -48,10 +48,14 @@ Variant fncGetSettingsAppointment(Session& s) noexcept {
         bool read = resumeNext(s, [&] { found = item.get(u"Subject").toStr(); });
         if (!read || found != subject) {
             Variant match;
-            resumeNext(s, [&] {
-                match = items.call(u"Find", {Variant(u"[Subject]='" + subject + u"'")});
-            });
-            item = match;
+            // A Find that raises says nothing about the item in hand: it is
+            // kept. Returning nothing would leave the settings unsaved and
+            // make the next lookup add a second settings appointment.
+            if (resumeNext(s, [&] {
+                    match = items.call(u"Find", {Variant(u"[Subject]='" + subject + u"'")});
+                })) {
+                item = match;
+            }
         }
     } else {
         // 4. None found: create it.

@@ -234,22 +234,6 @@ TEST_F(ExplorerBilling, ARecurrenceExceptionShowsItsSeriesAndWritesNothing) {
     EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
 }
 
-TEST_F(ExplorerBilling, TheSameItemAsLastSavedIsNotShownAgain) {
-    // The holder knows the item it last wrote by its subject and start: a
-    // selection of that item again leaves the boxes as they are.
-    auto a = h.addAppointment(u"A");
-    auto b = h.addAppointment(u"B", u"Globex", 2);
-    startWith();
-    h.sc().select(ex, {a});
-    h.sc().pickInCombo(combo(1), u"Acme");
-    const auto fills = callsOf(h.instruments(), u"AddItem");
-    h.sc().select(ex, {a});
-    EXPECT_EQ(callsOf(h.instruments(), u"AddItem"), fills);
-    h.sc().select(ex, {b});
-    EXPECT_GT(callsOf(h.instruments(), u"AddItem"), fills);
-    EXPECT_EQ(combo(1)->text, u"Globex");
-}
-
 TEST_F(ExplorerBilling, ACopiedAppointmentBecomesTheKnownItemWhenNoneWasWritten) {
     auto a = h.addAppointment(u"A");
     startWith();

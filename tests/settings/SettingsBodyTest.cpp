@@ -505,7 +505,13 @@ TEST(SettingsRegistry, RegistryErrorsAreReportedUnderTheCaller) {
     EXPECT_EQ(r->procedure, u"GetValuesFromSettings");
     EXPECT_EQ(r->description, u"Registry data not a string");
     EXPECT_EQ(r->number, static_cast<std::int32_t>(0x800407D0u));
+    // A failed load is never saved over the stores.
+    p.SaveSettings();
+    EXPECT_EQ(e.platform.calls("regSetString"), 0);
+    EXPECT_FALSE(e.takeReport());
 
+    e.platform.setString(kSettingsKey, u"ReportChoice", u"2");
+    p.GetValuesFromSettings();
     e.platform.failAlways("regSetString", 5);
     p.SaveSettings();
     r = e.takeReport();

@@ -1,0 +1,268 @@
+// What the user entered is never lost: every scenario compares what the
+// stores (the registry's settings and the settings appointment) and the
+// appointments hold before and after the user's actions.
+#include <gtest/gtest.h>
+
+#include <map>
+
+#include "common/Constants.h"
+#include "session/ExplorerSupport.h"
+#include "session/SessionHarness.h"
+#include "settings/cPersonalSettings.h"
+
+namespace hbtest {
+namespace {
+
+const Str kSettingsKey = u"Software\\Brindlewood\\Hourbook for Outlook\\Settings";
+constexpr std::int32_t kDockBottom = 3;
+
+// The registry's settings and the settings appointment's body and
+// categories, as one comparable value.
+struct Stores {
+    std::map<Str, std::pair<std::uint32_t, Str>> registry;
+    Str body, categories;
+    std::size_t settingsAppointments = 0;
+    bool operator==(const Stores&) const = default;
+};
+
+Stores storesOf(SessionHarness& h) {
+    Stores out;
+    for (const Str& name : h.platform().valueNames(kSettingsKey)) {
+        const auto v = h.platform().value(kSettingsKey, name);
+        out.registry[name] = {v->type, v->text};
+    }
+    for (const auto& item : h.outlook().calendar()->items) {
+        if (!hb::text::equalsNoCase(item->subject, hb::kSettingsSubject)) continue;
+        ++out.settingsAppointments;
+        out.body = item->body;
+        out.categories = item->categories;
+    }
+    return out;
+}
+
+// A settings appointment as an earlier save left it.
+std::shared_ptr<sim::Item> addSettingsAppointment(SessionHarness& h,
+                                                  const Str& subject = hb::kSettingsSubject) {
+    auto item = h.outlook().calendar()->addAppointment(subject, sim::makeDate(2050, 1, 1, 0),
+                                                       sim::makeDate(2050, 1, 1, 0));
+    item->body = u"2\r\nC:\\Data\\\r\n0\r\nFalse\r\nFalse\r\nFalse\r\nCompany:Acme;\r\n";
+    item->setCategories(u"Company:Acme;");
+    return item;
+}
+
+// Opens an appointment window (a task pane under Outlook 2007) and moves
+// its pane to the bottom: the add-in saves its settings.
+std::shared_ptr<sim::CustomTaskPane> openAndMovePane(SessionHarness& h,
+                                                     const std::shared_ptr<sim::Item>& item) {
+    auto inspector = h.sc().openInspector(item);
+    auto pane = h.paneOf(*inspector);
+    if (pane) h.sc().dockPane(pane, kDockBottom);
+    return pane;
+}
+
+TEST(DataSafety, AFailedOrPartialLoadNeverSavesOverTheStores) {
+    struct Case {
+        const char* what;
+        std::function<void(SessionHarness&)> spoil;
+    };
+    const Case cases[] = {
+        {"a switch reading Yes", [](SessionHarness& h) { h.setSetting(u"FilterEvents", u"Yes"); }},
+        {"a REG_DWORD where text is expected",
+         [](SessionHarness& h) { h.platform().setDword(kSettingsKey, u"ReportValue", 7); }},
+        {"a rate that is no number",
+         [](SessionHarness& h) { h.setSetting(u"PersonalRate", u"twelve"); }},
+        {"a MetadataList without its final CR LF",
+         [](SessionHarness& h) {
+             h.setSetting(u"MetadataList", u"Company:Acme;Globex;\r\nPerson:Smith;Jones;");
+         }},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        SessionHarness h;
+        h.setLists(workgroupLists());
+        c.spoil(h);
+        addSettingsAppointment(h);
+        auto appt = h.addAppointment(u"Review");
+        const Stores before = storesOf(h);
+        h.start();
+        ASSERT_TRUE(h.loaded());
+        openAndMovePane(h, appt);
+        EXPECT_EQ(storesOf(h), before);
+
+        // Once a load succeeds (the settings program wrote them again), saving
+        // works again.
+        h.setLists(workgroupLists());
+        h.session().blnSettingsChanged = true;
+        h.session().oPersonalSettings->GetValuesFromSettings();
+        h.session().oPersonalSettings->SaveSettings();
+        EXPECT_EQ(h.setting(u"PaneDockPos"), Str(u"3"));
+    }
+}
+
+TEST(DataSafety, ShowingAPaneNeitherRoundsTheRateNorFailsOnIt) {
+    for (const char16_t* rate : {u"12.5", u"32767.5", u"40000"}) {
+        SCOPED_TRACE(hb::toUtf8(rate));
+        SessionHarness h;
+        h.setLists(workgroupLists());
+        h.setSetting(u"PersonalRate", rate);
+        auto appt = h.addAppointment(u"Review", u"Globex");
+        h.start();
+        auto pane = openAndMovePane(h, appt);
+        ASSERT_TRUE(pane);
+        // The rate is stored as the user gave it; the pane shows its lists.
+        EXPECT_EQ(h.setting(u"PersonalRate"), Str(rate));
+        EXPECT_EQ(h.setting(u"PaneDockPos"), Str(u"3"));
+        EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
+        ASSERT_EQ(h.paneControls().size(), 1u);
+        EXPECT_EQ(h.paneControls()[0]->view.selected(0), u"Globex");
+    }
+}
+
+TEST(DataSafety, AConnectionTextEndingInALineBreakLeavesThePaneWorking) {
+    SessionHarness h;
+    h.setLists(workgroupLists());
+    const Str connection = u"Provider=SQLOLEDB;Data Source=hours\r\n";
+    h.setSetting(u"ReportChoice", u"3");
+    h.setSetting(u"ReportValue", connection);
+    auto appt = h.addAppointment(u"Review", u"Acme, Smith");
+    h.start();
+    auto pane = openAndMovePane(h, appt);
+    ASSERT_TRUE(pane);
+    EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
+    ASSERT_EQ(h.paneControls().size(), 1u);
+    EXPECT_EQ(h.paneControls()[0]->view.selected(1), u"Smith");
+    // The registry keeps the text as it is; the settings appointment's body
+    // reads back whole.
+    EXPECT_EQ(h.setting(u"ReportValue"), connection);
+    const Stores after = storesOf(h);
+    hb::cPersonalSettings reread(h.session());
+    reread.FromString(after.body);
+    EXPECT_EQ(reread.strReportValue, u"Provider=SQLOLEDB;Data Source=hours");
+    EXPECT_EQ(reread.MetaDataLists.size(), 3u);
+}
+
+TEST(DataSafety, AnExceptionsWindowShowsItsSeriesAndAPickIsSaved) {
+    SessionHarness h;
+    h.setLists(workgroupLists());
+    auto series = h.outlook().calendar()->addRecurringAppointment(
+        u"Weekly", sim::makeDate(2024, 5, 6, 9), sim::makeDate(2024, 5, 6, 10), u"Acme, Smith");
+    auto exception =
+        series->addException(sim::makeDate(2024, 5, 13, 11), sim::makeDate(2024, 5, 13, 12));
+    h.start();
+    auto inspector = h.sc().openInspector(exception);
+    EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
+    ASSERT_EQ(h.paneControls().size(), 1u);
+    auto& control = *h.paneControls()[0];
+    EXPECT_EQ(control.view.selected(0), u"Acme");
+    const int saves = series->saveCount;
+    ASSERT_TRUE(control.pick(2, u"Travel"));
+    EXPECT_EQ(series->categories, u"Acme, Smith, Travel");
+    EXPECT_EQ(series->saveCount, saves + 1);
+}
+
+TEST(DataSafety, TheItemShownIsAlwaysTheItemSelected) {
+    SessionHarness h;
+    h.setLists(workgroupLists());
+    auto a = h.addAppointment(u"A");
+    auto b = h.addAppointment(u"B", u"Globex", 2);
+    h.start();
+    auto ex = h.sc().explorer();
+    auto combo = [&](int n) { return h.combo(*ex, n); };
+
+    // Re-selecting the item last written, after another one.
+    h.sc().select(ex, {a});
+    h.sc().pickInCombo(combo(1), u"Acme");
+    h.sc().select(ex, {b});
+    h.sc().select(ex, {a});
+    EXPECT_EQ(combo(1)->text, u"Acme");
+    h.sc().pickInCombo(combo(2), u"Smith");
+    EXPECT_EQ(a->categories, u"Acme, Smith");
+    EXPECT_EQ(b->categories, u"Globex");
+
+    // A pasted copy (same subject and start) is written, not its original.
+    auto copy = h.sc().copyItem(a);
+    h.sc().select(ex, {copy});
+    h.sc().pickInCombo(combo(1), u"Initech");
+    EXPECT_EQ(copy->categories, u"Initech, Smith");
+    EXPECT_EQ(a->categories, u"Acme, Smith");
+
+    // Away from the window and back: the boxes show the selection again.
+    auto inbox = h.sc().openExplorer(h.outlook().inbox());
+    h.sc().activate(ex);
+    EXPECT_TRUE(combo(1)->enabled);
+    EXPECT_EQ(combo(1)->text, u"Initech");
+    h.sc().pickInCombo(combo(3), u"Travel");
+    EXPECT_EQ(copy->categories, u"Initech, Smith, Travel");
+    EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
+}
+
+TEST(DataSafety, AFindThatRaisesKeepsTheSettingsAppointmentFound) {
+    SessionHarness h;
+    h.setLists(workgroupLists());
+    // Found by the lookup, which ignores letter case; its subject differs,
+    // so the add-in asks Find, which fails.
+    auto stored = addSettingsAppointment(h, u"outlook hourbook 3 personal settings");
+    auto appt = h.addAppointment(u"Review");
+    h.start();
+    h.instruments().failMember(u"Find", u"Items");
+    openAndMovePane(h, appt);
+    h.instruments().clearFaults();
+    const Stores after = storesOf(h);
+    EXPECT_EQ(after.settingsAppointments, 1u);
+    EXPECT_EQ(after.body, h.session().oPersonalSettings->fncBuildBody());
+    EXPECT_EQ(after.registry.at(u"PaneDockPos").second, u"3");
+}
+
+TEST(DataSafety, ARefusedSubjectWriteShowsNothingAndKeepsTheCategories) {
+    // The number of the Subject assignment in a pick, from a first run.
+    auto run = [](std::optional<std::uint64_t> failing) {
+        auto h = std::make_unique<SessionHarness>();
+        h->setLists(workgroupLists());
+        h->setSetting(u"WriteSubject", u"True");
+        auto a = h->addAppointment(u"");
+        h->start();
+        h->sc().select(h->sc().explorer(), {a});
+        h->instruments().resetCounts();
+        if (failing) h->instruments().failCall(*failing);
+        h->sc().pickInCombo(h->combo(*h->sc().explorer(), 1), u"Acme");
+        return std::make_pair(std::move(h), a);
+    };
+    std::uint64_t subjectPut = 0;
+    {
+        auto [h, a] = run(std::nullopt);
+        for (const auto& r : h->instruments().log()) {
+            if (r.op == sim::CallOp::PropertyPut && r.member == u"Subject") subjectPut = r.number;
+        }
+        ASSERT_NE(subjectPut, 0u);
+        EXPECT_EQ(a->subject, u"Acme");
+    }
+    auto [h, a] = run(subjectPut);
+    ASSERT_EQ(h->instruments().faultsInjected(), 1u);
+    EXPECT_EQ(h->errorDialogs(), 0u) << h->messageBoxesText();
+    EXPECT_EQ(a->categories, u"Acme");
+    EXPECT_EQ(a->subject, u"");
+    EXPECT_GE(a->saveCount, 1);
+}
+
+TEST(DataSafety, AnotherWindowsFolderSwitchLeavesTheCalendarItsToolbar) {
+    SessionHarness h;
+    h.setLists(workgroupLists());
+    auto a = h.addAppointment(u"A", u"Acme");
+    auto projects = h.outlook().inbox()->addFolder(u"Projects");
+    h.start();
+    auto calendarWindow = h.sc().explorer();
+    auto mailWindow = h.sc().openExplorer(h.outlook().inbox());
+    h.sc().switchFolder(mailWindow, projects);
+    EXPECT_EQ(addinBarsIn(*calendarWindow), 1u);
+    h.sc().activate(calendarWindow);
+    h.sc().select(calendarWindow, {a});
+    ASSERT_TRUE(h.combo(*calendarWindow, 1));
+    EXPECT_EQ(h.combo(*calendarWindow, 1)->text, u"Acme");
+    // The calendar window itself leaving the calendar takes its bar away.
+    h.sc().switchFolder(calendarWindow, projects);
+    EXPECT_EQ(addinBarsIn(*calendarWindow), 0u);
+    EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
+}
+
+}  // namespace
+}  // namespace hbtest
