@@ -90,6 +90,8 @@ void cToolBarItem::releaseControls() noexcept {
     cmb1Meta_ = cmb2Meta_ = cmb3Meta_ = Variant();
     cmdReport_ = cmdSettings_ = cmdStatistics_ = Variant();
     colCombos_.clear();
+    for (Filled& f : filled_)
+        f = Filled{};
 }
 
 const Variant& cToolBarItem::cmbMeta(int n) const {
@@ -242,6 +244,8 @@ void cToolBarItem::setBlnButtonsEnabled(bool value) {
         if (!value) {
             for (const Variant& combo : colCombos_)
                 combo.call(u"Clear");
+            for (Filled& f : filled_)
+                f = Filled{};
         }
         for (const Variant& combo : colCombos_)
             combo.put(u"Enabled", Variant(value));
@@ -277,23 +281,44 @@ void cToolBarItem::setOuiCurrItem(const Variant& item) {
 void cToolBarItem::FillDropDowns() {
     Session& s = s_;
     trap(s, u"cToolBarItem.FillDropDowns", [&] {
-        subTrace(s, u"Clearing the values from the comboboxes");
-        for (const Variant* combo : {&cmb1Meta_, &cmb2Meta_, &cmb3Meta_}) {
-            if (isSet(*combo)) combo->call(u"Clear");
-        }
         const cPersonalSettings& settings = settingsOf(s);
         const Variant* const combos[3] = {&cmb1Meta_, &cmb2Meta_, &cmb3Meta_};
+        // A box still holding what it was last filled with (the same
+        // control, lists unchanged since, and as many entries as were added,
+        // so Outlook has not emptied it) keeps its list: only its text and
+        // state change. The trace reads as for a full fill.
+        bool keep[3] = {false, false, false};
+        for (std::size_t n = 0; n < 3; ++n) {
+            const Variant& combo = *combos[n];
+            const Filled& f = filled_[n];
+            keep[n] = isSet(combo) && f.count >= 0 && f.control == combo.obj().identity() &&
+                      f.generation == settings.generation() &&
+                      combo.get(u"ListCount").toLong() == f.count;
+        }
+        subTrace(s, u"Clearing the values from the comboboxes");
+        for (std::size_t n = 0; n < 3; ++n) {
+            if (isSet(*combos[n]) && !keep[n]) {
+                filled_[n] = Filled{};
+                combos[n]->call(u"Clear");
+                filled_[n] = Filled{combos[n]->obj().identity(), settings.generation(), 0};
+            }
+        }
         for (std::size_t n = 0; n < 3 && n < settings.MetaDataLists.size(); ++n) {
             const cMetaDictionary& list = *settings.MetaDataLists[n];
             // Lists 1 and 2 need a name to be shown.
             if (n < 2 && list.Caption.empty()) continue;
             subTrace(s, u"Adding meta list " + toStr(static_cast<long long>(n + 1)) +
                             u" from collection into combobox");
-            if (!isSet(*combos[n])) continue;
+            if (!isSet(*combos[n]) || keep[n]) continue;
             if (!list.MetaDic) raise(err::ObjectVariableNotSet);
+            const std::int32_t count = filled_[n].count;
+            filled_[n].count = -1;  // a fill that stops half way is done again
+            std::int32_t added = count;
             for (const auto& entry : *list.MetaDic) {
                 combos[n]->call(u"AddItem", {Variant(entry.second->MetaName)});
+                ++added;
             }
+            filled_[n].count = added;
         }
     });
 }

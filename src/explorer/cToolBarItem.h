@@ -72,6 +72,15 @@ class cToolBarItem : public std::enable_shared_from_this<cToolBarItem> {
     EventConnection cmb1Events_, cmb2Events_, cmb3Events_;
     EventConnection cmdReportEvents_, cmdSettingsEvents_, cmdStatisticsEvents_;
     std::vector<Variant> colCombos_;
+    // What each combo box was last filled with: the control, the settings
+    // generation and the number of entries added. A box whose three still
+    // hold is not filled again (each entry is a call into Office).
+    struct Filled {
+        const void* control = nullptr;
+        std::uint64_t generation = 0;
+        std::int32_t count = -1;
+    };
+    Filled filled_[3];
     Variant ouiCurrItem_;
     Variant ouiItems_;
     EventConnection ouiItemsEvents_;

@@ -234,6 +234,50 @@ TEST_F(ExplorerBilling, ARecurrenceExceptionShowsItsSeriesAndWritesNothing) {
     EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
 }
 
+TEST_F(ExplorerBilling, BoxesAreRefilledOnlyWhenTheirListsChanged) {
+    auto a = h.addAppointment(u"A", u"Acme, Smith");
+    auto b = h.addAppointment(u"B", u"Globex", 2);
+    h.trace = true;
+    startWith();
+    auto selectAndTrace = [&](const std::shared_ptr<sim::Item>& item) {
+        const std::size_t before = h.traceLines().size();
+        h.sc().select(ex, {item});
+        const auto lines = h.traceLines();
+        return std::vector<Str>(lines.begin() + static_cast<std::ptrdiff_t>(before), lines.end());
+    };
+    const auto first = selectAndTrace(a);
+    const auto fills = callsOf(h.instruments(), u"AddItem");
+    const auto clears = callsOf(h.instruments(), u"Clear");
+    const std::size_t entries =
+        combo(1)->entries.size() + combo(2)->entries.size() + combo(3)->entries.size();
+    EXPECT_EQ(fills, entries);  // every list once
+
+    // Another item, a pick, the same item again: texts change, lists stay.
+    selectAndTrace(b);
+    EXPECT_EQ(combo(1)->text, u"Globex");
+    EXPECT_EQ(combo(2)->text, u"");
+    h.sc().pickInCombo(combo(2), u"Jones");
+    EXPECT_EQ(b->categories, u"Globex, Jones");
+    EXPECT_EQ(selectAndTrace(a), first);  // the trace reads as for a full fill
+    EXPECT_EQ(callsOf(h.instruments(), u"AddItem"), fills);
+    EXPECT_EQ(callsOf(h.instruments(), u"Clear"), clears);
+    EXPECT_EQ(combo(2)->text, u"Smith");
+
+    // A box Outlook emptied is filled again, alone.
+    const std::size_t third = combo(3)->entries.size();
+    combo(3)->entries.clear();
+    h.sc().select(ex, {b});
+    EXPECT_EQ(callsOf(h.instruments(), u"AddItem"), fills + third);
+    EXPECT_EQ(combo(3)->entries.size(), third);
+
+    // Settings read again: every box once more.
+    h.session().blnSettingsChanged = true;
+    h.sc().select(ex, {a});
+    EXPECT_EQ(callsOf(h.instruments(), u"AddItem"), fills + third + entries);
+    EXPECT_EQ(combo(1)->entries.size(), 3u);
+    EXPECT_EQ(combo(1)->text, u"Acme");
+}
+
 TEST_F(ExplorerBilling, ACopiedAppointmentBecomesTheKnownItemWhenNoneWasWritten) {
     auto a = h.addAppointment(u"A");
     startWith();
