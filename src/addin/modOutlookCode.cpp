@@ -52,8 +52,8 @@ void fncStartOutlook(Session& s, std::int16_t& folder) noexcept {
         if (!isSet(s.olApp)) {
             resumeNext(s, [&] {
                 s.platform.messageBox(
-                    u"Please start Outlook manually before you execute this application!", Str(),
-                    win::MbOk);
+                    u"Please start Outlook manually before you execute this application!",
+                    kProductCaption, win::MbOk);
             });
             subExitApplication(s);
         }

@@ -14,8 +14,8 @@ namespace hb {
 class cMarking {
   public:
     // One empty marking per metadata list of the session's personal
-    // settings. Without a personal settings object this raises 91, as the
-    // original's Class_Initialize would.
+    // settings. Without a personal settings object this raises 91 (the
+    // settings object is Nothing).
     explicit cMarking(Session& s);
 
     // One item per metadata list, in the order of MetaDataLists; only its

@@ -9,8 +9,7 @@
 // Variant conversions (CInt, CCur, CBool, CStr) with the user's regional
 // settings, taken explicitly from Platform::userLocale() at each operation
 // rather than from Locale::current(): the decimal separator of the rate and
-// of the hour values is the user's, exactly as the original's run time used
-// the user's locale.
+// of the hour values is the user's, as the settings program writes them.
 #include <cstdint>
 #include <memory>
 #include <vector>

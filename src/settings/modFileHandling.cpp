@@ -79,10 +79,9 @@ void subExecute(Session& s, const Str& program, const Str& arguments, const Str&
             run(program, win::SwShowNormal);
             return;
         }
-        // 4./5. The program file, in the given folder or else in the
-        // add-in's folder. The shared file-system object is made sure of
-        // before its first use (step 5 of the Part names it after the
-        // folder choice; the choice itself needs it already).
+        // The program file, in the given folder or else in the add-in's
+        // folder. The shared file-system object is made sure of first: the
+        // choice of folder already asks it whether the file exists.
         subSetupFS(s);
         Str file;
         if (!folder.empty()) file = fncNoTrailingSlash(folder) + u"\\" + program + u".exe";

@@ -14,7 +14,8 @@ Str fncNoTrailingSlash(StrView path);
 // under "subSetupFS".
 void subSetupFS(Session& s) noexcept;
 
-// The shared file-system object's members as Parts 3.1 and 5.4 use them.
+// The shared file-system object's members as the settings and the
+// toolbar's commands use them.
 // Without the object (subSetupFS failed) they raise 91, as a call on
 // Nothing would.
 bool fsFileExists(Session& s, const Str& path);

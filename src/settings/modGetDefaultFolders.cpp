@@ -17,9 +17,10 @@ Str documentsSubfolder(Session& s, const Str& name, bool create) {
 }  // namespace
 
 Str fncGetSpecialFolder(Session& s, int csidl, std::int32_t /*flags*/) {
-    // SHGetFolderPath(owner 1, csidl | CSIDL_FLAG_PER_USER_INIT, token -1,
-    // flags): the platform answers for the folder id; the text up to its
-    // first zero, or an empty text when the call fails.
+    // The Windows platform asks SHGetFolderPathW(no owner, csidl |
+    // CSIDL_FLAG_PER_USER_INIT, no token, SHGFP_TYPE_CURRENT); the flags
+    // argument is not passed on. The text up to its first zero, or an empty
+    // text when the call fails.
     std::optional<Str> folder = s.platform.specialFolder(csidl);
     if (!folder) return Str();
     const auto zero = folder->find(u'\0');

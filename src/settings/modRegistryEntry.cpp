@@ -10,8 +10,8 @@ namespace hb {
 
 namespace {
 
-// Step 1 to 3 of both operations: the checks in the order application name,
-// section, key, and the key path.
+// The checks both operations make, in the order application name, section,
+// key, and the key path.
 Str checkedPath(const Str& strSection, const Str& strKey) {
     Str appName = kRegistryAppName;  // the host's product name would stand in for an empty one
     if (appName.empty()) appName = u"Hourbook for Outlook";
@@ -36,8 +36,10 @@ void SaveSettingString(Platform& p, const Str& strSection, const Str& strKey, co
     if (created != win::ErrorSuccess) {
         pending.emplace(regerr::kRegistry + created, u"Could not open/create registry section");
     } else {
-        // REG_SZ; the platform passes the text's length in characters as the
-        // data size (the terminating zero not counted), as the Part asks.
+        // REG_SZ. The Windows platform stores the text as UTF-16 with its
+        // terminating zero counted in the data size, so that every reader
+        // (this add-in, the settings program, regedit) gets the text back
+        // whole.
         const std::int32_t set = p.regSetString(handle, key, strValue);
         if (set != win::ErrorSuccess) {
             pending.emplace(regerr::kRegistry + set, u"Could not set key value");
@@ -74,14 +76,11 @@ Str GetSettingString(Platform& p, const Str& strSection, const Str& strKey, cons
     } else if (value.sizeBytes == 0) {
         result.clear();
     } else {
-        // The original makes a buffer of the reported size and keeps its
-        // first size - 1 characters (dropping the terminating zero that the
-        // ANSI layer counts). The platform's query gives the stored text
-        // exactly; keeping at most size - 1 of its characters is the same
-        // observable result: a written text reads back unchanged (its size
-        // counts the zero, in characters or in bytes), an empty stored text
-        // reads as empty, not as the default, and a value whose reported
-        // size leaves out its zero loses its last character as before.
+        // The reported size counts the terminating zero: at most size - 1
+        // characters are kept. A written text reads back unchanged (its
+        // size counts the zero, in characters or in bytes), an empty stored
+        // text reads as empty, not as the default, and a value whose
+        // reported size leaves out its zero loses its last character.
         const std::size_t keep = std::min<std::size_t>(value.text.size(), value.sizeBytes - 1);
         result = value.text.substr(0, keep);
     }

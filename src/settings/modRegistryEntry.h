@@ -2,7 +2,8 @@
 // One REG_SZ value per settings key below
 // HKEY_CURRENT_USER\Software\Brindlewood\<application>\<section>, where the
 // application name is fixed to "Hourbook for Outlook". Errors are raised as
-// AutomationError with the numbers of the Part's table.
+// AutomationError in two ranges above the interface error base: 1000 + n
+// for an empty name, 2000 + the registry's result code for a failed call.
 #include <cstdint>
 
 #include "common/Session.h"

@@ -201,7 +201,7 @@ TEST_F(OutlookCodeTest, NoOutlookAtAll) {
     ASSERT_EQ(boxes().size(), 2u);
     EXPECT_EQ(boxes()[0].text,
               u"Please start Outlook manually before you execute this application!");
-    EXPECT_EQ(boxes()[0].caption, u"");  // the default caption
+    EXPECT_EQ(boxes()[0].caption, hb::kProductCaption);
     EXPECT_EQ(boxes()[0].flags, MbOk);
     EXPECT_EQ(boxes()[1].text,
               u"You need Outlook 2000 or later to run this application.\r\n"
