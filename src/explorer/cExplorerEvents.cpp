@@ -122,6 +122,7 @@ cExplorerEvents::~cExplorerEvents() {
     try {
         events_.disconnect();
         oueMyExplorer_ = Variant();
+        lastBar_ = Variant();
     } catch (...) {
     }
 }
@@ -318,7 +319,19 @@ void cExplorerEvents::oueMyExplorer_SelectionChange() {
                     // are refilled only when their lists changed.
                     if (toolbar) {
                         Variant bar;
-                        if (resumeNext(s, [&] { bar = fncGetToolbar(s, oueMyExplorer_); })) {
+                        const bool served =
+                            isSet(lastBar_) &&
+                            tryGet(s, [&] {
+                                return sameObject(toolbar->ofbCurrCommandBar(), lastBar_);
+                            }).value_or(false);
+                        bool got = served;
+                        if (served) {
+                            bar = lastBar_;
+                        } else if (resumeNext(s, [&] { bar = fncGetToolbar(s, oueMyExplorer_); })) {
+                            lastBar_ = bar;
+                            got = true;
+                        }
+                        if (got) {
                             withToolbar([&](cToolBarItem& t) { t.setOfbCurrCommandBar(bar); });
                             withToolbar([](cToolBarItem& t) { t.setBlnInInspector(false); });
                             withToolbar([](cToolBarItem& t) { t.setBlnButtonsEnabled(true); });

@@ -33,6 +33,10 @@ class cExplorerEvents : public std::enable_shared_from_this<cExplorerEvents> {
     Session& s_;
     Variant oueMyExplorer_;
     EventConnection events_;
+    // The add-in's bar last found in this window: while the holder still
+    // serves that bar, a selection change does not walk the window's
+    // command bars again.
+    Variant lastBar_;
 };
 
 // The calendar tests the whole add-in uses.

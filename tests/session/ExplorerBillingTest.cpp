@@ -248,6 +248,7 @@ TEST_F(ExplorerBilling, BoxesAreRefilledOnlyWhenTheirListsChanged) {
     const auto first = selectAndTrace(a);
     const auto fills = callsOf(h.instruments(), u"AddItem");
     const auto clears = callsOf(h.instruments(), u"Clear");
+    const auto barNames = callsOf(h.instruments(), u"Name");
     const std::size_t entries =
         combo(1)->entries.size() + combo(2)->entries.size() + combo(3)->entries.size();
     EXPECT_EQ(fills, entries);  // every list once
@@ -261,6 +262,8 @@ TEST_F(ExplorerBilling, BoxesAreRefilledOnlyWhenTheirListsChanged) {
     EXPECT_EQ(selectAndTrace(a), first);  // the trace reads as for a full fill
     EXPECT_EQ(callsOf(h.instruments(), u"AddItem"), fills);
     EXPECT_EQ(callsOf(h.instruments(), u"Clear"), clears);
+    // The window's bars are not walked again while the holder serves its bar.
+    EXPECT_EQ(callsOf(h.instruments(), u"Name"), barNames);
     EXPECT_EQ(combo(2)->text, u"Smith");
 
     // A box Outlook emptied is filled again, alone.
