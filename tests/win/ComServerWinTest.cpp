@@ -153,7 +153,7 @@ TEST(ComServer, UnregistrationKeepsWhatTheUserAndOthersWrote) {
     DWORD off = 2;
     RegSetKeyValueW(HKEY_CURRENT_USER, kAddinKey, L"LoadBehavior", REG_DWORD, &off, sizeof off);
     const wchar_t other[] = L"Software\\Microsoft\\Office\\Outlook\\Addins\\Other.Connect";
-    const wchar_t settings[] = L"Software\\Brindlewood\\Hourbook for Outlook\\Settings";
+    const wchar_t settings[] = L"Software\\Brindlewood\\HourbookComServerTest";
     RegSetKeyValueW(HKEY_CURRENT_USER, other, L"FriendlyName", REG_SZ, L"Other", 12);
     RegSetKeyValueW(HKEY_CURRENT_USER, settings, L"PersonalRate", REG_SZ, L"12.5", 10);
 
@@ -165,8 +165,15 @@ TEST(ComServer, UnregistrationKeepsWhatTheUserAndOthersWrote) {
     EXPECT_EQ(readText(HKEY_CURRENT_USER, other, L"FriendlyName"), L"Other");
     EXPECT_EQ(readText(HKEY_CURRENT_USER, settings, L"PersonalRate"), L"12.5");
 
-    RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\Microsoft\\Office");
-    RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\Brindlewood");
+    // Remove what this test wrote, and the keys above it that it made.
+    RegDeleteTreeW(HKEY_CURRENT_USER, other);
+    RegDeleteTreeW(HKEY_CURRENT_USER, kAddinKey);
+    RegDeleteTreeW(HKEY_CURRENT_USER, settings);
+    for (const wchar_t* made :
+         {L"Software\\Microsoft\\Office\\Outlook\\Addins", L"Software\\Microsoft\\Office\\Outlook",
+          L"Software\\Microsoft\\Office", L"Software\\Brindlewood"}) {
+        if (!before.count(L"HKCU\\" + std::wstring(made))) RegDeleteKeyW(HKEY_CURRENT_USER, made);
+    }
     EXPECT_EQ(registryNow(), before);
 }
 

@@ -212,6 +212,35 @@ inline DWORD runProgram(std::wstring command, DWORD timeoutMs = 60000) {
     return code;
 }
 
+// The Unix path of a file under Wine (for Unix programs started on it),
+// empty when there is none.
+inline std::string unixPath(const std::wstring& windowsPath) {
+    using Convert = char*(CDECL*)(LPCWSTR);
+    auto convert = reinterpret_cast<Convert>(reinterpret_cast<void (*)()>(
+        GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "wine_get_unix_file_name")));
+    char* path = convert ? convert(windowsPath.c_str()) : nullptr;
+    if (!path) return std::string();
+    std::string out(path);
+    HeapFree(GetProcessHeap(), 0, path);
+    return out;
+}
+
+// Whether windows can be made in this process. A test program started again
+// under an Xvfb of its own (childVariable set in its environment) first moves
+// to a desktop of its own made on that display, since the Wine desktop it
+// inherits was made without one.
+inline bool windowsPossible(const wchar_t* childVariable, const wchar_t* desktopName) {
+    if (GetEnvironmentVariableW(childVariable, nullptr, 0) > 0) {
+        HDESK desktop = CreateDesktopW(desktopName, nullptr, nullptr, 0, GENERIC_ALL, nullptr);
+        if (desktop) SetThreadDesktop(desktop);
+    }
+    HWND probe = CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 10, 10, nullptr, nullptr,
+                                 nullptr, nullptr);
+    if (!probe) return false;
+    DestroyWindow(probe);
+    return true;
+}
+
 // Answers every message box shown on this thread while it lives (No where
 // there is a No button, else OK) and counts them.
 class MessageBoxWatcher {

@@ -28,6 +28,7 @@
 #include <vector>
 
 #include "HBAddin_h.h"
+#include "win/ComTestSupport.h"
 #include "win/com/ComObject.h"
 
 namespace hb {
@@ -45,19 +46,7 @@ std::wstring testFolder() {
     return p.substr(0, p.rfind(L'\\'));
 }
 
-// The Unix path of a file (the test starts Unix programs on it).
-std::string unixPath(const std::wstring& windowsPath) {
-    using Convert = char*(CDECL*)(LPCWSTR);
-    HMODULE kernel32 = GetModuleHandleW(L"kernel32.dll");
-    auto convert = reinterpret_cast<Convert>(
-        reinterpret_cast<void (*)()>(GetProcAddress(kernel32, "wine_get_unix_file_name")));
-    if (!convert) return std::string();
-    char* path = convert(windowsPath.c_str());
-    if (!path) return std::string();
-    std::string out(path);
-    HeapFree(GetProcessHeap(), 0, path);
-    return out;
-}
+using test::unixPath;
 
 std::wstring text(HWND hwnd) {
     wchar_t buffer[256] = {};
@@ -202,17 +191,9 @@ class FakeItem : public com::ComObject<FakeItem, IDispatch> {
 // display. True when windows can be made.
 bool displayReady() {
     static const bool ready = [] {
-        if (GetEnvironmentVariableW(kChildVariable, nullptr, 0) > 0) {
-            wchar_t name[64];
-            swprintf(name, 64, L"HBPaneTest%lu", GetCurrentProcessId());
-            HDESK desktop = CreateDesktopW(name, nullptr, nullptr, 0, GENERIC_ALL, nullptr);
-            if (desktop) SetThreadDesktop(desktop);
-        }
-        HWND probe = CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 10, 10, nullptr, nullptr,
-                                     nullptr, nullptr);
-        if (!probe) return false;
-        DestroyWindow(probe);
-        return true;
+        wchar_t name[64];
+        swprintf(name, 64, L"HBPaneTest%lu", GetCurrentProcessId());
+        return test::windowsPossible(kChildVariable, name);
     }();
     return ready;
 }

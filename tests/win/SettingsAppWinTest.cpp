@@ -124,19 +124,7 @@ void writeAll(const std::wstring& path, const std::string& bytes) {
 }
 
 bool displayReady() {
-    static const bool ready = [] {
-        // The child under Xvfb makes a desktop of its own on that display.
-        if (GetEnvironmentVariableW(kChildVariable, nullptr, 0) > 0) {
-            HDESK desktop =
-                CreateDesktopW(L"HBSettingsTest", nullptr, nullptr, 0, GENERIC_ALL, nullptr);
-            if (desktop) SetThreadDesktop(desktop);
-        }
-        HWND probe = CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 10, 10, nullptr, nullptr,
-                                     nullptr, nullptr);
-        if (!probe) return false;
-        DestroyWindow(probe);
-        return true;
-    }();
+    static const bool ready = test::windowsPossible(kChildVariable, L"HBSettingsTest");
     return ready;
 }
 
@@ -500,16 +488,7 @@ TEST_F(SettingsAppCommandLine, RefusedImportsSayWhyAndWriteNothing) {
 
 // ---------------------------------------------------------------- under Xvfb
 
-std::string unixPath(const std::wstring& windowsPath) {
-    using Convert = char*(CDECL*)(LPCWSTR);
-    auto convert = reinterpret_cast<Convert>(reinterpret_cast<void (*)()>(
-        GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "wine_get_unix_file_name")));
-    char* path = convert ? convert(windowsPath.c_str()) : nullptr;
-    if (!path) return std::string();
-    std::string out(path);
-    HeapFree(GetProcessHeap(), 0, path);
-    return out;
-}
+using test::unixPath;
 
 TEST(SettingsAppXvfb, RunsTheDialogTestsUnderAnXServerOfTheirOwn) {
     if (GetEnvironmentVariableW(kChildVariable, nullptr, 0) > 0)
