@@ -142,6 +142,9 @@ void checkOtherDll(const std::wstring& file) {
           u8(hb::Str(product.begin(), product.end())));
     HMODULE data = LoadLibraryExW(file.c_str(), nullptr,
                                   LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_AS_IMAGE_RESOURCE);
+    // A 32-bit Wine maps no 64-bit image, not even for its resources; the
+    // file read flat as data serves resource lookups all the same.
+    if (data == nullptr) data = LoadLibraryExW(file.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE);
     check(data != nullptr, "loads as a resource file");
     if (data == nullptr) return;
     hb::Win32Platform resources(data);
