@@ -225,8 +225,14 @@ HRESULT unregisterServer(RegistrationScope scope) noexcept {
             // The type library's folder is the add-in's alone.
             deleteIfEmpty(root, L"TypeLib\\" + guidText(LIBID_HBAddin));
             RegCloseKey(root);
-            // A user's classes key that registration had to create.
-            if (scope == RegistrationScope::User) deleteIfEmpty(hive, L"Software\\Classes");
+            // A user's classes keys that registration had to create (a
+            // fresh profile has none); they go only when empty.
+            if (scope == RegistrationScope::User) {
+                for (const wchar_t* key :
+                     {L"Software\\Classes\\CLSID", L"Software\\Classes\\TypeLib",
+                      L"Software\\Classes\\Interface", L"Software\\Classes"})
+                    deleteIfEmpty(hive, key);
+            }
         }
         HKEY addin = nullptr;
         if (RegOpenKeyExW(HKEY_CURRENT_USER, addinKey().c_str(), 0, KEY_ALL_ACCESS, &addin) ==
