@@ -75,7 +75,7 @@ std::shared_ptr<WshShell> fncGetShell(Session& s) noexcept {
                     u"resolve this issue!",
                 kProductCaption, win::MbIconCritical);
         });
-        // The add-in's clean-up hook after giving up (Parts 1.3, 2.1).
+        // The add-in's clean-up hook after giving up.
         subExitApplication(s);
         s.err.clear();
         return nullptr;

@@ -49,7 +49,7 @@ class WshShell {
 // fncGetShell: a Wscript.Shell, or nullptr. After a failed creation the
 // repair "regsvr32 wshom.ocx /s" runs (once per session) and creation is
 // tried once more; a final failure shows the critical message of fncGetShell
-// and calls subExitApplication (the clean-up hook of Parts 1.3/2.1).
+// and calls subExitApplication (the clean-up hook after giving up).
 std::shared_ptr<WshShell> fncGetShell(Session& s) noexcept;
 
 }  // namespace hb
