@@ -47,6 +47,8 @@ target_include_directories(hbcore PUBLIC ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOU
 
 if(HB_WINDOWS)
   include(${PROJECT_SOURCE_DIR}/cmake/Windows.cmake OPTIONAL)
+  # The MSI package of what Windows.cmake built.
+  include(${PROJECT_SOURCE_DIR}/cmake/Installer.cmake)
 endif()
 
 if(HB_TESTS AND NOT HB_WINDOWS)

@@ -7,7 +7,8 @@ HB_LOGS="$HB_ROOT/build/logs"
 
 # Debian packages the builds and tests need.
 HB_PACKAGES=(cmake g++ make googletest libgtest-dev libgmock-dev libbenchmark-dev
-             mingw-w64 mingw-w64-tools libwine-dev wine64 wine xvfb xauth debootstrap imagemagick)
+             mingw-w64 mingw-w64-tools libwine-dev wine64 wine xvfb xauth debootstrap imagemagick
+             wixl)
 
 hb_say() { printf '\n==> %s\n' "$*"; }
 

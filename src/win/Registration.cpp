@@ -72,8 +72,11 @@ std::wstring parentOf(const std::wstring& path) {
     return slash == std::wstring::npos ? std::wstring() : path.substr(0, slash);
 }
 
+// The folder of a file, ending in a backslash as Windows Installer writes a
+// folder: the MSI package writes the same help folder as this registration.
 std::wstring folderOf(const std::wstring& path) {
-    return parentOf(path);
+    const auto slash = path.rfind(L'\\');
+    return slash == std::wstring::npos ? std::wstring() : path.substr(0, slash + 1);
 }
 
 // The class registration, relative to the classes root.

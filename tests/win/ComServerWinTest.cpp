@@ -15,7 +15,10 @@ namespace hb {
 namespace {
 
 using com::ComPtr;
+using test::differences;
 using test::MessageBoxWatcher;
+using test::Snapshot;
+using test::snapshot;
 using test::TestServer;
 
 std::wstring testFolder() {
@@ -27,39 +30,6 @@ std::wstring testFolder() {
 
 std::wstring dllPath() {
     return testFolder() + L"\\HBAddin.dll";
-}
-
-// Every key and value below a registry key, as "hive\\path|name" ->
-// "type:data".
-using Snapshot = std::map<std::wstring, std::wstring>;
-
-void snapshot(HKEY root, const std::wstring& path, Snapshot& out) {
-    HKEY key = nullptr;
-    if (RegOpenKeyExW(root, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) return;
-    const std::wstring hive = root == HKEY_LOCAL_MACHINE ? L"HKLM\\" : L"HKCU\\";
-    out[hive + path] = L"(key)";
-    for (DWORD i = 0;; ++i) {
-        wchar_t name[16384];
-        DWORD nameLength = 16384, type = 0, size = 0;
-        if (RegEnumValueW(key, i, name, &nameLength, nullptr, &type, nullptr, &size) !=
-            ERROR_SUCCESS)
-            break;
-        std::wstring data(size / sizeof(wchar_t) + 1, L'\0');
-        nameLength = 16384;
-        DWORD dataSize = size;
-        RegEnumValueW(key, i, name, &nameLength, nullptr, &type,
-                      reinterpret_cast<BYTE*>(data.data()), &dataSize);
-        out[hive + path + L"|" + name] = std::to_wstring(type) + L":" + data;
-    }
-    for (DWORD i = 0;; ++i) {
-        wchar_t name[256];
-        DWORD nameLength = 256;
-        if (RegEnumKeyExW(key, i, name, &nameLength, nullptr, nullptr, nullptr, nullptr) !=
-            ERROR_SUCCESS)
-            break;
-        snapshot(root, path.empty() ? name : path + L"\\" + name, out);
-    }
-    RegCloseKey(key);
 }
 
 // The parts of the registry registration may touch.
@@ -76,16 +46,6 @@ Snapshot registryNow() {
     snapshot(HKEY_CURRENT_USER, L"Software\\Microsoft\\Office", s);
     snapshot(HKEY_CURRENT_USER, L"Software\\Brindlewood", s);
     return s;
-}
-
-// The entries that differ between two snapshots, one a line.
-std::string differences(const Snapshot& a, const Snapshot& b) {
-    std::wstring out;
-    for (const auto& [k, v] : a)
-        if (auto it = b.find(k); it == b.end() || it->second != v) out += L"- " + k + L"\n";
-    for (const auto& [k, v] : b)
-        if (auto it = a.find(k); it == a.end() || it->second != v) out += L"+ " + k + L"\n";
-    return std::string(out.begin(), out.end());
 }
 
 // Runs Wine's regsvr32 with the given switches on the DLL; its exit code.

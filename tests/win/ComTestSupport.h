@@ -225,6 +225,50 @@ inline std::string unixPath(const std::wstring& windowsPath) {
     return out;
 }
 
+// Every key and value below a registry key, as "HKLM\\path" -> "(key)" and
+// "HKLM\\path|name" -> "type:data" (HKCU for the user's hive).
+using Snapshot = std::map<std::wstring, std::wstring>;
+
+inline void snapshot(HKEY root, const std::wstring& path, Snapshot& out) {
+    HKEY key = nullptr;
+    if (RegOpenKeyExW(root, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) return;
+    const std::wstring hive = root == HKEY_LOCAL_MACHINE ? L"HKLM\\" : L"HKCU\\";
+    out[hive + path] = L"(key)";
+    for (DWORD i = 0;; ++i) {
+        wchar_t name[16384];
+        DWORD nameLength = 16384, type = 0, size = 0;
+        if (RegEnumValueW(key, i, name, &nameLength, nullptr, &type, nullptr, &size) !=
+            ERROR_SUCCESS)
+            break;
+        std::wstring data(size / sizeof(wchar_t) + 1, L'\0');
+        nameLength = 16384;
+        DWORD dataSize = size;
+        RegEnumValueW(key, i, name, &nameLength, nullptr, &type,
+                      reinterpret_cast<BYTE*>(data.data()), &dataSize);
+        out[hive + path + L"|" + name] = std::to_wstring(type) + L":" + data;
+    }
+    for (DWORD i = 0;; ++i) {
+        wchar_t name[256];
+        DWORD nameLength = 256;
+        if (RegEnumKeyExW(key, i, name, &nameLength, nullptr, nullptr, nullptr, nullptr) !=
+            ERROR_SUCCESS)
+            break;
+        snapshot(root, path.empty() ? name : path + L"\\" + name, out);
+    }
+    RegCloseKey(key);
+}
+
+// The entries that differ between two snapshots, one a line ("-" only in the
+// first or changed, "+" only in the second or changed).
+inline std::string differences(const Snapshot& a, const Snapshot& b) {
+    std::wstring out;
+    for (const auto& [k, v] : a)
+        if (auto it = b.find(k); it == b.end() || it->second != v) out += L"- " + k + L"\n";
+    for (const auto& [k, v] : b)
+        if (auto it = a.find(k); it == a.end() || it->second != v) out += L"+ " + k + L"\n";
+    return std::string(out.begin(), out.end());
+}
+
 // Whether windows can be made in this process. A test program started again
 // under an Xvfb of its own (childVariable set in its environment) first moves
 // to a desktop of its own made on that display, since the Wine desktop it
