@@ -41,7 +41,11 @@ STDAPI DllGetClassObject(REFCLSID clsid, REFIID iid, LPVOID* object) {
 }
 
 STDAPI DllCanUnloadNow() {
-    return com::moduleCanUnload() ? S_OK : S_FALSE;
+    if (!com::moduleCanUnload()) return S_FALSE;
+    // COM frees the module next: the type library, read from this file,
+    // would keep it loaded.
+    com::releaseModuleTypeInfo();
+    return S_OK;
 }
 
 STDAPI DllRegisterServer() {

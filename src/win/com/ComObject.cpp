@@ -28,9 +28,9 @@ struct TypeLibrary {
 };
 
 TypeLibrary& typeLibrary() {
-    // Kept for the life of the process: the type information outlives every
-    // object of the module, and releasing it while the module unloads
-    // would call into oleaut32 from DllMain.
+    // Never destroyed: releasing the type information while the module
+    // unloads would call into oleaut32 from DllMain. DllCanUnloadNow lets
+    // go of it instead (releaseModuleTypeInfo).
     static TypeLibrary* library = new TypeLibrary;
     return *library;
 }
@@ -95,6 +95,14 @@ HRESULT moduleTypeInfo(REFGUID guid, ITypeInfo** info) noexcept {
     }
     *info = ComPtr<ITypeInfo>(it->second).detach();
     return S_OK;
+}
+
+void releaseModuleTypeInfo() noexcept {
+    TypeLibrary& tl = typeLibrary();
+    std::lock_guard<std::mutex> guard(tl.lock);
+    tl.infos.clear();
+    tl.library.reset();
+    tl.loaded = false;
 }
 
 }  // namespace hb::com

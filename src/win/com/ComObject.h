@@ -37,6 +37,10 @@ bool moduleCanUnload() noexcept;
 // library that the module holding this code embeds (its TYPELIB resource 1).
 // For a dual interface this is the vtable side that ITypeInfo::Invoke needs.
 HRESULT moduleTypeInfo(REFGUID guid, ITypeInfo** info) noexcept;
+// Lets go of the type library moduleTypeInfo loaded (read again on the next
+// call). The library, read from the module's own file, keeps the module
+// loaded while it is held.
+void releaseModuleTypeInfo() noexcept;
 
 // ---------------------------------------------------------------- interface lists
 
