@@ -58,11 +58,8 @@ set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_
              ${PROJECT_SOURCE_DIR}/src/common/Constants.h)
 
 # hb_msi_package(TARGET OUTPUT VERSION [ALL]): a target building the package
-# of the given version into OUTPUT. The product code follows from version and
-# architecture, so that the same build gives the same package.
+# of the given version into OUTPUT.
 function(hb_msi_package target output version)
-  string(UUID product_code NAMESPACE ${HB_MSI_UPGRADE_CODE}
-         NAME "HBAddin ${version} ${hb_msi_arch}" TYPE SHA1 UPPER)
   # Same-version packages (a rebuild, the other architecture) replace each
   # other too: the upgrade range ends below the next patch number.
   string(REGEX MATCH "^([0-9]+)\\.([0-9]+)\\.([0-9]+)" _ ${version})
@@ -84,7 +81,7 @@ function(hb_msi_package target output version)
     COMMAND ${CMAKE_COMMAND} -E make_directory ${output_dir}
     COMMAND ${HB_WIXL} -a ${hb_msi_arch} -o ${output}
             -D Arch=${hb_msi_arch} -D Version=${version} -D UpgradeBelow=${upgrade_below}
-            -D ProductCode=${product_code} -D UpgradeCode=${HB_MSI_UPGRADE_CODE}
+            -D UpgradeCode=${HB_MSI_UPGRADE_CODE}
             -D FriendlyName=${hb_msi_FriendlyName} -D VendorWebAddress=${hb_msi_VendorWebAddress}
             -D DesignerClsid=${hb_msi_designer} -D PaneClsid=${hb_msi_pane}
             -D LibId=${hb_msi_libid} -D PaneIid=${hb_msi_pane_iid}
