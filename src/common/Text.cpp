@@ -59,15 +59,6 @@ char16_t lowerChar(char16_t c) {
     return c;
 }
 
-// Letter case folded for comparison as the system compares text without
-// regard to case outside Turkish: the dotted capital I (U+0130) and the
-// dotless small i (U+0131) are letters of their own, not I or i, so "İ" and
-// "ı" match neither "I" nor "i" (nor each other); so is the long s (U+017F).
-char16_t foldChar(char16_t c) {
-    if (c == u'\u0130' || c == u'\u0131' || c == u'\u017F') return c;
-    return lowerChar(upperChar(c));
-}
-
 // Position (0-based) of find in text at or after from, or npos.
 std::size_t search(StrView text, StrView find, std::size_t from, Compare compare) {
     if (compare == Compare::Binary) return text.find(find, from);
@@ -83,23 +74,41 @@ std::size_t search(StrView text, StrView find, std::size_t from, Compare compare
 
 }  // namespace
 
-std::vector<Str> split(StrView text, StrView delimiter) {
-    std::vector<Str> out;
+// Letter case folded for comparison as the system compares text without
+// regard to case outside Turkish: the dotted capital I (U+0130) and the
+// dotless small i (U+0131) are letters of their own, not I or i, so "İ" and
+// "ı" match neither "I" nor "i" (nor each other); so is the long s (U+017F).
+char16_t foldNonAscii(char16_t c) {
+    if (c == u'\u0130' || c == u'\u0131' || c == u'\u017F') return c;
+    return lowerChar(upperChar(c));
+}
+
+std::vector<StrView> splitViews(StrView text, StrView delimiter) {
+    std::vector<StrView> out;
     if (text.empty()) return out;
     if (delimiter.empty()) {
-        out.emplace_back(text);
+        out.push_back(text);
         return out;
     }
     std::size_t pos = 0;
     for (;;) {
         std::size_t hit = text.find(delimiter, pos);
         if (hit == StrView::npos) {
-            out.emplace_back(text.substr(pos));
+            out.push_back(text.substr(pos));
             return out;
         }
-        out.emplace_back(text.substr(pos, hit - pos));
+        out.push_back(text.substr(pos, hit - pos));
         pos = hit + delimiter.size();
     }
+}
+
+std::vector<Str> split(StrView text, StrView delimiter) {
+    const std::vector<StrView> pieces = splitViews(text, delimiter);
+    std::vector<Str> out;
+    out.reserve(pieces.size());
+    for (StrView piece : pieces)
+        out.emplace_back(piece);
+    return out;
 }
 
 Str join(const std::vector<Str>& parts, StrView delimiter) {

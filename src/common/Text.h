@@ -13,6 +13,8 @@ enum class Compare { Binary, Text };  // Text: without regard to letter case
 // Split: an empty text gives no fields (upper bound -1); otherwise the pieces
 // between the delimiters, empty pieces included.
 std::vector<Str> split(StrView text, StrView delimiter);
+// split without copying: the pieces are views into text.
+std::vector<StrView> splitViews(StrView text, StrView delimiter);
 Str join(const std::vector<Str>& parts, StrView delimiter);
 Str trim(StrView text);  // blanks (U+0020) only, both ends
 Str ltrim(StrView text);
@@ -33,6 +35,13 @@ Str lower(StrView text);  // LCase
 // Letter-case-insensitive equality and ordering key, as text comparison does.
 bool equalsNoCase(StrView a, StrView b);
 Str foldCase(StrView text);
+// One code unit of foldCase. Letters beyond ASCII go through the case
+// tables; ASCII, nearly every character of real names, is folded inline.
+char16_t foldNonAscii(char16_t c);
+inline char16_t foldChar(char16_t c) {
+    if (c >= 0x80) return foldNonAscii(c);
+    return (c >= u'A' && c <= u'Z') ? static_cast<char16_t>(c + 32) : c;
+}
 // AscW-style code of the first character (raises 5 for an empty text).
 std::int32_t asc(StrView text);
 Str repeat(char16_t c, std::size_t count);

@@ -29,7 +29,7 @@ class cMetaDictionary {
     // Adds one entry; an empty name is ignored, a name already present (in
     // any letter case) is dropped and the first entry stays. No trap: errors
     // go to the caller.
-    void AddMeta(const Str& name, const Str& category, Currency hourlyRate, std::int32_t metaID,
+    void AddMeta(Str name, const Str& category, Currency hourlyRate, std::int32_t metaID,
                  const Str& superCategory, std::optional<bool> enabled = std::nullopt);
     // One entry per remaining row of a recordset (EOF, MoveNext, Fields,
     // Fields.Count, Fields.Item(index or name).Value). No trap: errors go to
@@ -44,6 +44,8 @@ class cMetaDictionary {
 
   private:
     Session& s_;
+    // Where this list's entries are allocated (see cMetaDictionary.cpp).
+    std::shared_ptr<class EntryPool> pool_;
 };
 
 }  // namespace hb

@@ -2,11 +2,12 @@
 // A native stand-in for Scripting.Dictionary: keys are texts, items are kept
 // In insertion order, and with the text compare mode (CompareMode 1, what
 // fncCreateDic sets) keys match without regard to letter case.
-// Lookups go through a hash index of the (case-folded) keys, so Exists and
-// Item cost O(1) instead of a walk.
+// Lookups go through an open-addressing hash index over the entries (the
+// hash of the case-folded key is kept in the index), so Exists, Item and
+// Add cost O(1) and adding a key allocates nothing beyond the entry itself:
+// metadata lists of tens of thousands of names load in one pass.
 #include <cstddef>
 #include <cstdint>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -31,44 +32,47 @@ class ScriptingDictionary {
     }
 
     std::int32_t Count() const { return static_cast<std::int32_t>(entries_.size()); }
-    bool Exists(StrView key) const { return index_.find(indexKey(key)) != index_.end(); }
+    bool Exists(StrView key) const { return lookup(key, hashOf(key)) != kNone; }
 
     // Adds an item; a key that is already present raises 457.
-    void Add(const Str& key, T item) {
-        Str k = indexKey(key);
-        if (index_.find(k) != index_.end()) raise(457);
-        index_.emplace(std::move(k), entries_.size());
-        entries_.emplace_back(key, std::move(item));
+    void Add(Str key, T item) {
+        if (!tryAdd(std::move(key), std::move(item))) raise(457);
     }
 
     // Adds an item unless the key is present (one lookup for Exists + Add);
     // true when it was added.
-    bool tryAdd(const Str& key, T item) {
-        Str k = indexKey(key);
-        auto [it, inserted] = index_.try_emplace(std::move(k), entries_.size());
-        if (!inserted) return false;
-        try {
-            entries_.emplace_back(key, std::move(item));
-        } catch (...) {
-            index_.erase(it);
-            throw;
-        }
+    bool tryAdd(Str key, T item) {
+        const std::uint32_t h = hashOf(key);
+        if (lookup(key, h) != kNone) return false;
+        // Room first, so that a failure leaves the dictionary as it was.
+        if ((entries_.size() + 1) * 2 > slots_.size()) rehash(slots_.empty() ? 16 : slots_.size() * 2);
+        entries_.emplace_back(std::move(key), std::move(item));
+        place(h, entries_.size() - 1);
         return true;
+    }
+
+    // Room for n entries without growing.
+    void reserve(std::size_t n) {
+        entries_.reserve(n);
+        std::size_t size = slots_.empty() ? 16 : slots_.size();
+        while (n * 2 > size)
+            size *= 2;
+        if (size > slots_.size()) rehash(size);
     }
 
     // The item of a key, or nullptr.
     T* find(StrView key) {
-        auto it = index_.find(indexKey(key));
-        return it == index_.end() ? nullptr : &entries_[it->second].second;
+        const std::size_t at = lookup(key, hashOf(key));
+        return at == kNone ? nullptr : &entries_[at].second;
     }
     const T* find(StrView key) const {
-        auto it = index_.find(indexKey(key));
-        return it == index_.end() ? nullptr : &entries_[it->second].second;
+        const std::size_t at = lookup(key, hashOf(key));
+        return at == kNone ? nullptr : &entries_[at].second;
     }
     // The key as stored (its first spelling), or nullptr.
     const Str* storedKey(StrView key) const {
-        auto it = index_.find(indexKey(key));
-        return it == index_.end() ? nullptr : &entries_[it->second].first;
+        const std::size_t at = lookup(key, hashOf(key));
+        return at == kNone ? nullptr : &entries_[at].first;
     }
     // Item(key) for reading; a missing key raises 5 here (the component
     // would add an empty item, which nothing in the add-in relies on).
@@ -79,18 +83,22 @@ class ScriptingDictionary {
     }
 
     void Remove(StrView key) {
-        auto it = index_.find(indexKey(key));
-        if (it == index_.end()) raise(32811, u"Element not found");
-        const std::size_t at = it->second;
-        index_.erase(it);
+        const std::size_t at = lookup(key, hashOf(key));
+        if (at == kNone) raise(32811, u"Element not found");
         entries_.erase(entries_.begin() + static_cast<std::ptrdiff_t>(at));
-        for (auto& [k, pos] : index_) {
-            if (pos > at) --pos;
+        // The entries after it moved down one place: the index is built
+        // again without it.
+        std::vector<std::uint64_t> old(slots_.size(), 0);
+        old.swap(slots_);
+        for (std::uint64_t slot : old) {
+            const std::size_t pos = position(slot);
+            if (slot == 0 || pos == at) continue;
+            place(tag(slot), pos > at ? pos - 1 : pos);
         }
     }
     void RemoveAll() {
         entries_.clear();
-        index_.clear();
+        slots_.clear();
     }
 
     // Keys and items in insertion order (For Each over the dictionary yields
@@ -114,13 +122,66 @@ class ScriptingDictionary {
     auto end() const { return entries_.end(); }
 
   private:
-    Str indexKey(StrView key) const {
-        return compare_ == text::Compare::Text ? text::foldCase(key) : Str(key);
+    static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+
+    // The hash of a key: its code units (case-folded in text mode) taken
+    // four at a time into 64-bit words, each word mixed in with one
+    // multiplication.
+    std::uint32_t hashOf(StrView key) const {
+        const bool fold = compare_ == text::Compare::Text;
+        std::uint64_t h = key.size() * 0x9E3779B97F4A7C15ull;
+        std::size_t i = 0;
+        while (i < key.size()) {
+            std::uint64_t word = 0;
+            for (int k = 0; k < 4 && i < key.size(); ++k, ++i) {
+                const char16_t c = fold ? text::foldChar(key[i]) : key[i];
+                word |= static_cast<std::uint64_t>(c) << (16 * k);
+            }
+            h = (h ^ word) * 0xFF51AFD7ED558CCDull;
+            h ^= h >> 32;
+        }
+        h *= 0xC4CEB9FE1A85EC53ull;
+        return static_cast<std::uint32_t>(h >> 32);
+    }
+    bool sameKey(StrView a, StrView b) const {
+        return compare_ == text::Compare::Text ? text::equalsNoCase(a, b) : a == b;
+    }
+    // A slot holds the key's hash in its high half and the entry's position
+    // + 1 in its low half (0: free), so a probe compares hashes without
+    // touching the entries.
+    static std::uint32_t tag(std::uint64_t slot) { return static_cast<std::uint32_t>(slot >> 32); }
+    static std::size_t position(std::uint64_t slot) {
+        return static_cast<std::size_t>(static_cast<std::uint32_t>(slot)) - 1;
+    }
+    // Position of the entry with this key, or kNone.
+    std::size_t lookup(StrView key, std::uint32_t h) const {
+        if (slots_.empty()) return kNone;
+        const std::size_t mask = slots_.size() - 1;
+        for (std::size_t i = h & mask;; i = (i + 1) & mask) {
+            const std::uint64_t slot = slots_[i];
+            if (slot == 0) return kNone;
+            if (tag(slot) == h && sameKey(entries_[position(slot)].first, key)) return position(slot);
+        }
+    }
+    void place(std::uint32_t h, std::size_t at) {
+        const std::size_t mask = slots_.size() - 1;
+        std::size_t i = h & mask;
+        while (slots_[i] != 0)
+            i = (i + 1) & mask;
+        slots_[i] = (static_cast<std::uint64_t>(h) << 32) | static_cast<std::uint32_t>(at + 1);
+    }
+    // The index in a table of size slots (a power of two).
+    void rehash(std::size_t size) {
+        std::vector<std::uint64_t> old(size, 0);
+        old.swap(slots_);
+        for (std::uint64_t slot : old) {
+            if (slot != 0) place(tag(slot), position(slot));
+        }
     }
 
     text::Compare compare_ = text::Compare::Binary;
     std::vector<Entry> entries_;
-    std::unordered_map<Str, std::size_t> index_;
+    std::vector<std::uint64_t> slots_;  // open addressing, at most half full
 };
 
 }  // namespace hb

@@ -144,26 +144,40 @@ Str cPersonalSettings::fncBuildBody() {
     return body;
 }
 
-void cPersonalSettings::parseMetadataLine(const Str& line) {
+void cPersonalSettings::parseMetadataLine(StrView line) {
     // a. The name is the part before the first ":".
     const auto colon = line.find(u':');
-    const Str name = colon == Str::npos ? line : line.substr(0, colon);
+    const StrView name = colon == StrView::npos ? line : line.substr(0, colon);
     // b.
     if (name.empty()) return;
     // c.
     auto dic = std::make_shared<cMetaDictionary>(s_);
     MetaDataLists.push_back(dic);
-    dic->Caption = name;
+    dic->Caption = Str(name);
     // d. The text after the first ":" (from position length(name) + 2).
-    const Str rest = text::mid(line, static_cast<std::int32_t>(name.size()) + 2);
-    // e. Non-empty pieces: entries without category, super-category or rate
-    // (empty texts, a zero rate, False for the other arguments).
-    for (const Str& piece : text::split(rest, u";")) {
-        if (!piece.empty()) dic->AddMeta(piece, Str(), Currency{}, 0, Str(), false);
+    const StrView rest = name.size() + 1 < line.size() ? line.substr(name.size() + 1) : StrView();
+    // e. Non-empty pieces between the ";": entries without category,
+    // super-category or rate (empty texts, a zero rate, False for the other
+    // arguments). Lists run to tens of thousands of names, so the pieces are
+    // read in place and the dictionary is sized once.
+    if (rest.empty()) return;
+    if (dic->MetaDic) {
+        std::size_t pieces = 1;
+        for (char16_t c : rest)
+            pieces += c == u';';
+        dic->MetaDic->reserve(pieces);
+    }
+    std::size_t pos = 0;
+    for (;;) {
+        const std::size_t end = rest.find(u';', pos);
+        const StrView piece = rest.substr(pos, end == StrView::npos ? StrView::npos : end - pos);
+        if (!piece.empty()) dic->AddMeta(Str(piece), Str(), Currency{}, 0, Str(), false);
+        if (end == StrView::npos) return;
+        pos = end + 1;
     }
 }
 
-void cPersonalSettings::takeBodyFrom(const std::vector<Str>& fields, const Locale& loc,
+void cPersonalSettings::takeBodyFrom(const std::vector<StrView>& fields, const Locale& loc,
                                      bool rateMayFail) {
     const std::size_t n = fields.size() - 1;
     ++generation_;
@@ -171,15 +185,15 @@ void cPersonalSettings::takeBodyFrom(const std::vector<Str>& fields, const Local
     // this path; the registry path keeps the full currency value).
     if (rateMayFail) {
         try {
-            curPersonalRate = Currency::fromUnits(textToInteger(fields[2], loc));
+            curPersonalRate = Currency::fromUnits(textToInteger(Str(fields[2]), loc));
         } catch (const AutomationError&) {
         }
     } else {
-        curPersonalRate = Currency::fromUnits(textToInteger(fields[2], loc));
+        curPersonalRate = Currency::fromUnits(textToInteger(Str(fields[2]), loc));
     }
-    blnFilterEvents = Variant(fields[3]).toBool(loc);
-    blnFilterPrivate = Variant(fields[4]).toBool(loc);
-    blnFilterRecurring = Variant(fields[5]).toBool(loc);
+    blnFilterEvents = Variant(Str(fields[3])).toBool(loc);
+    blnFilterPrivate = Variant(Str(fields[4])).toBool(loc);
+    blnFilterRecurring = Variant(Str(fields[5])).toBool(loc);
     MetaDataLists = {};
     // Fields 6 to n - 1: the last field (the rest after the final CR LF) is
     // skipped.
@@ -189,12 +203,13 @@ void cPersonalSettings::takeBodyFrom(const std::vector<Str>& fields, const Local
 
 void cPersonalSettings::parseBody(const Str& strSettings, bool rateMayFail) {
     const Locale loc = s_.platform.userLocale();
-    const std::vector<Str> fields = text::split(strSettings, kCrLf);
+    const std::vector<StrView> fields = text::splitViews(strSettings, kCrLf);
     // Fewer than seven fields: nothing at all.
     if (fields.size() < 7) return;
-    if (isNumeric(Variant(fields[0]), loc)) {
-        lngReportChoice = textToInteger(fields[0], loc);
-        strReportValue = fields[1];
+    const Str choice(fields[0]);
+    if (isNumeric(Variant(choice), loc)) {
+        lngReportChoice = textToInteger(choice, loc);
+        strReportValue = Str(fields[1]);
     }
     takeBodyFrom(fields, loc, rateMayFail);
 }
@@ -210,7 +225,7 @@ void cPersonalSettings::FromStringForPane(const Str& strSettings) noexcept {
 void cPersonalSettings::subPopulateMetadataList(const Str& strList) noexcept {
     const bool ran = trap(s_, u"subPopulateMetadataList", [&] {
         ++generation_;
-        const std::vector<Str> fields = text::split(strList, kCrLf);
+        const std::vector<StrView> fields = text::splitViews(strList, kCrLf);
         // No CR LF at all: the lists stay untouched.
         if (fields.size() < 2) return;
         MetaDataLists = {};
@@ -329,15 +344,16 @@ void cPersonalSettings::subReadExistingSettingAppointment2050() noexcept {
         const Variant appointment = fncGetSettingsAppointment(s_);
         if (!isSomething(appointment)) return;
         // 3.
-        const std::vector<Str> fields =
-            text::split(fncGetLongProperty(s_, appointment, u"Settings"), kCrLf);
+        const Str body = fncGetLongProperty(s_, appointment, u"Settings");
+        const std::vector<StrView> fields = text::splitViews(body, kCrLf);
         // 4.
         if (fields.size() > 6) {
             // a. Not numeric: nothing at all is taken.
-            if (!isNumeric(Variant(fields[0]), loc)) return;
+            const Str choiceText(fields[0]);
+            if (!isNumeric(Variant(choiceText), loc)) return;
             // b.
-            const std::int16_t choice = textToInteger(fields[0], loc);
-            const Str value = fields[1];
+            const std::int16_t choice = textToInteger(choiceText, loc);
+            const Str value(fields[1]);
             // c. An Access database folder is taken over only where the
             // installation and the database file agree.
             if (choice == 2) {

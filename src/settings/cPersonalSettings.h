@@ -84,11 +84,12 @@ class cPersonalSettings {
   private:
     void classInitialize();
     // One metadata line into a new list (skipped when its name is empty).
-    void parseMetadataLine(const Str& line);
+    void parseMetadataLine(StrView line);
     // The rate, the filters and the lists from the fields of a split body.
     // rateMayFail: a rate the 16-bit path cannot hold leaves the rate as it
     // is instead of ending the parse (the pane's copy needs only the lists).
-    void takeBodyFrom(const std::vector<Str>& fields, const Locale& loc, bool rateMayFail = false);
+    void takeBodyFrom(const std::vector<StrView>& fields, const Locale& loc,
+                      bool rateMayFail = false);
     void parseBody(const Str& strSettings, bool rateMayFail);
 
     Session& s_;

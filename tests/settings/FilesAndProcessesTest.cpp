@@ -154,6 +154,39 @@ TEST(CreateDic, BinaryModeIsCaseSensitive) {
     EXPECT_EQ(dic.Count(), 2);
 }
 
+TEST(CreateDic, ThousandsOfKeysAddedAndRemovedStayFoundInOrder) {
+    // Enough keys for the index to grow many times, removals from the
+    // front, middle and end, and lookups in another letter case.
+    for (const std::int32_t mode : {0, 1}) {
+        ScriptingDictionary<int> dic;
+        dic.setCompareMode(mode);
+        std::vector<Str> kept;
+        for (int i = 0; i < 3000; ++i)
+            dic.Add(u"Key" + toStr(i), i);
+        for (int i = 0; i < 3000; ++i) {
+            if (i % 3 == 0) {
+                dic.Remove(u"Key" + toStr(i));
+            } else {
+                kept.push_back(u"Key" + toStr(i));
+            }
+        }
+        EXPECT_EQ(dic.Keys(), kept);
+        for (int i = 0; i < 3000; ++i) {
+            const Str upper = u"KEY" + toStr(i);
+            const int* item = dic.find(upper);
+            if (mode == 1 && i % 3 != 0) {
+                ASSERT_TRUE(item) << u8(upper);
+                EXPECT_EQ(*item, i);
+            } else {
+                EXPECT_FALSE(item) << u8(upper);
+            }
+        }
+        EXPECT_TRUE(dic.tryAdd(u"Key0", -1));
+        EXPECT_EQ(dic.Keys().back(), u"Key0");
+        EXPECT_FALSE(dic.tryAdd(u"Key1", -1));
+    }
+}
+
 TEST(CreateDic, RepairOnceThenReport) {
     Env e;
     e.platform.failComponent(ScriptComponent::Dictionary, 2);
