@@ -100,7 +100,8 @@ TEST(SaveSettings, AppointmentFailuresDoNotStopTheRegistryPart) {
     EXPECT_TRUE(e.noReport());
     EXPECT_EQ(e.s.err.number, 0);
     EXPECT_EQ(e.platform.valueNames(kSettingsKey).size(), 17u);
-    EXPECT_EQ(e.settingsItem()->body, p.fncBuildBody());
+    // Without a Save the appointment keeps what it had.
+    EXPECT_EQ(e.settingsItem()->saveCount, 1);
 }
 
 TEST(SaveSettings, LongPropertyFailureIsReportedButTheSaveGoesOn) {
@@ -146,6 +147,36 @@ TEST(Migration, RegistryWithReportChoiceNeverReadsTheAppointment) {
     p.GetValuesFromSettings();
     EXPECT_EQ(e.sc.instruments().callCount(), 0u);
     EXPECT_EQ(p.lngReportChoice, 2);
+}
+
+TEST(Migration, RegistrySettingsWithoutAnAppointmentGoIntoANewOneAtTheFirstSave) {
+    SimEnv e;
+    const std::pair<Str, Str> values[] = {{u"ReportChoice", u"3"},
+                                          {u"ReportValue", u"DSN=x"},
+                                          {u"PersonalRate", u"12.5"},
+                                          {u"FilterEvents", u"True"},
+                                          {u"FilterPrivate", u"False"},
+                                          {u"FilterRecurring", u"True"},
+                                          {u"MetadataList", u"Company:Acme;\r\nPerson:Ann;\r\n"}};
+    for (const auto& [name, value] : values)
+        e.platform.setString(kSettingsKey, name, value);
+    cPersonalSettings p(e.s);
+    e.sc.instruments().resetCounts();
+    p.GetValuesFromSettings();
+    EXPECT_TRUE(e.noReport());
+    EXPECT_EQ(e.sc.instruments().callCount(), 0u);  // the load asks Outlook nothing
+    EXPECT_EQ(e.settingsItemCount(), 0u);
+    p.SaveSettings();
+    EXPECT_TRUE(e.noReport());
+    ASSERT_EQ(e.settingsItemCount(), 1u);
+    auto appt = e.settingsItem();
+    const Str expected =
+        u"3\r\nDSN=x\r\n12.5\r\nTrue\r\nFalse\r\nTrue\r\nCompany:Acme;\r\nPerson:Ann;\r\n";
+    EXPECT_EQ(appt->body, expected);
+    EXPECT_EQ(fncGetLongProperty(e.s, e.handle(appt), u"Settings"), expected);
+    EXPECT_EQ(appt->categories, u"Company:Acme;\r\nPerson:Ann;\r\n");
+    for (const auto& [name, value] : values)
+        EXPECT_EQ(e.reg(name), value) << u8(name);
 }
 
 TEST(Migration, ConnectionChoiceIsTakenWithTheUserProperties) {
