@@ -118,6 +118,9 @@ TEST(SessionStartup, TheWorkingStateIsBuiltInItsOrder) {
     const std::vector<Str> order = {
         u"Getting List separator from computer settings!",
         u"Creating a new object for holding buttons",
+        // The phrases are read before anything that shows a text is built.
+        u"Reading language phrases from resource file",
+        u"Reading phrases from collection into variables",
         u"Setting reference to the default Outlook Calendar",
         u"Getting current user full name from mailbox name",
         u"Reading Hourbook settings from Registry!",
