@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Every test: installs what is missing (Debian 12, as root), then
 #   1. native (preset native: g++, ASan + UBSan): configure, build, ctest;
+#      then every fuzz target for a short while (scripts/fuzz.sh --quick);
 #   2. Windows x64 (preset win64, MinGW-w64): build, ctest under Wine;
 #   3. Windows x86 (preset win32): build, ctest under Wine's 32-bit side,
 #      i386 multiarch (wine32:i386) or else an i386 Debian root made with
@@ -59,6 +60,23 @@ else
     total_failed=$((total_failed + 1))
 fi
 
+# Every fuzz target briefly (scripts/fuzz.sh --quick; a finding fails it).
+hb_say "Fuzz targets (preset fuzz: libFuzzer, ASan + UBSan, ${HB_FUZZ_SECONDS:-25} s each)"
+fuzz_log="$HB_LOGS/fuzz-quick.log"
+bash scripts/fuzz.sh --quick "${HB_FUZZ_SECONDS:-25}" 2>&1 | tee "$fuzz_log"
+fuzz_line=$(grep -E '^fuzz total: [0-9]+ passed, [0-9]+ failed' "$fuzz_log" | tail -n 1)
+if [ -n "$fuzz_line" ]; then
+    fuzz_passed=$(sed -E 's/.*: ([0-9]+) passed.*/\1/' <<<"$fuzz_line")
+    fuzz_failed=$(sed -E 's/.* ([0-9]+) failed.*/\1/' <<<"$fuzz_line")
+    result[fuzz]="$fuzz_passed passed, $fuzz_failed failed"
+else
+    fuzz_passed=0
+    fuzz_failed=1
+    result[fuzz]="BUILD FAILED"
+fi
+total_passed=$((total_passed + fuzz_passed))
+total_failed=$((total_failed + fuzz_failed))
+
 hb_start_display || echo "   (no Xvfb: the Windows tests that show windows skip)"
 
 hb_say "2/3 Windows x64 build and tests under Wine (preset win64)"
@@ -96,6 +114,7 @@ fi
 
 hb_say "Summary"
 echo "   native tests (ASan/UBSan):        ${result[native]}"
+echo "   fuzz targets (libFuzzer):         ${result[fuzz]}"
 echo "   Windows x64 tests under Wine:     ${result[win64]}"
 if [ "$x86_how" = "not run" ]; then
     echo "   Windows x86 tests:                ${result[win32]}"

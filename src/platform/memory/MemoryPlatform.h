@@ -143,6 +143,7 @@ class MemoryPlatform : public Platform {
     // Creation fails for the next `times` attempts (negative: always).
     void failComponent(ScriptComponent component, int times = -1);
     std::vector<ScriptComponent> componentAttempts() const { return componentAttempts_; }
+    void clearComponentAttempts() { componentAttempts_.clear(); }
 
     // ---- Automation objects by ProgID (without regard to letter case) ------
     void setActiveObject(const Str& progId, Variant object);
