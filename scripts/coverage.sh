@@ -32,6 +32,7 @@ hb_step coverage-ctest ctest --test-dir "$dir" -j "$HB_JOBS" --output-on-failure
 hb_say "Coverage of src/ (without src/win and src/platform/win32)"
 gcovr_args=(--root "$HB_ROOT" --object-directory "$dir" --filter 'src/'
             --exclude 'src/win/' --exclude 'src/platform/win32/'
+            --exclude-directories '.*/CMakeFiles/[0-9.]+$'
             --exclude-throw-branches --exclude-unreachable-branches)
 gcovr "${gcovr_args[@]}" --json-summary-pretty --json-summary "$dir/coverage.json" >/dev/null
 python3 - "$dir/coverage.json" <<'EOF'

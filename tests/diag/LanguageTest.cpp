@@ -136,43 +136,40 @@ TEST_F(ReadPhrasesTest, ChosenColumnWithEnglishFallback) {
     EXPECT_EQ(hb::fncGetLastTrace(s), u"Reading language phrases from resource file");
 }
 
-TEST_F(ReadPhrasesTest, ByteOrderMarkIsDroppedFromTheFirstKey) {
-    setLanguageTable(tableText({tableLine(u"LNGABOUT", {{4, u"About"}})}));
-    hb::subReadPhrases(s, English, false);
-    EXPECT_EQ(keys(), std::vector<Str>{u"LNGABOUT"});
-    EXPECT_EQ(phrase(u"LNGABOUT"), u"About");
-}
-
-TEST_F(ReadPhrasesTest, WithoutByteOrderMarkNothingIsDropped) {
-    setLanguageTable(tableText({tableLine(u"LNGABOUT", {{4, u"About"}})}), false);
-    hb::subReadPhrases(s, English, false);
-    EXPECT_EQ(keys(), std::vector<Str>{u"LNGABOUT"});
-}
-
-TEST_F(ReadPhrasesTest, QuestionMarkRule) {
-    // The first character reads as "?" through the ANSI character code:
-    // the mark, and a real "?" alike; keys lose a leading one too.
-    setLanguageTable(u"?" + tableText({tableLine(u"?LNGA", {{4, u"A?"}}),
-                                       tableLine(u"\uFEFFLNGB", {{4, u"B"}})}),
-                     false);
-    hb::subReadPhrases(s, English, false);
-    EXPECT_EQ(keys(), (std::vector<Str>{u"LNGA", u"LNGB"}));
-    EXPECT_EQ(phrase(u"LNGA"), u"A?");
-}
-
-TEST_F(ReadPhrasesTest, MarkAndQuestionMarkLoseOnlyOneCharacter) {
-    setLanguageTable(tableText({tableLine(u"?LNGA", {{4, u"A"}})}));
-    hb::subReadPhrases(s, English, false);
-    // The mark goes with the text, the "?" with the key.
-    EXPECT_EQ(keys(), std::vector<Str>{u"LNGA"});
-}
-
-TEST_F(ReadPhrasesTest, LastPieceIsSkipped) {
-    setLanguageTable(tableText(
-        {tableLine(u"LNGABOUT", {{4, u"About"}}), tableLine(u"LNGADD", {{4, u"Add"}})}, false));
-    hb::subReadPhrases(s, English, false);
-    EXPECT_EQ(keys(), std::vector<Str>{u"LNGABOUT"});
-    EXPECT_TRUE(boxes().empty());
+TEST_F(ReadPhrasesTest, LeadingMarkOrQuestionMarkAndTheUnterminatedLastLine) {
+    // The first character of the text and of each key is dropped when it
+    // reads as "?" through the ANSI character code: the byte-order mark and
+    // a real "?" alike, one character only. The text after the last CR LF
+    // is no line.
+    struct Case {
+        Str table;
+        bool bom;
+        std::vector<Str> keys;
+        Str firstPhrase;
+    } cases[] = {
+        {tableText({tableLine(u"LNGABOUT", {{4, u"About"}})}), true, {u"LNGABOUT"}, u"About"},
+        {tableText({tableLine(u"LNGABOUT", {{4, u"About"}})}), false, {u"LNGABOUT"}, u"About"},
+        {u"?" +
+             tableText({tableLine(u"?LNGA", {{4, u"A?"}}), tableLine(u"\uFEFFLNGB", {{4, u"B"}})}),
+         false,
+         {u"LNGA", u"LNGB"},
+         u"A?"},
+        // The mark goes with the text, the "?" with the key.
+        {tableText({tableLine(u"?LNGA", {{4, u"A"}})}), true, {u"LNGA"}, u"A"},
+        {tableText({tableLine(u"LNGABOUT", {{4, u"About"}}), tableLine(u"LNGADD", {{4, u"Add"}})},
+                   false),
+         true,
+         {u"LNGABOUT"},
+         u"About"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(hb::toUtf8(c.table));
+        setLanguageTable(c.table, c.bom);
+        hb::subReadPhrases(s, English, false);
+        EXPECT_EQ(keys(), c.keys);
+        EXPECT_EQ(phrase(c.keys[0]), c.firstPhrase);
+        EXPECT_TRUE(boxes().empty());
+    }
 }
 
 TEST_F(ReadPhrasesTest, ApostrophesRemovedDoubleQuotesKept) {

@@ -24,60 +24,27 @@ std::optional<Raised> raisedBy(F&& f) {
     return std::nullopt;
 }
 
-TEST(RegistryStore, WritesRegSzBelowTheFixedApplicationName) {
+TEST(RegistryStore, RegSzBelowTheFixedNameTrimmedAndRoundTripped) {
     Env e;
-    SaveSettingString(e.s, u"Settings", u"ReportValue", u"C:\\Data\\");
+    // Never saved: the default, and nothing is created.
+    EXPECT_EQ(GetSettingString(e.s, u"Settings", u"ReportChoice", u"NULL"), u"NULL");
+    EXPECT_FALSE(e.platform.keyExists(u"Software\\Brindlewood"));
+    EXPECT_EQ(e.platform.calls("regCreateKey"), 0);
+    SaveSettingString(e.s, u"  Settings ", u"  ReportValue  ", u"C:\\Data\\");
     auto v = e.platform.value(kSettingsKey, u"ReportValue");
     ASSERT_TRUE(v);
     EXPECT_EQ(v->type, win::RegSz);
     EXPECT_EQ(v->text, u"C:\\Data\\");
-    EXPECT_EQ(e.platform.openKeyCount(), 0u);
-}
-
-TEST(RegistryStore, SectionAndKeyAreTrimmed) {
-    Env e;
-    SaveSettingString(e.s, u"  Settings ", u"  Key  ", u"v");
-    EXPECT_EQ(e.reg(u"Key"), Str(u"v"));
-    EXPECT_EQ(GetSettingString(e.s, u"Settings", u" Key ", u"d"), u"v");
-}
-
-TEST(RegistryStore, RoundTripsEveryText) {
-    Env e;
-    const std::vector<Str> texts = {u"",
-                                    u"x",
-                                    u"Acme;Globex;",
-                                    u"Κωνσταντίνος Παπαδόπουλος",
-                                    u"Příliš žluťoučký kůň",
-                                    u"Company:a;b;\r\nPerson:Ann;\r\n",
-                                    Str(5000, u'z'),
-                                    u" leading and trailing "};
-    for (const Str& t : texts) {
+    EXPECT_EQ(GetSettingString(e.s, u"Settings", u" ReportValue ", u"d"), u"C:\\Data\\");
+    // A missing value in the existing key: the default; an empty text is
+    // stored and reads as empty.
+    EXPECT_EQ(GetSettingString(e.s, u"Settings", u"B", u"dflt"), u"dflt");
+    for (const Str& t : {Str(), Str(u"Acme;Globex;"), Str(u"Κωνσταντίνος Παπαδόπουλος"),
+                         Str(u"Company:a;b;\r\nPerson:Ann;\r\n"), Str(5000, u'z'),
+                         Str(u" leading and trailing ")}) {
         SaveSettingString(e.s, u"Settings", u"Text", t);
         EXPECT_EQ(GetSettingString(e.s, u"Settings", u"Text", u"DEFAULT"), t) << u8(t);
     }
-}
-
-TEST(RegistryStore, EmptyStoredTextReadsAsEmptyNotDefault) {
-    Env e;
-    SaveSettingString(e.s, u"Settings", u"Empty", u"");
-    auto v = e.platform.value(kSettingsKey, u"Empty");
-    ASSERT_TRUE(v);
-    EXPECT_EQ(v->type, win::RegSz);
-    EXPECT_EQ(GetSettingString(e.s, u"Settings", u"Empty", u"NULL"), u"");
-}
-
-TEST(RegistryStore, NeverSavedGivesTheDefaultAndCreatesNothing) {
-    Env e;
-    EXPECT_EQ(GetSettingString(e.s, u"Settings", u"ReportChoice", u"NULL"), u"NULL");
-    EXPECT_EQ(GetSettingString(e.s, u"Settings", u"FilterEvents", u"true"), u"true");
-    EXPECT_FALSE(e.platform.keyExists(u"Software\\Brindlewood"));
-    EXPECT_EQ(e.platform.calls("regCreateKey"), 0);
-}
-
-TEST(RegistryStore, MissingValueInExistingKeyGivesTheDefault) {
-    Env e;
-    SaveSettingString(e.s, u"Settings", u"A", u"1");
-    EXPECT_EQ(GetSettingString(e.s, u"Settings", u"B", u"dflt"), u"dflt");
     EXPECT_EQ(e.platform.openKeyCount(), 0u);
 }
 
@@ -145,9 +112,10 @@ TEST(RegistryStore, FailingCreateSetAndOpenRaiseWithTheResultCode) {
 
 TEST(RegistryStore, ReportedSizeDecidesTheLengthRead) {
     Env e;
-    // A text reported with its terminating zero reads whole; one whose size
-    // leaves the zero out loses its last character, as the original's
-    // "size - 1" buffer does; size 0 reads as empty.
+    // The reported size is taken to count the terminating zero: a text
+    // reported with it reads whole, one whose size leaves it out loses its
+    // last character here (the Windows platform reports sizes in bytes of
+    // UTF-16, so there such a text reads whole); size 0 reads as empty.
     e.platform.setString(kSettingsKey, u"Whole", u"abc", 4);
     e.platform.setString(kSettingsKey, u"Short", u"abc", 3);
     e.platform.setString(kSettingsKey, u"Zero", u"abc", 0);
