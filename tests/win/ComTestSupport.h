@@ -9,6 +9,7 @@
 #include <oleauto.h>
 #include <olectl.h>
 
+#include <cstdio>
 #include <functional>
 #include <map>
 #include <string>
@@ -283,6 +284,72 @@ inline bool windowsPossible(const wchar_t* childVariable, const wchar_t* desktop
     if (!probe) return false;
     DestroyWindow(probe);
     return true;
+}
+
+// Why this test program cannot run some of its tests again under an Xvfb
+// server of their own (rerunUnderXvfb), or null when it can.
+inline const char* xvfbRerunUnavailable(const wchar_t* childVariable) {
+    if (GetEnvironmentVariableW(childVariable, nullptr, 0) > 0)
+        return "this is the process running under Xvfb";
+    if (GetFileAttributesW(L"Z:\\usr\\bin\\xvfb-run") == INVALID_FILE_ATTRIBUTES)
+        return "no xvfb-run (Debian package xvfb): the window tests cannot run";
+    return nullptr;
+}
+
+struct XvfbRun {
+    int exitCode = -1;   // -1: it did not finish in time
+    std::string output;  // what it printed
+};
+
+// Runs the tests `gtestFilter` of this test program again in a second Wine
+// process of the same prefix, under xvfb-run, with childVariable=1 in its
+// environment; then the shell command `afterwards` (may be empty). Its
+// output goes to `log` (a Windows path). Wine does not wait for a Unix
+// process: the script leaves its exit code in a file, and this waits for
+// that file.
+inline XvfbRun rerunUnderXvfb(const wchar_t* childVariable, const std::string& gtestFilter,
+                              const std::wstring& log, const std::string& afterwards = {},
+                              DWORD timeoutMs = 110000) {
+    XvfbRun run;
+    wchar_t self[MAX_PATH] = {};
+    GetModuleFileNameW(nullptr, self, MAX_PATH);
+    const std::string exe = unixPath(self), logPath = unixPath(log);
+    const std::wstring rcFile = log + L".rc";
+    const std::string rc = unixPath(rcFile);
+    if (exe.empty() || logPath.empty()) return run;
+    DeleteFileW(rcFile.c_str());
+    const std::wstring name(childVariable);
+    const std::string script = std::string(name.begin(), name.end()) +
+                               "=1 xvfb-run -a -s '-screen 0 1024x768x24' wine '" + exe +
+                               "' --gtest_filter='" + gtestFilter + "' >'" + logPath +
+                               "' 2>&1; rc=$?; " + (afterwards.empty() ? "" : afterwards + "; ") +
+                               "echo $rc >'" + rc + ".tmp' && mv '" + rc + ".tmp' '" + rc + "'";
+    std::wstring command = L"/bin/sh -c \"" + std::wstring(script.begin(), script.end()) + L"\"";
+    STARTUPINFOW si{};
+    si.cb = sizeof si;
+    PROCESS_INFORMATION pi{};
+    if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &si,
+                        &pi))
+        return run;
+    CloseHandle(pi.hThread);
+    CloseHandle(pi.hProcess);
+    for (DWORD waited = 0; waited < timeoutMs && run.exitCode < 0; waited += 100) {
+        if (FILE* f = _wfopen(rcFile.c_str(), L"rb")) {
+            if (std::fscanf(f, "%d", &run.exitCode) != 1) run.exitCode = 99;
+            std::fclose(f);
+        } else {
+            Sleep(100);
+        }
+    }
+    DeleteFileW(rcFile.c_str());
+    if (FILE* f = _wfopen(log.c_str(), L"rb")) {
+        char buffer[4096];
+        std::size_t n = 0;
+        while ((n = std::fread(buffer, 1, sizeof buffer, f)) > 0)
+            run.output.append(buffer, n);
+        std::fclose(f);
+    }
+    return run;
 }
 
 // Answers every message box shown on this thread while it lives (No where

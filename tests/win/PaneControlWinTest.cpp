@@ -23,7 +23,6 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -599,59 +598,20 @@ TEST_F(PaneHosted, TabMovesBetweenTheVisibleBoxes) {
 // ---------------------------------------------------------------- under Xvfb
 
 TEST(PaneControlXvfb, RunsTheHostedTestsUnderAnXServerOfTheirOwn) {
-    if (GetEnvironmentVariableW(kChildVariable, nullptr, 0) > 0)
-        GTEST_SKIP() << "this is the process running under Xvfb";
-    if (GetFileAttributesW(L"Z:\\usr\\bin\\xvfb-run") == INVALID_FILE_ATTRIBUTES)
-        GTEST_SKIP() << "no xvfb-run (Debian package xvfb): the pane's window tests cannot run";
-
+    if (const char* why = test::xvfbRerunUnavailable(kChildVariable)) GTEST_SKIP() << why;
     const std::wstring folder = testFolder();
-    wchar_t self[MAX_PATH] = {};
-    GetModuleFileNameW(nullptr, self, MAX_PATH);
-    const std::string exe = unixPath(self);
-    const std::string log = unixPath(folder + L"\\pane-xvfb.log");
+    DeleteFileW((folder + L"\\pane.bmp").c_str());
+    // The picture the hosted tests take becomes the README's PNG.
     const std::string bmp = unixPath(folder + L"\\pane.bmp");
     const std::string png = unixPath(folder + L"\\pane.png");
-    const std::wstring rcFile = folder + L"\\pane-xvfb.rc";
-    ASSERT_FALSE(exe.empty()) << "Wine's wine_get_unix_file_name";
-    DeleteFileW((folder + L"\\pane.bmp").c_str());
-    DeleteFileW(rcFile.c_str());
-
-    // A second Wine process of the same prefix, on a display of its own;
-    // then the picture it took becomes the README's PNG. Wine gives no exit
-    // code for a Unix process, so the script leaves its own in a file.
-    const std::string script =
-        "HB_PANE_DISPLAY_CHILD=1 xvfb-run -a -s '-screen 0 1024x768x24' wine '" + exe +
-        "' --gtest_filter='PaneHosted.*' >'" + log + "' 2>&1; rc=$?; if [ -f '" + bmp +
-        "' ] && command -v convert >/dev/null; then convert '" + bmp + "' '" + png +
-        "'; fi; echo $rc >'" + unixPath(rcFile) + ".tmp' && mv '" + unixPath(rcFile) + ".tmp' '" +
-        unixPath(rcFile) + "'";
-    std::wstring command = L"/bin/sh -c \"" + std::wstring(script.begin(), script.end()) + L"\"";
-    STARTUPINFOW si{};
-    si.cb = sizeof(si);
-    PROCESS_INFORMATION pi{};
-    ASSERT_TRUE(CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr,
-                               nullptr, &si, &pi))
-        << "starting /bin/sh from Wine: " << GetLastError();
-    CloseHandle(pi.hThread);
-    CloseHandle(pi.hProcess);
-    // Up to the test's CTest limit, less a margin.
-    std::ifstream rcIn;
-    for (int waited = 0; waited < 1000 && !rcIn.is_open(); ++waited) {
-        Sleep(100);
-        rcIn.open(std::filesystem::path(rcFile));
-    }
-    ASSERT_TRUE(rcIn.is_open()) << "the run under Xvfb did not finish";
-    int rc = -1;
-    rcIn >> rc;
-
-    std::ifstream in(std::filesystem::path(folder + L"\\pane-xvfb.log"));
-    std::stringstream output;
-    output << in.rdbuf();
-    const std::string got = output.str();
-    std::printf("---- the PaneHosted tests under Xvfb ----\n%s----\n", got.c_str());
-    EXPECT_EQ(rc, 0);
-    EXPECT_NE(got.find("[  PASSED  ] 3 tests"), std::string::npos);
-    EXPECT_EQ(got.find("[  SKIPPED ]"), std::string::npos) << "every hosted test ran";
+    const test::XvfbRun run = test::rerunUnderXvfb(
+        kChildVariable, "PaneHosted.*", folder + L"\\pane-xvfb.log",
+        "if [ -f '" + bmp + "' ] && command -v convert >/dev/null; then convert '" + bmp + "' '" +
+            png + "'; fi");
+    std::printf("---- the PaneHosted tests under Xvfb ----\n%s----\n", run.output.c_str());
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_NE(run.output.find("[  PASSED  ] 3 tests"), std::string::npos);
+    EXPECT_EQ(run.output.find("[  SKIPPED ]"), std::string::npos) << "every hosted test ran";
 }
 
 }  // namespace

@@ -39,27 +39,20 @@ std::wstring exeFolder() {
     return p.substr(0, p.rfind(L'\\'));
 }
 
-// Every value of the settings key, read by Windows (nullopt: no key).
+// Every value of the settings key as name -> text (REG_SZ only), read by
+// Windows; nullopt: no key.
 std::optional<std::map<std::wstring, std::wstring>> registry() {
-    HKEY key = nullptr;
-    if (RegOpenKeyExW(HKEY_CURRENT_USER, kKey, 0, KEY_READ, &key) != ERROR_SUCCESS)
-        return std::nullopt;
+    test::Snapshot all;
+    test::snapshot(HKEY_CURRENT_USER, kKey, all);
+    if (all.empty()) return std::nullopt;
+    const std::wstring prefix = std::wstring(L"HKCU\\") + kKey + L"|";
     std::map<std::wstring, std::wstring> values;
-    for (DWORD i = 0;; ++i) {
-        wchar_t name[256];
-        DWORD nameLength = 256, type = 0, size = 0;
-        if (RegEnumValueW(key, i, name, &nameLength, nullptr, &type, nullptr, &size) !=
-            ERROR_SUCCESS)
-            break;
-        std::wstring data(size / sizeof(wchar_t) + 1, L'\0');
-        nameLength = 256;
-        DWORD bytes = static_cast<DWORD>(data.size() * sizeof(wchar_t));
-        RegEnumValueW(key, i, name, &nameLength, nullptr, &type,
-                      reinterpret_cast<BYTE*>(data.data()), &bytes);
-        data.resize(wcslen(data.c_str()));
-        values[name] = type == REG_SZ ? data : L"<not REG_SZ>";
+    for (const auto& [entry, data] : all) {
+        if (!entry.starts_with(prefix)) continue;
+        // "type:data", the data with its terminating zero.
+        values[entry.substr(prefix.size())] =
+            data.starts_with(L"1:") ? std::wstring(data.c_str() + 2) : L"<not REG_SZ>";
     }
-    RegCloseKey(key);
     return values;
 }
 
@@ -488,55 +481,16 @@ TEST_F(SettingsAppCommandLine, RefusedImportsSayWhyAndWriteNothing) {
 
 // ---------------------------------------------------------------- under Xvfb
 
-using test::unixPath;
-
 TEST(SettingsAppXvfb, RunsTheDialogTestsUnderAnXServerOfTheirOwn) {
-    if (GetEnvironmentVariableW(kChildVariable, nullptr, 0) > 0)
-        GTEST_SKIP() << "this is the process running under Xvfb";
+    if (const char* why = test::xvfbRerunUnavailable(kChildVariable)) GTEST_SKIP() << why;
     if (displayReady())
         GTEST_SKIP() << "this process has a display: the SettingsAppDialog tests run in it";
-    if (GetFileAttributesW(L"Z:\\usr\\bin\\xvfb-run") == INVALID_FILE_ATTRIBUTES)
-        GTEST_SKIP() << "no xvfb-run (Debian package xvfb): the dialog tests cannot run";
-    wchar_t self[MAX_PATH] = {};
-    GetModuleFileNameW(nullptr, self, MAX_PATH);
-    const std::string exe = unixPath(self);
-    const std::wstring logFile = exeFolder() + L"\\settings-xvfb.log";
-    const std::string log = unixPath(logFile);
-    ASSERT_FALSE(exe.empty()) << "Wine's wine_get_unix_file_name";
-    const std::wstring rcFile = exeFolder() + L"\\settings-xvfb.rc";
-    DeleteFileW(rcFile.c_str());
-    const std::string rc = unixPath(rcFile);
-    // Wine does not wait for a Unix process: the script leaves its exit
-    // code in a file when it ends, and the test waits for that file.
-    const std::string script =
-        "HB_SETTINGS_DISPLAY_CHILD=1 xvfb-run -a -s '-screen 0 1024x768x24' wine '" + exe +
-        "' --gtest_filter='SettingsAppDialog.*' >'" + log + "' 2>&1; echo $? >'" + rc +
-        ".tmp'; mv '" + rc + ".tmp' '" + rc + "'";
-    std::wstring command = L"/bin/sh -c \"" + std::wstring(script.begin(), script.end()) + L"\"";
-    STARTUPINFOW si{};
-    si.cb = sizeof(si);
-    PROCESS_INFORMATION pi{};
-    ASSERT_TRUE(CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr,
-                               nullptr, &si, &pi))
-        << "starting /bin/sh from Wine: " << GetLastError();
-    CloseHandle(pi.hThread);
-    CloseHandle(pi.hProcess);
-    int exitCode = -1;
-    for (int polls = 0; polls < 1200 && exitCode < 0; ++polls) {
-        FILE* f = _wfopen(rcFile.c_str(), L"rb");
-        if (!f) {
-            Sleep(500);
-            continue;
-        }
-        if (std::fscanf(f, "%d", &exitCode) != 1) exitCode = 99;
-        std::fclose(f);
-    }
-    DeleteFileW(rcFile.c_str());
-    const std::string got = readAll(logFile);
-    std::printf("---- the SettingsAppDialog tests under Xvfb ----\n%s----\n", got.c_str());
-    EXPECT_EQ(exitCode, 0);
-    EXPECT_NE(got.find("[  PASSED  ] 4 tests"), std::string::npos);
-    EXPECT_EQ(got.find("[  SKIPPED ]"), std::string::npos) << "every dialog test ran";
+    const test::XvfbRun run = test::rerunUnderXvfb(kChildVariable, "SettingsAppDialog.*",
+                                                   exeFolder() + L"\\settings-xvfb.log");
+    std::printf("---- the SettingsAppDialog tests under Xvfb ----\n%s----\n", run.output.c_str());
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_NE(run.output.find("[  PASSED  ] 4 tests"), std::string::npos);
+    EXPECT_EQ(run.output.find("[  SKIPPED ]"), std::string::npos) << "every dialog test ran";
 }
 
 }  // namespace
