@@ -486,6 +486,22 @@ void CommandBars::dropTemporary() {
     bars = std::move(keep);
 }
 
+void CommandBars::forEachControl(
+    const std::function<void(const std::shared_ptr<CommandBarControl>&)>& f) const {
+    std::vector<std::shared_ptr<CommandBarControls>> todo;
+    for (const auto& b : bars)
+        todo.push_back(b->controls);
+    while (!todo.empty()) {
+        auto list = todo.back();
+        todo.pop_back();
+        if (!list) continue;
+        for (const auto& c : list->list) {
+            f(c);
+            if (c->controls) todo.push_back(c->controls);
+        }
+    }
+}
+
 CommandBar::CommandBar(Outlook& world, Str name_)
     : SimObject(world, u"CommandBar", commandBarTable()), name(std::move(name_)) {}
 
@@ -622,9 +638,20 @@ std::int32_t CustomTaskPane::height() const {
 }
 
 namespace {
+// A pane's event arrives after the call that caused it (posted); a pane
+// deleted by then raises nothing.
+void postPaneEvent(CustomTaskPane& p, const char16_t* member) {
+    std::weak_ptr<CustomTaskPane> weak = self(p);
+    p.world().post([weak, member] {
+        auto pane = weak.lock();
+        if (!pane || pane->deleted || !pane->attached()) return;
+        pane->raiseEvent(u"_CustomTaskPaneEvents", member, {obj(pane)});
+    });
+}
+
 void dockEvent(CustomTaskPane& p) {
     ++p.dockEvents;
-    p.raiseEvent(u"_CustomTaskPaneEvents", u"DockPositionStateChange", {obj(self(p))});
+    postPaneEvent(p, u"DockPositionStateChange");
 }
 }  // namespace
 
@@ -667,7 +694,7 @@ void CustomTaskPane::setHeight(std::int32_t h) {
 void CustomTaskPane::setVisible(bool v) {
     if (visible == v) return;
     visible = v;
-    raiseEvent(u"_CustomTaskPaneEvents", u"VisibleStateChange", {obj(self(*this))});
+    postPaneEvent(*this, u"VisibleStateChange");
 }
 
 void CustomTaskPane::remove() {

@@ -18,8 +18,11 @@
 //    Width or Height changes, from code as well as from the user. A pane
 //    docked left or right refuses a new Height, one docked top or bottom a
 //    new Width (Office raises); a floating pane takes both.
-// Not modelled: Office's delivery of a button's Click to every button that
-// shares its Tag (the add-in sets no Tag), built-in controls' actions.
+//  - The task pane's events (DockPositionStateChange, VisibleStateChange)
+//    arrive after the call that caused them returns: they are posted.
+//  - A click on a button raises Click on every control, in every window,
+//    that has the same Tag (see Scenario::click).
+// Not modelled: built-in controls' actions.
 #include "sim/Outlook.h"
 
 namespace sim {
@@ -36,6 +39,9 @@ class CommandBars : public SimObject {
     std::shared_ptr<CommandBar> menuBar() const;
     // Outlook quits: temporary bars and controls go.
     void dropTemporary();
+    // Every control of every bar, popups' controls too.
+    void forEachControl(
+        const std::function<void(const std::shared_ptr<CommandBarControl>&)>& f) const;
 };
 
 class CommandBar : public SimObject {

@@ -116,7 +116,7 @@ Variant findFrom(Items& items, std::size_t from) {
     for (std::size_t i = from; i < list.size(); ++i) {
         if (matches(*list[i], f, items.lastFilter)) {
             items.nextPosition = i + 1;
-            return obj(list[i]);
+            return items.world().lookup(list[i]);
         }
     }
     items.nextPosition = list.size();
@@ -327,7 +327,18 @@ std::shared_ptr<Item> Outlook::createItem(std::int32_t type) {
                       u"parameter values are not valid.");
     }
     item->folder = home;
-    return item;
+    return item->workingCopy();
+}
+
+Variant Outlook::lookup(const std::shared_ptr<Item>& item) {
+    if (!item) return Variant::nothing();
+    Item& stored = item->record();
+    for (const auto& in : inspectors_) {
+        if (in->open && in->currentItem && &in->currentItem->record() == &stored) {
+            return obj(in->currentItem->view());
+        }
+    }
+    return obj(stored.workingCopy());
 }
 
 Str Outlook::categoriesText(const Str& assigned) const {
@@ -570,11 +581,13 @@ std::shared_ptr<const hb::MemberTable> itemsTable() {
                             // Subject is that text.
                             Str text = key.toStr();
                             for (const auto& it : list) {
-                                if (hb::text::equalsNoCase(it->subject, text)) return obj(it);
+                                if (hb::text::equalsNoCase(it->subject, text)) {
+                                    return i.world().lookup(it);
+                                }
                             }
                             notFound();
                         }
-                        return obj(list[indexArg(key, list.size())]);
+                        return i.world().lookup(list[indexArg(key, list.size())]);
                     })
             .defaultMember(u"Item")
             .method(u"Find",
@@ -591,12 +604,12 @@ std::shared_ptr<const hb::MemberTable> itemsTable() {
                     [](Items& i) {
                         i.nextPosition = 1;
                         if (i.folder->items.empty()) return Variant::nothing();
-                        return obj(i.folder->items.front());
+                        return i.world().lookup(i.folder->items.front());
                     })
             .method(u"GetNext",
                     [](Items& i) {
                         if (i.nextPosition >= i.folder->items.size()) return Variant::nothing();
-                        return obj(i.folder->items[i.nextPosition++]);
+                        return i.world().lookup(i.folder->items[i.nextPosition++]);
                     })
             .method(u"Add",
                     [](Items& i, Args& args) {
@@ -632,7 +645,7 @@ std::shared_ptr<const hb::MemberTable> itemsTable() {
                                       u"values are not valid.");
                         }
                         item->folder = i.folder;
-                        return obj(item);
+                        return obj(item->workingCopy());
                     })
             .method(u"Remove",
                     [](Items& i, Args& args) {
@@ -645,7 +658,7 @@ std::shared_ptr<const hb::MemberTable> itemsTable() {
             .enumerable([](Items& i) {
                 std::vector<Variant> out;
                 for (const auto& c : i.folder->items)
-                    out.push_back(obj(c));
+                    out.push_back(i.world().lookup(c));
                 return out;
             })
             .events(u"ItemsEvents")
@@ -741,7 +754,7 @@ void Folder::postItemsEvent(const Str& member, std::shared_ptr<Item> item) {
         }
         for (const auto& c : live) {
             Args args;
-            if (item) args.push_back(obj(item));
+            if (item) args.push_back(f->world().lookup(item));
             c->raiseEvent(u"ItemsEvents", member, std::move(args));
         }
     });
@@ -808,9 +821,13 @@ Tbl& commonItemMembers(Tbl& t) {
                 i.messageClass = v.toStr();
                 changed(i);
             })
-        .get(u"EntryID", [](Item& i) { return i.entryId; })
+        .get(u"EntryID", [](Item& i) { return i.record().entryId; })
         .get(u"Parent", [](Item& i) { return i.parent(); })
-        .get(u"Saved", [](Item& i) { return !i.dirty && i.inFolder; })
+        .get(u"Saved",
+             [](Item& i) {
+                 const Item& r = i.record();
+                 return !i.dirty && (r.inFolder || !r.master.expired());
+             })
         .get(u"Application", [](Item& i) { return obj(i.world().application()); })
         .get(u"Session", [](Item& i) { return obj(i.world().nameSpace()); })
         .get(u"UserProperties",
@@ -818,7 +835,7 @@ Tbl& commonItemMembers(Tbl& t) {
         .method(u"Save", [](Item& i) { i.save(); })
         .method(u"Display",
                 [](Item& i) {
-                    ++i.displayCount;
+                    ++i.record().displayCount;
                     i.world().openInspector(self(i));
                 })
         .method(u"Close",
@@ -826,7 +843,7 @@ Tbl& commonItemMembers(Tbl& t) {
                     // olSave 0, olDiscard 1, olPromptForSave 2
                     if (hb::hasArg(args, 0) && args[0].toLong() == 0 && i.dirty) i.save();
                     for (const auto& in : i.world().inspectors()) {
-                        if (in->currentItem.get() == &i) {
+                        if (in->currentItem && &in->currentItem->record() == &i.record()) {
                             i.world().closeWindow(in);
                             break;
                         }
@@ -834,21 +851,23 @@ Tbl& commonItemMembers(Tbl& t) {
                 })
         .method(u"Delete",
                 [](Item& i) {
-                    if (auto f = i.folder.lock(); f && i.inFolder) f->remove(self(i));
-                    i.deleted = true;
+                    Item& r = i.record();
+                    if (auto f = r.folder.lock(); f && r.inFolder) f->remove(self(r));
+                    r.deleted = true;
                 })
         .method(u"Copy",
                 [](Item& i) {
                     auto c = i.copy();
-                    if (auto f = i.folder.lock(); f && i.inFolder) f->insert(c, true);
-                    return obj(c);
+                    const Item& r = i.record();
+                    if (auto f = r.folder.lock(); f && r.inFolder) f->insert(c, true);
+                    return obj(c->workingCopy());
                 })
         .method(u"Move", [](Item& i, Args& args) {
             auto target =
                 std::dynamic_pointer_cast<Folder>(Instruments::simObject(hb::requiredArg(args, 0)));
             if (!target) hb::raise(hb::err::TypeMismatch);
-            target->insert(self(i), true);
-            return obj(self(i));
+            target->insert(i.recordPtr(), true);
+            return i.world().lookup(i.recordPtr());
         });
     return t;
 }
@@ -901,11 +920,18 @@ std::shared_ptr<const hb::MemberTable> appointmentTable() {
                     i.allDayEvent = v.toBool();
                     changed(i);
                 })
-            .get(u"IsRecurring", [](Item& i) { return i.isRecurring || !i.master.expired(); })
+            .get(u"IsRecurring",
+                 [](Item& i) {
+                     const Item& r = i.record();
+                     return r.isRecurring || !r.master.expired();
+                 })
             .get(u"RecurrenceState", [](Item& i) {
-                // olApptNotRecurring 0, olApptMaster 1, olApptException 3
-                if (!i.master.expired()) return std::int32_t{3};
-                return i.isRecurring ? std::int32_t{1} : std::int32_t{0};
+                // olApptNotRecurring 0, olApptMaster 1, olApptOccurrence 2,
+                // olApptException 3
+                const Item& r = i.record();
+                if (r.isOccurrence) return std::int32_t{2};
+                if (!r.master.expired()) return std::int32_t{3};
+                return r.isRecurring ? std::int32_t{1} : std::int32_t{0};
             });
         return m.build();
     }();
@@ -945,7 +971,7 @@ std::shared_ptr<const hb::MemberTable> mailTable() {
                     i.cc = v.toStr();
                     changed(i);
                 })
-            .method(u"Send", [](Item& i) { ++i.sendCount; });
+            .method(u"Send", [](Item& i) { ++i.record().sendCount; });
         return m.build();
     }();
     return t;
@@ -1108,13 +1134,91 @@ void Item::setCategories(const Str& text) {
     categories = world().categoriesText(text);
 }
 
+namespace {
+
+// The values of an item that a lookup copies and a Save stores (not where
+// it is, its identity or its counters).
+void copyValues(Item& to, const Item& from, bool withDates = true) {
+    to.messageClass = from.messageClass;
+    to.subject = from.subject;
+    to.body = from.body;
+    to.location = from.location;
+    to.to = from.to;
+    to.cc = from.cc;
+    if (withDates) {
+        to.start = from.start;
+        to.end = from.end;
+    }
+    to.reminderSet = from.reminderSet;
+    to.allDayEvent = from.allDayEvent;
+    to.categories = from.categories;
+}
+
+// The user properties of `from` as new objects of `to`.
+void copyProperties(Item& to, const Item& from) {
+    to.userProperties.clear();
+    for (const auto& p : from.userProperties) {
+        auto q = to.world().make<UserProperty>(p->name, p->type);
+        q->value = p->value;
+        q->item = self(to);
+        to.userProperties.push_back(q);
+    }
+}
+
+// Stores the user properties of a saved object: a property the store has
+// (same name and type) keeps its object and takes the value; new ones are
+// added, removed ones go.
+void storeProperties(Item& stored, const Item& from) {
+    std::vector<std::shared_ptr<UserProperty>> kept;
+    for (const auto& p : from.userProperties) {
+        auto q = stored.findUserProperty(p->name);
+        if (!q || q->type != p->type) {
+            q = stored.world().make<UserProperty>(p->name, p->type);
+            q->item = self(stored);
+        }
+        q->value = p->value;
+        kept.push_back(q);
+    }
+    for (const auto& old : stored.userProperties) {
+        if (std::find(kept.begin(), kept.end(), old) == kept.end()) old->deleted = true;
+    }
+    stored.userProperties = std::move(kept);
+}
+
+}  // namespace
+
+Variant Item::invoke(hb::CallKind callKind, const Str& member, Args& args) {
+    if (target) return target->invoke(callKind, member, args);
+    return SimObject::invoke(callKind, member, args);
+}
+
+std::shared_ptr<Item> Item::workingCopy() {
+    Item& r = record();
+    if (r.isOccurrence) {
+        // An occurrence shows its series as it is stored now, on its own dates.
+        if (auto m = r.master.lock()) {
+            copyValues(r, *m, false);
+            copyProperties(r, *m);
+        }
+    }
+    auto c = world().make<Item>(r.kind, r.messageClass);
+    copyValues(*c, r);
+    copyProperties(*c, r);
+    c->stored = self(r);
+    return c;
+}
+
+std::shared_ptr<Item> Item::view() {
+    auto v = world().make<Item>(kind, messageClass);
+    v->target = resolved();
+    return v;
+}
+
 std::shared_ptr<Item> Item::addException(hb::Date s, hb::Date e) {
     isRecurring = true;
     auto x = world().make<Item>(ItemKind::Appointment, Str(kExceptionClass));
-    x->subject = subject;
-    x->body = body;
-    x->location = location;
-    x->categories = categories;
+    copyValues(*x, *this, false);
+    x->messageClass = kExceptionClass;
     x->start = s;
     x->end = e;
     x->entryId = entryId;
@@ -1125,10 +1229,56 @@ std::shared_ptr<Item> Item::addException(hb::Date s, hb::Date e) {
     return x;
 }
 
+std::shared_ptr<Item> Item::occurrence(hb::Date s, hb::Date e) {
+    isRecurring = true;
+    for (const auto& list : {occurrences, exceptions}) {
+        for (const auto& o : list) {
+            if (o->start.days == s.days) return o;
+        }
+    }
+    auto o = world().make<Item>(ItemKind::Appointment, messageClass);
+    copyValues(*o, *this, false);
+    copyProperties(*o, *this);
+    o->start = s;
+    o->end = e;
+    o->entryId = entryId;
+    o->master = self(*this);
+    o->folder = folder;
+    o->isOccurrence = true;
+    occurrences.push_back(o);
+    return o;
+}
+
 void Item::save() {
+    if (target) {
+        target->save();
+        return;
+    }
+    if (stored) {
+        Item& r = *stored;
+        if (dirty || !r.isOccurrence) {
+            copyValues(r, *this);
+            storeProperties(r, *this);
+            r.dirty = true;
+        }
+        dirty = false;
+        r.save();
+        messageClass = r.messageClass;  // a saved occurrence is an exception now
+        return;
+    }
     ++saveCount;
+    const bool changedValues = dirty;
     dirty = false;
     if (auto m = master.lock()) {
+        if (isOccurrence) {
+            // An occurrence saved unchanged stays one; a change makes it an
+            // exception of its series.
+            if (!changedValues) return;
+            isOccurrence = false;
+            messageClass = kExceptionClass;
+            std::erase_if(m->occurrences, [this](const auto& o) { return o.get() == this; });
+            m->exceptions.push_back(self(*this));
+        }
         // An exception is kept inside its series: saving changes the series.
         if (auto f = m->folder.lock(); f && m->inFolder) f->postItemsEvent(u"ItemChange", m);
         return;
@@ -1144,33 +1294,20 @@ void Item::save() {
 
 std::shared_ptr<Item> Item::copy() const {
     auto c = world().make<Item>(kind, messageClass);
-    c->subject = subject;
-    c->body = body;
-    c->location = location;
-    c->to = to;
-    c->cc = cc;
-    c->start = start;
-    c->end = end;
-    c->reminderSet = reminderSet;
-    c->allDayEvent = allDayEvent;
-    c->categories = categories;
-    c->isRecurring = isRecurring;
-    for (const auto& p : userProperties) {
-        auto q = world().make<UserProperty>(p->name, p->type);
-        q->value = p->value;
-        q->item = c;
-        c->userProperties.push_back(q);
-    }
+    copyValues(*c, *this);
+    copyProperties(*c, *this);
+    c->isRecurring = record().isRecurring;
     return c;
 }
 
-Variant Item::parent() const {
-    if (auto m = master.lock()) return obj(m);
-    return obj(folder.lock());
+Variant Item::parent() {
+    Item& r = record();
+    if (auto m = r.master.lock()) return world().lookup(m);
+    return obj(r.folder.lock());
 }
 
 Str Item::unusableReason() const {
-    return deleted ? Str(u"The item has been moved or deleted.") : Str();
+    return record().deleted ? Str(u"The item has been moved or deleted.") : Str();
 }
 
 UserProperties::UserProperties(Outlook& world, std::shared_ptr<Item> item_)

@@ -36,6 +36,19 @@
 //    value to its type (text, double, date, Boolean, 32-bit integer,
 //    currency) and raises 13 when it cannot. A new property reads Empty.
 //  - Items made by Items.Add / CreateItem have no EntryID until saved.
+//  - Every lookup of an item (Items, Selection, an event's argument, a
+//    Parent) gives a new object read from what is stored, as Outlook's item
+//    wrappers: what is written to one object stays in it (Saved False)
+//    until its Save stores it, and is lost when the object is let go.
+//    Telling items apart takes their EntryID, never the objects. The item
+//    open in an inspector is the exception: every lookup of it reaches the
+//    window's copy, with the user's unsaved changes (CurrentItem gives a
+//    new object over it each time).
+//  - A recurring series is its master (RecurrenceState 1), its exceptions
+//    (3) and its occurrences (2): an occurrence reads the master's values
+//    with its own dates, its Parent is the master (as an exception's), its
+//    EntryID the master's; saving a changed occurrence makes it an
+//    exception of the series.
 //  - MeetingItem has no Start or End (438), as Outlook's meeting item.
 #include <deque>
 #include <functional>
@@ -204,12 +217,19 @@ class Outlook {
     // Gives a window the focus: Deactivate on the window that had it, then
     // Activate on this one. Nothing happens when it has the focus already.
     void activate(const std::shared_ptr<Window>& window);
+    // The user switches to another program: the active window gets
+    // Deactivate. Back in Outlook (in `window`, else the window left), it
+    // gets Activate.
+    void loseFocus();
+    void regainFocus(const std::shared_ptr<Window>& window = nullptr);
+    bool hasFocus() const { return !away_; }
     // Closes a window: Close event, then the window is gone; the focus goes
     // to the topmost remaining window (Activate). When the last window
     // closes, Outlook quits (onQuit, posted).
     void closeWindow(const std::shared_ptr<Window>& window);
     // Switches an explorer's folder as Outlook does: BeforeFolderSwitch
-    // (NewFolder, Cancel by reference); unless cancelled, the folder
+    // (NewFolder, Cancel by reference; NewFolder is Nothing for a folder
+    // outside the stores); unless cancelled, the folder
     // changes, the selection empties, then FolderSwitch and
     // SelectionChange. Returns false when cancelled.
     bool switchFolder(const std::shared_ptr<Explorer>& explorer, std::shared_ptr<Folder> folder);
@@ -247,7 +267,16 @@ class Outlook {
     }
     Str newEntryId();
     std::shared_ptr<Folder> findFolder(const Str& entryId) const;
+    // Whether a folder belongs to one of the stores.
+    bool inStores(const Folder& folder) const;
+    // A folder outside every store (what a shortcut or a data file that is
+    // being closed shows).
+    std::shared_ptr<Folder> outsideFolder(Str name);
     std::shared_ptr<Item> createItem(std::int32_t olItemType);
+    // What a lookup of a stored item gives the add-in: a new object read
+    // from the store, or (the item is open in an inspector) a new object
+    // over the window's copy.
+    Variant lookup(const std::shared_ptr<Item>& item);
     Str categoriesText(const Str& assigned) const;                 // the keyword normalisation
     std::shared_ptr<hb::Object> createControl(const Str& progId);  // raises for unknown
     void logEvent(StrView eventInterface, const Str& member, const SimObject& source);
@@ -270,6 +299,7 @@ class Outlook {
     std::vector<std::shared_ptr<Window>> allWindows_;
     std::vector<std::weak_ptr<Window>> focusOrder_;  // last: the active window
     std::shared_ptr<Window> active_;
+    bool away_ = false;  // another program has the focus
     std::deque<std::function<void()>> posted_;
     bool pumping_ = false;
     std::vector<std::weak_ptr<SimObject>> objects_;
@@ -371,11 +401,30 @@ class Item : public SimObject {
     // The folder the item is in, or (not yet saved) will go to on Save.
     std::weak_ptr<Folder> folder;
     bool inFolder = false;
-    // Recurrence: a master holds its exceptions; an exception's Parent is
-    // its master.
+    // Recurrence: a master holds its exceptions and the occurrences asked
+    // for; an exception's or occurrence's Parent is its master.
     bool isRecurring = false;
+    bool isOccurrence = false;
     std::weak_ptr<Item> master;
     std::vector<std::shared_ptr<Item>> exceptions;
+    std::vector<std::shared_ptr<Item>> occurrences;
+
+    // An object the add-in got by a lookup: its own copy of the values, and
+    // the stored item it was read from (null for the stored item itself).
+    std::shared_ptr<Item> stored;
+    // A further object over the same copy (CurrentItem): calls go there.
+    std::shared_ptr<Item> target;
+    // The stored item behind an object (itself when it is the stored one).
+    Item& record() { return target ? target->record() : stored ? *stored : *this; }
+    const Item& record() const { return target ? target->record() : stored ? *stored : *this; }
+    std::shared_ptr<Item> recordPtr() { return detail::self(record()); }
+    // The object whose values a call reads (the copy a view stands for).
+    std::shared_ptr<Item> resolved() { return target ? target : detail::self(*this); }
+    // A new object with its own copy of the stored values.
+    std::shared_ptr<Item> workingCopy();
+    // A new object over this one (calls reach this one).
+    std::shared_ptr<Item> view();
+    Variant invoke(hb::CallKind kind, const Str& member, Args& args) override;
 
     int saveCount = 0;     // Save calls
     int displayCount = 0;  // Display calls
@@ -391,12 +440,15 @@ class Item : public SimObject {
     void setCategories(const Str& text);
     // An exception of this recurring series (a master), with its own start.
     std::shared_ptr<Item> addException(hb::Date start, hb::Date end);
+    // The occurrence of this series (a master) at that start, as selecting
+    // it in the calendar gives it (the same one for the same start).
+    std::shared_ptr<Item> occurrence(hb::Date start, hb::Date end);
     // What Save does.
     void save();
     // A copy of the item (new, not in any folder, nothing saved).
     std::shared_ptr<Item> copy() const;
-    // Parent: the folder, or for an exception its master.
-    Variant parent() const;
+    // Parent: the folder, or for an exception or occurrence its master.
+    Variant parent();
 
     Str unusableReason() const override;
 };

@@ -128,6 +128,25 @@ void Scenario::activate(const std::shared_ptr<Window>& window) {
     outlook_->pump();
 }
 
+void Scenario::leaveOutlook() {
+    outlook_->loseFocus();
+    outlook_->pump();
+}
+
+void Scenario::returnToOutlook(const std::shared_ptr<Window>& window) {
+    if (window && !window->open) throw ScenarioError("returning to a closed window");
+    outlook_->regainFocus(window);
+    outlook_->pump();
+}
+
+void Scenario::saveItem(const std::shared_ptr<Inspector>& inspector) {
+    if (!inspector || !inspector->open || !inspector->currentItem) {
+        throw ScenarioError("saving in a closed window");
+    }
+    inspector->currentItem->save();
+    outlook_->pump();
+}
+
 void Scenario::close(const std::shared_ptr<Window>& window) {
     if (!window || !window->open) throw ScenarioError("closing a closed window");
     outlook_->closeWindow(window);
@@ -191,7 +210,18 @@ bool Scenario::click(const std::shared_ptr<CommandBarControl>& button) {
     requireUsable(*button);
     if (button->type != mso::ControlButton) throw ScenarioError("not a button");
     auto cancel = std::make_shared<Variant>(false);
-    button->raiseEvent(u"_CommandBarButtonEvents", u"Click", {obj(button), Variant::byRef(cancel)});
+    std::vector<std::shared_ptr<CommandBarControl>> reached{button};
+    if (!button->tag.empty()) {
+        for (const auto& w : outlook_->allWindows()) {
+            if (!w->open || !w->commandBars) continue;
+            w->commandBars->forEachControl([&](const std::shared_ptr<CommandBarControl>& c) {
+                if (c != button && !c->deleted && c->tag == button->tag) reached.push_back(c);
+            });
+        }
+    }
+    for (const auto& c : reached) {
+        c->raiseEvent(u"_CommandBarButtonEvents", u"Click", {obj(button), Variant::byRef(cancel)});
+    }
     outlook_->pump();
     return cancel->toBool();
 }

@@ -123,6 +123,13 @@ class Scenario {
     // Opens an item: NewInspector, then Activate.
     std::shared_ptr<Inspector> openInspector(std::shared_ptr<Item> item);
     void activate(const std::shared_ptr<Window>& window);
+    // The user switches to another program (the active window gets
+    // Deactivate) and back (Activate, on `window` when given).
+    void leaveOutlook();
+    void returnToOutlook(const std::shared_ptr<Window>& window = nullptr);
+    // The user saves the item of an appointment window (what the window's
+    // copy holds is stored).
+    void saveItem(const std::shared_ptr<Inspector>& inspector);
     void close(const std::shared_ptr<Window>& window);
     // BeforeFolderSwitch then (unless the add-in cancels) FolderSwitch and
     // SelectionChange. Returns false when cancelled.
@@ -139,7 +146,9 @@ class Scenario {
     // Picks entry i (from 1) of a combo box: ListIndex and Text, then Change.
     void pickInCombo(const std::shared_ptr<CommandBarControl>& combo, std::int32_t index);
     void pickInCombo(const std::shared_ptr<CommandBarControl>& combo, const Str& entry);
-    // Clicks a button: Click(Ctrl, CancelDefault). Returns CancelDefault.
+    // Clicks a button: Click(Ctrl, CancelDefault), raised as Office does
+    // on every control in every window whose Tag is the button's (only the
+    // button itself when it has no Tag). Returns CancelDefault.
     bool click(const std::shared_ptr<CommandBarControl>& button);
 
     // ---- task panes ----

@@ -61,7 +61,10 @@ std::shared_ptr<const hb::MemberTable> explorerTable() {
 std::shared_ptr<const hb::MemberTable> inspectorTable() {
     static const auto t =
         Members<Inspector>()
-            .get(u"CurrentItem", [](Inspector& i) { return obj(i.currentItem); })
+            .get(u"CurrentItem",
+                 [](Inspector& i) {
+                     return i.currentItem ? obj(i.currentItem->view()) : Variant::nothing();
+                 })
             .get(u"CommandBars", [](Inspector& i) { return obj(i.commandBars); })
             .get(u"Caption", [](Inspector& i) { return i.caption(); })
             .get(u"Class", [](Inspector&) { return std::int32_t{35}; })
@@ -124,7 +127,7 @@ std::shared_ptr<const hb::MemberTable> inspectorsTable() {
                         auto item = std::dynamic_pointer_cast<Item>(
                             Instruments::simObject(hb::requiredArg(args, 0)));
                         if (!item) hb::raise(hb::err::TypeMismatch);
-                        return obj(i.world().openInspector(item));
+                        return obj(i.world().openInspector(item->resolved()));
                     })
             .get(u"Application", [](Inspectors& i) { return obj(i.world().application()); })
             .get(u"Parent", [](Inspectors& i) { return obj(i.world().application()); })
@@ -138,11 +141,23 @@ std::shared_ptr<const hb::MemberTable> selectionTable() {
     static const auto t =
         Members<Selection>()
             .get(u"Count", [](Selection& s) { return static_cast<std::int32_t>(s.items.size()); })
-            .method(u"Item", [](Selection& s, Args& args) { return itemAt(s.items, args); })
+            .method(u"Item",
+                    [](Selection& s, Args& args) {
+                        std::int32_t i = hb::requiredArg(args, 0).toLong();
+                        if (i < 1 || static_cast<std::size_t>(i) > s.items.size()) {
+                            hb::raise(kOutlookErrorNumber, u"Array index out of bounds.");
+                        }
+                        return s.world().lookup(s.items[static_cast<std::size_t>(i - 1)]);
+                    })
             .defaultMember(u"Item")
             .get(u"Application", [](Selection& s) { return obj(s.world().application()); })
             .get(u"Parent", [](Selection& s) { return obj(s.explorer.lock()); })
-            .enumerable([](Selection& s) { return all(s.items); })
+            .enumerable([](Selection& s) {
+                std::vector<Variant> out;
+                for (const auto& item : s.items)
+                    out.push_back(s.world().lookup(item));
+                return out;
+            })
             .build();
     return t;
 }
@@ -264,13 +279,15 @@ std::shared_ptr<Explorer> Outlook::openExplorer(std::shared_ptr<Folder> folder) 
 
 std::shared_ptr<Inspector> Outlook::openInspector(std::shared_ptr<Item> item) {
     for (const auto& in : inspectors_) {
-        if (in->currentItem == item) {
+        if (in->currentItem && &in->currentItem->record() == &item->record()) {
             activate(in);
             return in;
         }
     }
     auto in = make<Inspector>();
-    in->currentItem = std::move(item);
+    // The window edits its own copy of a stored item; an object the add-in
+    // displays is shown with what was written to it.
+    in->currentItem = item->stored || item->target ? item->resolved() : item->workingCopy();
     setUpBars(*this, in, false);
     inspectors_.push_back(in);
     allWindows_.push_back(in);
@@ -280,8 +297,11 @@ std::shared_ptr<Inspector> Outlook::openInspector(std::shared_ptr<Item> item) {
 }
 
 void Outlook::activate(const std::shared_ptr<Window>& window) {
-    if (!window || !window->open || active_ == window) return;
-    auto previous = active_;
+    if (!window || !window->open || (active_ == window && !away_)) return;
+    // Coming back from another program: the window left had its
+    // Deactivate when the focus went.
+    auto previous = away_ ? nullptr : active_;
+    away_ = false;
     active_ = window;
     std::erase_if(focusOrder_, [&](const std::weak_ptr<Window>& w) {
         auto p = w.lock();
@@ -294,6 +314,34 @@ void Outlook::activate(const std::shared_ptr<Window>& window) {
     };
     if (previous && previous->open) previous->raiseEvent(eventsOf(*previous), u"Deactivate", {});
     if (active_ == window && window->open) window->raiseEvent(eventsOf(*window), u"Activate", {});
+}
+
+void Outlook::loseFocus() {
+    if (away_) return;
+    away_ = true;
+    if (active_ && active_->open) {
+        active_->raiseEvent(active_->isExplorer() ? u"ExplorerEvents" : u"InspectorEvents",
+                            u"Deactivate", {});
+    }
+}
+
+void Outlook::regainFocus(const std::shared_ptr<Window>& window) {
+    if (!away_) return;
+    auto target = window ? window : activeWindow();
+    if (target) activate(target);
+    away_ = false;
+}
+
+bool Outlook::inStores(const Folder& folder) const {
+    const Folder* f = &folder;
+    while (auto p = f->parentFolder.lock())
+        f = p.get();
+    return std::any_of(stores_.begin(), stores_.end(),
+                       [&](const Store& s) { return s.root.get() == f; });
+}
+
+std::shared_ptr<Folder> Outlook::outsideFolder(Str name) {
+    return make<Folder>(std::move(name), Str(), ol::MailItem);
 }
 
 void Outlook::closeWindow(const std::shared_ptr<Window>& window) {
@@ -333,8 +381,11 @@ void Outlook::forget(const std::shared_ptr<Window>& window) {
 bool Outlook::switchFolder(const std::shared_ptr<Explorer>& explorer,
                            std::shared_ptr<Folder> folder) {
     auto cancel = std::make_shared<Variant>(false);
+    // A folder outside the stores (a shortcut, a data file being closed)
+    // reaches the event as Nothing.
+    Variant newFolder = folder && inStores(*folder) ? obj(folder) : Variant::nothing();
     explorer->raiseEvent(u"ExplorerEvents", u"BeforeFolderSwitch",
-                         {obj(folder), Variant::byRef(cancel)});
+                         {newFolder, Variant::byRef(cancel)});
     if (cancel->toBool()) return false;
     explorer->currentFolder = std::move(folder);
     explorer->selection.clear();
@@ -356,6 +407,7 @@ void Outlook::shutDown() {
         if (w->open) forget(w);
     }
     active_ = nullptr;
+    away_ = false;
     running = false;
     quitting = false;
 }

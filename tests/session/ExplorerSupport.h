@@ -26,9 +26,12 @@ inline std::size_t callsOf(sim::Instruments& instr, hb::StrView member) {
     return n;
 }
 
-// The simulated object behind something the add-in holds.
+// The simulated object behind something the add-in holds (for an item,
+// the stored item the add-in's object was read from).
 inline std::shared_ptr<sim::SimObject> simOf(const hb::Variant& v) {
-    return sim::Instruments::simObject(v);
+    auto o = sim::Instruments::simObject(v);
+    if (auto item = std::dynamic_pointer_cast<sim::Item>(o)) return item->recordPtr();
+    return o;
 }
 
 // A reference to a simulated object as the add-in would receive it.

@@ -126,11 +126,13 @@ TEST_F(InspectorsInOutlook2003, TheWindowGetsTheToolbarShowingTheItemAndLosesItO
     EXPECT_TRUE(h.session().objToolBar->blnInInspector());
     EXPECT_NE(h.button(*window, 790), nullptr);
 
-    // A pick writes the item; saving is left to the user in a window.
+    // A pick writes the window's item; saving is left to the user.
     const int saves = appt->saveCount;
     h.sc().pickInCombo(first, u"Acme");
-    EXPECT_EQ(appt->categories, u"Acme, Jones, Office");
+    EXPECT_EQ(window->currentItem->categories, u"Acme, Jones, Office");
     EXPECT_EQ(appt->saveCount, saves);
+    h.sc().saveItem(window);
+    EXPECT_EQ(appt->categories, u"Acme, Jones, Office");
 
     h.sc().close(window);
     EXPECT_TRUE(bar->deleted);

@@ -33,16 +33,29 @@ struct Recorder {
     }
 };
 
-TEST(SimItems, DefaultLookupByTextFindsTheItemWhoseSubjectIsTheText) {
+Variant handleOf(Scenario& sc, const std::shared_ptr<Item>& item) {
+    return sc.instruments().toAddin(sc.outlook().lookup(item), u"test");
+}
+
+// The stored item behind an object the add-in holds.
+Item* storedOf(const Variant& v) {
+    return &std::dynamic_pointer_cast<Item>(Instruments::simObject(v))->record();
+}
+
+TEST(SimItems, LookupsFindByTextOrFilterAndGiveANewObjectEachTime) {
     Scenario sc;
     auto cal = sc.outlook().calendar();
-    cal->addAppointment(u"Other", makeDate(2024, 1, 1, 9), makeDate(2024, 1, 1, 10));
-    auto settings = cal->addAppointment(u"Outlook Hourbook 3 Personal Settings",
-                                        makeDate(2050, 1, 1, 0, 1), makeDate(2050, 1, 1, 0, 2));
+    auto a = cal->addAppointment(u"It's here", makeDate(2024, 1, 1, 9), makeDate(2024, 1, 1, 10));
+    cal->addAppointment(u"It's here", makeDate(2024, 1, 2, 9), makeDate(2024, 1, 2, 10));
     Variant items = calendarHandle(sc).get(u"Items");
-    Variant found = items.call(u"", {Str(u"outlook hourbook 3 personal settings")});
-    EXPECT_EQ(found.obj().identity(), settings->identity());
-
+    Variant byText = items.call(u"", {Str(u"IT'S HERE")});
+    Variant byFilter = items.call(u"Find", {Str(u"[Subject]='It''s here'")});
+    EXPECT_EQ(storedOf(byText), a.get());
+    EXPECT_EQ(storedOf(byFilter), a.get());
+    EXPECT_FALSE(hb::sameObject(byText, byFilter));
+    EXPECT_EQ(byText.get(u"EntryID"), byFilter.get(u"EntryID"));
+    EXPECT_TRUE(items.call(u"Find", {Str(u"[Subject]='absent'")}).isNothing());
+    EXPECT_THROW(items.call(u"Find", {Str(u"Subject = x")}), hb::AutomationError);
     try {
         items.call(u"", {Str(u"No such subject")});
         FAIL() << "Outlook raises for a missing item";
@@ -51,16 +64,29 @@ TEST(SimItems, DefaultLookupByTextFindsTheItemWhoseSubjectIsTheText) {
     }
 }
 
-TEST(SimItems, FindReturnsFirstMatchOrNothing) {
+TEST(SimItems, AChangeIsStoredBySaveAndLostWithoutIt) {
     Scenario sc;
-    auto cal = sc.outlook().calendar();
-    auto a = cal->addAppointment(u"It's here", makeDate(2024, 1, 1, 9), makeDate(2024, 1, 1, 10));
-    cal->addAppointment(u"It's here", makeDate(2024, 1, 2, 9), makeDate(2024, 1, 2, 10));
-    Variant items = calendarHandle(sc).get(u"Items");
-    Variant hit = items.call(u"Find", {Str(u"[Subject]='It''s here'")});
-    EXPECT_EQ(hit.obj().identity(), a->identity());
-    EXPECT_TRUE(items.call(u"Find", {Str(u"[Subject]='absent'")}).isNothing());
-    EXPECT_THROW(items.call(u"Find", {Str(u"Subject = x")}), hb::AutomationError);
+    auto appt = sc.outlook().calendar()->addAppointment(u"A", makeDate(2024, 1, 1, 9),
+                                                        makeDate(2024, 1, 1, 10), u"Acme");
+    Variant first = handleOf(sc, appt);
+    first.put(u"Categories", Str(u"Globex"));
+    first.get(u"UserProperties").call(u"Add", {Str(u"strPosted"), std::int32_t{5}});
+    EXPECT_FALSE(first.get(u"Saved").toBool());
+    EXPECT_EQ(appt->categories, u"Acme");
+    EXPECT_EQ(handleOf(sc, appt).get(u"Categories").toStr(), u"Acme");
+    first.call(u"Save");
+    EXPECT_TRUE(first.get(u"Saved").toBool());
+    EXPECT_EQ(appt->categories, u"Globex");
+    EXPECT_TRUE(appt->findUserProperty(u"strPosted"));
+    EXPECT_EQ(handleOf(sc, appt).get(u"Categories").toStr(), u"Globex");
+
+    // The item open in a window: every lookup reaches the window's copy.
+    auto window = sc.openInspector(appt);
+    handleOf(sc, appt).put(u"Subject", Str(u"B"));
+    EXPECT_EQ(window->currentItem->subject, u"B");
+    EXPECT_EQ(appt->subject, u"A");
+    sc.saveItem(window);
+    EXPECT_EQ(appt->subject, u"B");
 }
 
 TEST(SimItems, ItemAddOnFirstSaveOfAnAddedItemNotOnLaterSaves) {
@@ -76,7 +102,7 @@ TEST(SimItems, ItemAddOnFirstSaveOfAnAddedItemNotOnLaterSaves) {
     appt.call(u"Save");
     sc.pump();
     ASSERT_EQ(rec.events, std::vector<Str>{u"ItemAdd"});
-    EXPECT_TRUE(hb::sameObject(rec.firstArgs[0], appt));
+    EXPECT_EQ(storedOf(rec.firstArgs[0]), storedOf(appt));
     EXPECT_NE(appt.get(u"EntryID").toStr(), u"");
 
     appt.call(u"Save");
@@ -104,18 +130,39 @@ TEST(SimItems, ItemAddReachesOnlyItemsCollectionsStillHeld) {
     EXPECT_TRUE(dropped.events.empty());
 }
 
-TEST(SimItems, ExceptionOfASeriesReachesItsMasterThroughParent) {
+TEST(SimItems, ExceptionsAndOccurrencesReachTheirSeriesThroughParent) {
     Scenario sc;
     auto cal = sc.outlook().calendar();
     auto master = cal->addRecurringAppointment(u"Weekly", makeDate(2024, 1, 1, 9),
                                                makeDate(2024, 1, 1, 10), u"Acme");
     auto exc = master->addException(makeDate(2024, 1, 8, 11), makeDate(2024, 1, 8, 12));
-    Variant h = sc.instruments().toAddin(Variant(hb::ObjectPtr(exc)), u"test");
-    EXPECT_EQ(h.get(u"MessageClass").toStr(),
-              u"IPM.OLE.CLASS.{00061055-0000-0000-C000-000000000046}");
-    Variant parent = h.get(u"Parent");
-    EXPECT_EQ(parent.obj().identity(), master->identity());
-    EXPECT_EQ(parent.get(u"Categories").toStr(), u"Acme");
+    auto occ = master->occurrence(makeDate(2024, 1, 15, 9), makeDate(2024, 1, 15, 10));
+    EXPECT_EQ(master->occurrence(makeDate(2024, 1, 15, 9), makeDate(2024, 1, 15, 10)), occ);
+    struct Case {
+        std::shared_ptr<Item> item;
+        const char16_t* messageClass;
+        std::int32_t state;
+    };
+    for (const Case& c : {Case{exc, kExceptionClass, 3}, Case{occ, kAppointmentClass, 2},
+                          Case{master, kAppointmentClass, 1}}) {
+        Variant h = handleOf(sc, c.item);
+        EXPECT_EQ(h.get(u"MessageClass").toStr(), c.messageClass);
+        EXPECT_EQ(h.get(u"RecurrenceState"), Variant(c.state));
+        EXPECT_EQ(h.get(u"EntryID").toStr(), master->entryId);
+        if (c.item != master) {
+            EXPECT_EQ(storedOf(h.get(u"Parent")), master.get());
+        }
+    }
+    // An occurrence reads its series; a change saved makes it an exception.
+    master->setCategories(u"Globex");
+    Variant h = handleOf(sc, occ);
+    EXPECT_EQ(h.get(u"Categories").toStr(), u"Globex");
+    h.call(u"Save");
+    EXPECT_EQ(master->exceptions.size(), 1u);
+    h.put(u"Location", Str(u"Room 2"));
+    h.call(u"Save");
+    EXPECT_EQ(master->exceptions.size(), 2u);
+    EXPECT_EQ(h.get(u"RecurrenceState"), Variant(std::int32_t{3}));
 }
 
 TEST(SimItems, CategoriesAreKeptAsKeywords) {
@@ -134,43 +181,40 @@ TEST(SimItems, UserPropertyValuesTakeTheirPropertysType) {
     Scenario sc;
     auto appt = sc.outlook().calendar()->addAppointment(u"A", makeDate(2024, 1, 1, 9),
                                                         makeDate(2024, 1, 1, 10));
-    Variant props =
-        sc.instruments().toAddin(Variant(hb::ObjectPtr(appt)), u"test").get(u"UserProperties");
-    Variant count = props.call(u"Add", {Str(u"SettingsCount"), std::int32_t{3}});
-    EXPECT_TRUE(count.get(u"Value").isEmpty());
-    count.put(u"Value", std::int16_t{2});
-    EXPECT_EQ(count.get(u"Value").type(), Variant::Type::Double);
-    count.put(u"Value", Str(u"4"));
-    EXPECT_EQ(count.get(u"Value"), Variant(4.0));
-    EXPECT_THROW(count.put(u"Value", Str(u"abc")), hb::AutomationError);
-
-    Variant text = props.call(u"Add", {Str(u"Settings0"), std::int32_t{1}});
-    text.put(u"Value", 1.5);
-    EXPECT_EQ(text.get(u"Value").type(), Variant::Type::String);
-
-    Variant when = props.call(u"Add", {Str(u"strPosted"), std::int32_t{5}});
-    when.put(u"Value", hb::Date{949998.0});
-    EXPECT_EQ(when.get(u"Value"), Variant(hb::Date{949998.0}));
-
-    Variant yes = props.call(u"Add", {Str(u"Flag"), std::int32_t{6}});
-    yes.put(u"Value", Str(u"True"));
-    EXPECT_EQ(yes.get(u"Value"), Variant(true));
-
+    Variant props = handleOf(sc, appt).get(u"UserProperties");
+    struct Case {
+        const char16_t* name;
+        std::int32_t type;
+        Variant assigned, read;
+    };
+    for (const Case& c :
+         {Case{u"SettingsCount", 3, std::int16_t{2}, 2.0}, Case{u"Count2", 3, Str(u"4"), 4.0},
+          Case{u"Settings0", 1, 1.5, Str(u"1.5")},
+          Case{u"strPosted", 5, hb::Date{949998.0}, hb::Date{949998.0}},
+          Case{u"Flag", 6, Str(u"True"), true}}) {
+        Variant p = props.call(u"Add", {Str(c.name), c.type});
+        EXPECT_TRUE(p.get(u"Value").isEmpty());
+        p.put(u"Value", c.assigned);
+        EXPECT_EQ(p.get(u"Value"), c.read) << hb::toUtf8(c.name);
+        EXPECT_EQ(p.get(u"Value").type(), c.read.type());
+    }
+    EXPECT_THROW(props.call(u"Find", {Str(u"settingscount")}).put(u"Value", Str(u"abc")),
+                 hb::AutomationError);
     EXPECT_TRUE(props.call(u"Find", {Str(u"Missing")}).isNothing());
-    EXPECT_EQ(props.call(u"Find", {Str(u"settingscount")}).get(u"Value"), Variant(4.0));
 }
 
 TEST(SimItems, AddingAnExistingUserPropertyOverwritesItWithAnEmptyOne) {
     Scenario sc;
     auto appt = sc.outlook().calendar()->addAppointment(u"A", makeDate(2024, 1, 1, 9),
                                                         makeDate(2024, 1, 1, 10));
-    Variant props =
-        sc.instruments().toAddin(Variant(hb::ObjectPtr(appt)), u"test").get(u"UserProperties");
+    Variant item = handleOf(sc, appt);
+    Variant props = item.get(u"UserProperties");
     props.call(u"Add", {Str(u"Settings0"), std::int32_t{1}}).put(u"Value", Str(u"old"));
     Variant again = props.call(u"Add", {Str(u"Settings0"), std::int32_t{1}});
     EXPECT_TRUE(again.get(u"Value").isEmpty());
     again.put(u"Value", Str(u"new"));
     EXPECT_EQ(props.get(u"Count"), Variant(std::int32_t{1}));
+    item.call(u"Save");
     EXPECT_EQ(appt->findUserProperty(u"Settings0")->value, Variant(Str(u"new")));
     // Another type under the same name is refused.
     EXPECT_THROW(props.call(u"Add", {Str(u"Settings0"), std::int32_t{3}}), hb::AutomationError);
@@ -184,8 +228,8 @@ TEST(SimItems, MailItemDisplayOpensAnInspectorAndIsCounted) {
     mail.put(u"Subject", Str(u"Error report"));
     mail.call(u"Display");
     ASSERT_EQ(sc.outlook().inspectors().size(), 1u);
-    auto item = sc.outlook().inspectors()[0]->currentItem;
-    EXPECT_EQ(item->displayCount, 1);
+    auto& item = sc.outlook().inspectors()[0]->currentItem;
+    EXPECT_EQ(item->record().displayCount, 1);
     EXPECT_EQ(item->to, u"support@hourbook.invalid");
     EXPECT_EQ(item->messageClass, u"IPM.Note");
 }

@@ -87,24 +87,37 @@ TEST(SimCommandBars, ComboBoxChangeComesFromTheUserOnly) {
     EXPECT_THROW(sc.typeInCombo(c, u"x"), ScenarioError);
 }
 
-TEST(SimCommandBars, ButtonClickPassesCancelDefaultByReference) {
+// A click reaches every button of the same Tag, in every window.
+TEST(SimCommandBars, ButtonClickPassesCancelDefaultByReferenceToEveryButtonOfItsTag) {
     Scenario sc;
     sc.startOutlook();
-    Variant button =
-        handle(sc, sc.explorer())
-            .get(u"CommandBars")
-            .call(u"Add", {Str(u"Bar"), std::int32_t{1}, false, true})
-            .get(u"Controls")
-            .call(u"Add", {std::int32_t{1}, std::int32_t{1}, missing(), missing(), true});
+    auto second = sc.openExplorer(sc.outlook().calendar());
+    auto addButton = [&](const std::shared_ptr<Explorer>& w, const Str& tag) {
+        Variant b =
+            handle(sc, w)
+                .get(u"CommandBars")
+                .call(u"Add", {Str(u"Bar"), std::int32_t{1}, false, true})
+                .get(u"Controls")
+                .call(u"Add", {std::int32_t{1}, std::int32_t{1}, missing(), missing(), true});
+        b.put(u"Tag", tag);
+        return b;
+    };
+    Variant button = addButton(sc.explorer(), u"HB"), twin = addButton(second, u"HB");
     Variant clicked;
-    auto conn = button.obj().subscribe(u"_CommandBarButtonEvents",
-                                       std::make_shared<hb::FunctionSink>([&](const Str&, Args& a) {
-                                           clicked = a[0];
-                                           a[1].assign(true);
-                                       }));
-    auto b = sc.explorer()->commandBars->find(u"Bar")->controls->list[0];
+    int clicks = 0;
+    auto sink = std::make_shared<hb::FunctionSink>([&](const Str&, Args& a) {
+        ++clicks;
+        clicked = a[0];
+        a[1].assign(true);
+    });
+    auto conn = button.obj().subscribe(u"_CommandBarButtonEvents", sink);
+    auto b = second->commandBars->find(u"Bar")->controls->list[0];
     EXPECT_TRUE(sc.click(b));
-    EXPECT_TRUE(hb::sameObject(clicked, button));
+    EXPECT_EQ(clicks, 1);
+    EXPECT_EQ(Instruments::simObject(clicked), b);  // Ctrl: the button clicked
+    twin.put(u"Tag", Str(u"Other"));
+    EXPECT_FALSE(sc.click(b));
+    EXPECT_EQ(clicks, 1);
     button.call(u"Delete");
     EXPECT_THROW(button.get(u"Caption"), hb::AutomationError);
 }
@@ -145,7 +158,9 @@ TEST_F(PaneFixture, CreateCtpMakesTheRegisteredControl) {
     EXPECT_THROW(pane.get(u"Width"), hb::AutomationError);
 }
 
-TEST_F(PaneFixture, ProgrammaticDockAndSizeChangesRaiseDockPositionStateChange) {
+// The events come after the calls that caused them, each reading the pane
+// as it is by then.
+TEST_F(PaneFixture, ProgrammaticDockAndSizeChangesPostDockPositionStateChange) {
     auto in = sc.openInspector(appt);
     Variant pane = factory().call(u"CreateCTP", {Str(u"HBAddin.pane"), Str(u"T"), handle(sc, in)});
     std::vector<std::tuple<std::int32_t, std::int32_t, std::int32_t>> seen;
@@ -159,14 +174,17 @@ TEST_F(PaneFixture, ProgrammaticDockAndSizeChangesRaiseDockPositionStateChange) 
     pane.put(u"Width", std::int32_t{185});
     pane.put(u"Height", std::int32_t{600});
     pane.put(u"Height", std::int32_t{600});  // no change, no event
+    EXPECT_TRUE(seen.empty());
+    sc.pump();
     ASSERT_EQ(seen.size(), 3u);
-    EXPECT_EQ(seen[2], std::make_tuple(4, 185, 600));
+    EXPECT_EQ(seen[0], std::make_tuple(4, 185, 600));
 
     pane.put(u"DockPosition", std::int32_t{2});  // right: the height is Office's
     EXPECT_THROW(pane.put(u"Height", std::int32_t{300}), hb::AutomationError);
     pane.put(u"DockPosition", std::int32_t{3});  // bottom: the width is Office's
     EXPECT_THROW(pane.put(u"Width", std::int32_t{300}), hb::AutomationError);
 
+    sc.pump();
     seen.clear();
     auto p = in->panes.at(0);
     sc.resizePane(p, 999, 250);  // docked at the bottom: the user drags the height

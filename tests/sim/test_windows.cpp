@@ -84,6 +84,8 @@ TEST(SimWindows, ActiveExplorerAtStartupIsTheOpeningWindow) {
     EXPECT_EQ(typeName, u"Explorer");
 }
 
+// Also: a folder outside the stores reaches the event as Nothing; the
+// focus leaving Outlook and coming back deactivates and activates.
 TEST(SimWindows, CancelByReferenceStopsTheFolderSwitch) {
     Scenario sc;
     auto addin = std::make_shared<TestAddin>();
@@ -94,7 +96,7 @@ TEST(SimWindows, CancelByReferenceStopsTheFolderSwitch) {
     Str newFolderName;
     addin->onEvent = [&](const Str& m, Args& a) {
         if (m == u"BeforeFolderSwitch") {
-            newFolderName = a[0].get(u"Name").toStr();
+            newFolderName = a[0].isNothing() ? Str(u"Nothing") : a[0].get(u"Name").toStr();
             a[1].assign(cancel);
         }
     };
@@ -110,6 +112,15 @@ TEST(SimWindows, CancelByReferenceStopsTheFolderSwitch) {
     EXPECT_EQ(addin->log, (std::vector<std::string>{"ExplorerEvents.BeforeFolderSwitch",
                                                     "ExplorerEvents.FolderSwitch",
                                                     "ExplorerEvents.SelectionChange"}));
+    EXPECT_TRUE(sc.switchFolder(e, sc.outlook().outsideFolder(u"Shortcut")));
+    EXPECT_EQ(newFolderName, u"Nothing");
+
+    addin->log.clear();
+    sc.leaveOutlook();
+    sc.leaveOutlook();
+    sc.returnToOutlook();
+    EXPECT_EQ(addin->log,
+              (std::vector<std::string>{"ExplorerEvents.Deactivate", "ExplorerEvents.Activate"}));
 }
 
 TEST(SimWindows, SelectionShowsWhatTheUserSelected) {
