@@ -62,9 +62,22 @@ bool fncIsAppointmentClass(Session& s, const Str& messageClass) {
     return result;
 }
 
+bool fncIsSeriesMember(const Variant& item, const Str& messageClass) {
+    constexpr std::int32_t kApptOccurrence = 2;  // olApptOccurrence
+    if (messageClass == kRecurrenceExceptionClass) return true;
+    try {
+        return item.get(u"RecurrenceState").toLong() == kApptOccurrence;
+    } catch (...) {
+        // Items other than appointments (meeting requests) have no
+        // recurrence state: no occurrence.
+        return false;
+    }
+}
+
 Str fncItemStoreID(const Variant& item) {
     const Variant parent = item.get(u"Parent");
-    if (item.get(u"MessageClass").toStr() == kRecurrenceExceptionClass)
+    // A series member's Parent is its series, whose Parent is the folder.
+    if (fncIsSeriesMember(item, item.get(u"MessageClass").toStr()))
         return parent.get(u"Parent").get(u"StoreID").toStr();
     return parent.get(u"StoreID").toStr();
 }
@@ -202,7 +215,9 @@ void cExplorerEvents::oueMyExplorer_BeforeFolderSwitch(const Variant& newFolder,
     Session& s = s_;
     trap(s, u"cExplorerEvents.oueMyExplorer_BeforeFolderSwitch", [&] {
         subTrace(s, u"Checking if the current folder is an appointment folder");
-        if (newFolder.get(u"EntryID").toStr() != s.strCalendarEntryID) {
+        // Outlook gives Nothing for a folder outside the stores (a
+        // shortcut, a data file being closed): not the calendar.
+        if (!isSet(newFolder) || newFolder.get(u"EntryID").toStr() != s.strCalendarEntryID) {
             // The holder's bar is the calendar window's. Only a window that
             // leaves the calendar takes it away; another window moving
             // between its mail folders leaves the calendar window its bar.

@@ -46,6 +46,11 @@ bool fncIsAppointmentClass(Session& s, const Str& messageClass);
 // series has its series as Parent, which has no StoreID: its store is that
 // of the series' folder. No trap: errors go to the caller.
 Str fncItemStoreID(const Variant& item);
+// Whether an item of that message class belongs to a recurring series
+// other than as its master: an exception (its class says so) or an
+// occurrence (Outlook gives it the series' class; its RecurrenceState
+// tells). Its Parent is the series, which carries the billing values.
+bool fncIsSeriesMember(const Variant& item, const Str& messageClass);
 // Finds or creates the add-in's command bar in an Explorer or Inspector.
 Variant fncGetToolbar(Session& s, const Variant& window);
 // Deletes every bar of the add-in's name from a CommandBars collection.

@@ -262,9 +262,9 @@ void cToolBarItem::setOuiCurrItem(const Variant& item) {
             }
             return;
         }
-        // Watch the folder that holds the item (a recurrence exception's
-        // series lives one level further up).
-        const Variant items = item.get(u"MessageClass").toStr() == kRecurrenceExceptionClass
+        // Watch the folder that holds the item (the series of an exception
+        // or occurrence lives one level further up).
+        const Variant items = fncIsSeriesMember(item, item.get(u"MessageClass").toStr())
                                   ? item.get(u"Parent").get(u"Parent").get(u"Items")
                                   : item.get(u"Parent").get(u"Items");
         ouiItemsEvents_.disconnect();
@@ -382,12 +382,24 @@ void cToolBarItem::SaveValues() {
         });
         const std::optional<Str> messageClass =
             tryGet(s, [&] { return item.get(u"MessageClass").toStr(); });
+        // An occurrence's values are its series': they go there, and the
+        // series is saved (an occurrence written to would become an
+        // exception, whose values are not shown). Saving it in the window
+        // would not store the series either.
+        const bool occurrence = messageClass && *messageClass != kRecurrenceExceptionClass &&
+                                fncIsSeriesMember(item, *messageClass);
+        Variant target = item;
+        if (occurrence && !resumeNext(s, [&] { target = item.get(u"Parent"); })) {
+            s.err.clear();
+            return;
+        }
         if (messageClass && *messageClass != kRecurrenceExceptionClass) {
-            resumeNext(s, [&] { item.put(u"Categories", Variant(marking->MarkingCategories())); });
-            if (settingsOf(s).blnWriteSubject) resumeNext(s, [&] { subWriteSubject(item); });
+            resumeNext(s,
+                       [&] { target.put(u"Categories", Variant(marking->MarkingCategories())); });
+            if (settingsOf(s).blnWriteSubject) resumeNext(s, [&] { subWriteSubject(target); });
         }
         // In an appointment window the user saves the item.
-        if (!blnInInspector_) resumeNext(s, [&] { item.call(u"Save"); });
+        if (occurrence || !blnInInspector_) resumeNext(s, [&] { target.call(u"Save"); });
         s.err.clear();
     });
 }
@@ -403,9 +415,9 @@ void cToolBarItem::GetCurrentValues() {
         subTrace(s, u"Checking Billing Information -property");
         const auto marking = std::make_shared<cMarking>(s);
         marking_ = marking;
-        // A recurrence exception shows its series' values.
+        // An exception or occurrence shows its series' values.
         const Str categories =
-            ouiCurrItem_.get(u"MessageClass").toStr() != kRecurrenceExceptionClass
+            !fncIsSeriesMember(ouiCurrItem_, ouiCurrItem_.get(u"MessageClass").toStr())
                 ? ouiCurrItem_.get(u"Categories").toStr()
                 : ouiCurrItem_.get(u"Parent").get(u"Categories").toStr();
         marking->BillingToMarkings(categories);
@@ -522,25 +534,32 @@ void cToolBarItem::subAddCTP(const Variant& inspector) {
             {Variant(kPaneProgId), Variant(u"Hourbook for Outlook (" + version + u")"), inspector});
         objCTPEvents_.disconnect();
         objCTP_ = pane;
-        objCTPEvents_ =
-            pane.obj().subscribe(u"_CustomTaskPaneEvents",
-                                 sinkFor(weak_from_this(), u"DockPositionStateChange",
-                                         [](cToolBarItem& self, Args& args) {
-                                             self.objCTP_DockPositionStateChange(
-                                                 args.empty() ? self.objCTP_ : args[0].deref());
-                                         }));
+        objCTPEvents_ = pane.obj().subscribe(
+            u"_CustomTaskPaneEvents", sinkFor(weak_from_this(), u"DockPositionStateChange",
+                                              [](cToolBarItem& self, Args& args) {
+                                                  self.objCTP_DockPositionStateChange(
+                                                      args.empty() ? self.objCTP_ : args[0].deref(),
+                                                      true);
+                                              }));
 
         cPersonalSettings& settings = settingsOf(s);
+        ctpSetUp_.emplace();
         pane.put(u"DockPosition", Variant(settings.intPaneDockPos));
         // A docked pane gets only the size across its dock side, a floating
         // one both.
         std::int32_t dock = pane.get(u"DockPosition").toLong();
+        ctpSetUp_->dock = dock;
         if (dock == kDockFloating || dock == kDockRight || dock == kDockLeft) {
-            pane.put(u"Width", Variant(static_cast<std::int32_t>(settings.intPaneWidth)));
+            const auto width = static_cast<std::int32_t>(settings.intPaneWidth);
+            ctpSetUp_->width = width;
+            pane.put(u"Width", Variant(width));
         }
         dock = pane.get(u"DockPosition").toLong();
+        ctpSetUp_->dock = dock;
         if (dock == kDockFloating || dock == kDockBottom || dock == kDockTop) {
-            pane.put(u"Height", Variant(static_cast<std::int32_t>(settings.intPaneHeight)));
+            const auto height = static_cast<std::int32_t>(settings.intPaneHeight);
+            ctpSetUp_->height = height;
+            pane.put(u"Height", Variant(height));
         }
         pane.put(u"Visible", Variant(true));
 
@@ -551,7 +570,7 @@ void cToolBarItem::subAddCTP(const Variant& inspector) {
     });
 }
 
-void cToolBarItem::objCTP_DockPositionStateChange(const Variant& pane) {
+void cToolBarItem::objCTP_DockPositionStateChange(const Variant& pane, bool fromEvent) {
     Session& s = s_;
     // The pane's own changes while it is being set up are not saved.
     if (!blnLoadingCTP_) {
@@ -560,6 +579,17 @@ void cToolBarItem::objCTP_DockPositionStateChange(const Variant& pane) {
         const auto width = tryGet(s, [&] { return pane.get(u"Width").toInteger(); });
         resumeNext(s, [&] {
             if (!dock || !height || !width) return;
+            if (fromEvent && ctpSetUp_) {
+                // An event of the set-up, delivered late: the pane is as
+                // subAddCTP left it. The first change of the user's ends
+                // the watch.
+                const PaneSetUp& set = *ctpSetUp_;
+                if (*dock == set.dock && (!set.width || *set.width == *width) &&
+                    (!set.height || *set.height == *height)) {
+                    return;
+                }
+                ctpSetUp_.reset();
+            }
             cPersonalSettings& settings = settingsOf(s);
             if (settings.intPaneDockPos == *dock && settings.intPaneHeight == *height &&
                 settings.intPaneWidth == *width) {
@@ -577,6 +607,7 @@ void cToolBarItem::objCTP_DockPositionStateChange(const Variant& pane) {
 }
 
 void cToolBarItem::releaseCTP() {
+    ctpSetUp_.reset();
     objCTPEvents_.disconnect();
     objCTP_ = Variant();
 }

@@ -6,6 +6,7 @@
 // the buttons' commands; and the task pane of appointment windows under
 // Outlook 2007 and later. One holder serves the whole session.
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "common/Object.h"
@@ -53,7 +54,9 @@ class cToolBarItem : public std::enable_shared_from_this<cToolBarItem> {
 
     // --- task pane (Outlook 2007 and later) ---
     void subAddCTP(const Variant& inspector);
-    void objCTP_DockPositionStateChange(const Variant& pane);
+    // fromEvent: raised by the pane (rather than called on closing), so
+    // possibly one of the events that subAddCTP's own changes posted.
+    void objCTP_DockPositionStateChange(const Variant& pane, bool fromEvent = false);
     const Variant& objCTP() const { return objCTP_; }
     void releaseCTP();
 
@@ -90,6 +93,15 @@ class cToolBarItem : public std::enable_shared_from_this<cToolBarItem> {
     Variant objCTP_;
     EventConnection objCTPEvents_;
     bool blnLoadingCTP_ = false;
+    // What subAddCTP left the pane at: its dock position and the sizes it
+    // set. Office delivers the pane's events after the changes that caused
+    // them, so the set-up's own events arrive once the loading flag is
+    // down; they find the pane still so and are not taken for the user's.
+    struct PaneSetUp {
+        std::int32_t dock = -1;
+        std::optional<std::int32_t> width, height;
+    };
+    std::optional<PaneSetUp> ctpSetUp_;
 };
 
 }  // namespace hb

@@ -4,6 +4,7 @@
 #include "common/DispatchObject.h"
 #include "common/ErrorTrap.h"
 #include "common/Text.h"
+#include "explorer/cExplorerEvents.h"
 #include "metadata/cMarking.h"
 #include "metadata/cMetaDictionary.h"
 #include "settings/cPersonalSettings.h"
@@ -122,11 +123,11 @@ void Pane::setSettings(const Str& settings) {
         ++i;
     }
 
-    // The values recorded in the appointment; an exception of a recurring
-    // series carries them in its series.
+    // The values recorded in the appointment; an exception or occurrence
+    // of a recurring series carries them in its series.
     resumeNext(s, [&] { objMarking_ = std::make_shared<cMarking>(s); });
     if (conditionOrError(s, [&] {
-            return objAppointment_.get(u"MessageClass").toStr() == kRecurrenceExceptionClass;
+            return fncIsSeriesMember(objAppointment_, objAppointment_.get(u"MessageClass").toStr());
         })) {
         resumeNext(s, [&] {
             const Str categories = objAppointment_.get(u"Parent").get(u"Categories").toStr();
@@ -180,11 +181,12 @@ void Pane::cmbMeta_Click(int /*index*/) {
         }
     }
 
-    // Write into the appointment, or for an exception of a recurring series
-    // into its series.
+    // Write into the appointment, or for an exception or occurrence of a
+    // recurring series into its series.
     Variant target;
     if (conditionOrError(s, [&] {
-            return objAppointment_.get(u"MessageClass").toStr() != kRecurrenceExceptionClass;
+            return !fncIsSeriesMember(objAppointment_,
+                                      objAppointment_.get(u"MessageClass").toStr());
         })) {
         target = objAppointment_;
     } else {
@@ -205,7 +207,7 @@ void Pane::cmbMeta_Click(int /*index*/) {
         }
     }
     // The user saves the appointment of the window, but for an exception
-    // the choice went into its series, which that save does not store: the
+    // or occurrence the choice went into its series, which that save does not store: the
     // series is saved here, or the choice would be lost when the window
     // closes.
     resumeNext(s, [&] {

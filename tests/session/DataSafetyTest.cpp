@@ -141,25 +141,6 @@ TEST(DataSafety, AConnectionTextEndingInALineBreakLeavesThePaneWorking) {
     EXPECT_EQ(reread.MetaDataLists.size(), 3u);
 }
 
-TEST(DataSafety, AnExceptionsWindowShowsItsSeriesAndAPickIsSaved) {
-    SessionHarness h;
-    h.setLists(workgroupLists());
-    auto series = h.outlook().calendar()->addRecurringAppointment(
-        u"Weekly", sim::makeDate(2024, 5, 6, 9), sim::makeDate(2024, 5, 6, 10), u"Acme, Smith");
-    auto exception =
-        series->addException(sim::makeDate(2024, 5, 13, 11), sim::makeDate(2024, 5, 13, 12));
-    h.start();
-    auto inspector = h.sc().openInspector(exception);
-    EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
-    ASSERT_EQ(h.paneControls().size(), 1u);
-    auto& control = *h.paneControls()[0];
-    EXPECT_EQ(control.view.selected(0), u"Acme");
-    const int saves = series->saveCount;
-    ASSERT_TRUE(control.pick(2, u"Travel"));
-    EXPECT_EQ(series->categories, u"Acme, Smith, Travel");
-    EXPECT_EQ(series->saveCount, saves + 1);
-}
-
 TEST(DataSafety, TheItemShownIsAlwaysTheItemSelected) {
     SessionHarness h;
     h.setLists(workgroupLists());

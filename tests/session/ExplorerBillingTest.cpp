@@ -73,17 +73,6 @@ TEST_F(ExplorerBilling, PickingValuesWritesTheBillingTextWithItsLeadingSeparator
     EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
 }
 
-TEST_F(ExplorerBilling, TheUsersListSeparatorJoinsTheValues) {
-    auto appt = h.addAppointment(u"Review");
-    startWith(u";");
-    h.sc().select(ex, {appt});
-    pickAll();
-
-    const auto puts = putsOf(h.instruments(), u"Categories");
-    ASSERT_FALSE(puts.empty());
-    EXPECT_EQ(puts.back(), "String \";Acme;Smith;Travel\"");
-}
-
 TEST_F(ExplorerBilling, APickWithTheOtherBoxesEmptyWritesThatValueAlone) {
     auto appt = h.addAppointment(u"Review");
     startWith();
@@ -214,24 +203,6 @@ TEST_F(ExplorerBilling, AnyClassBeginningWithIpmAppointmentIsShown) {
     h.sc().select(ex, {upper});
     EXPECT_EQ(combo(1)->text, u"Acme");
     EXPECT_EQ(combo(2)->text, u"Jones");
-}
-
-TEST_F(ExplorerBilling, ARecurrenceExceptionShowsItsSeriesAndWritesNothing) {
-    auto series = h.sc().outlook().calendar()->addRecurringAppointment(
-        u"Weekly", sim::makeDate(2024, 5, 6, 9), sim::makeDate(2024, 5, 6, 10), u"Acme, Smith");
-    auto exception =
-        series->addException(sim::makeDate(2024, 5, 13, 11), sim::makeDate(2024, 5, 13, 12));
-    exception->categories = u"Initech";
-    startWith();
-    h.sc().select(ex, {exception});
-    EXPECT_EQ(combo(1)->text, u"Acme");
-    EXPECT_EQ(combo(2)->text, u"Smith");
-
-    h.sc().pickInCombo(combo(3), u"Travel");
-    EXPECT_TRUE(putsOf(h.instruments(), u"Categories").empty());
-    EXPECT_EQ(series->categories, u"Acme, Smith");
-    EXPECT_EQ(exception->categories, u"Initech");
-    EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
 }
 
 TEST_F(ExplorerBilling, BoxesAreRefilledOnlyWhenTheirListsChanged) {

@@ -104,36 +104,6 @@ TEST_F(PaneLogic, AClickWhileTheControlFillsItselfChangesNothing) {
               std::vector<std::string>{"String \",Acme,Jones,Office\""});
 }
 
-TEST_F(PaneLogic, AnExceptionShowsAndWritesItsSeries) {
-    start();
-    auto series = h.outlook().calendar()->addRecurringAppointment(
-        u"Weekly", sim::makeDate(2024, 5, 6, 9), sim::makeDate(2024, 5, 6, 10), u"Acme, Smith");
-    auto exception =
-        series->addException(sim::makeDate(2024, 5, 13, 11), sim::makeDate(2024, 5, 13, 12));
-    exception->setCategories(u"Globex");
-    show(exception);
-    EXPECT_EQ(view().selected(0), u"Acme");
-    EXPECT_EQ(view().selected(1), u"Smith");
-
-    ASSERT_TRUE(control->pick(2, u"Travel"));
-    EXPECT_EQ(series->categories, u"Acme, Smith, Travel");
-    EXPECT_EQ(exception->categories, u"Globex");
-}
-
-TEST_F(PaneLogic, TheUsersSeparatorJoinsTheValues) {
-    h.setListSeparator(u";");
-    start();
-    auto appt = h.addAppointment(u"Review");
-    show(appt);
-    h.instruments().resetCounts();
-    control->pick(0, u"Acme");
-    control->pick(1, u"Smith");
-    control->pick(2, u"Travel");
-    const auto puts = categoriesPuts(h.instruments());
-    ASSERT_EQ(puts.size(), 3u);
-    EXPECT_EQ(puts[2], "String \";Acme;Smith;Travel\"");
-}
-
 TEST_F(PaneLogic, TheSubjectFollowsOnlyWhenEmptyOrBillingInformation) {
     start();
     settings().blnWriteSubject = true;
