@@ -1,6 +1,7 @@
 // The registry store (SaveSettingString / GetSettingString)
 // through the Win32 Platform under Wine: exact round trips of every text,
-// REG_DWORD data refused, blank names refused.
+// texts stored without their zero, REG_DWORD data refused, blank names
+// refused.
 // The platform headers before windows.h (see Win32PlatformTest.cpp).
 #include "common/AutomationError.h"
 #include "platform/win32/Win32Platform.h"
@@ -90,6 +91,27 @@ TEST_F(RegistryStoreWinTest, MissingKeyOrValueGivesTheDefault) {
     EXPECT_EQ(p_.regOpenKey(keyPath(), k), ERROR_FILE_NOT_FOUND);  // nothing was created
     SaveSettingString(p_, section_, u"Other", u"x");
     EXPECT_EQ(GetSettingString(p_, section_, u"ReportChoice", u"NULL"), u"NULL");
+}
+
+TEST_F(RegistryStoreWinTest, TextWrittenWithoutItsZeroReadsWhole) {
+    // Other programs may store a REG_SZ without the terminating zero in its
+    // data size; the text still reads back whole, to its last character.
+    RegKey key = 0;
+    ASSERT_EQ(p_.regCreateKey(keyPath(), key), ERROR_SUCCESS);
+    HKEY h = nullptr;
+    const Str path = keyPath();
+    ASSERT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, std::wstring(path.begin(), path.end()).c_str(), 0,
+                            KEY_SET_VALUE, &h),
+              ERROR_SUCCESS);
+    for (const wchar_t* text : {L"A", L"Acme;Globex;"}) {
+        const DWORD bytes = static_cast<DWORD>(lstrlenW(text) * sizeof(wchar_t));
+        ASSERT_EQ(RegSetValueExW(h, text, 0, REG_SZ, reinterpret_cast<const BYTE*>(text), bytes),
+                  ERROR_SUCCESS);
+        const Str name(text, text + lstrlenW(text));
+        EXPECT_EQ(GetSettingString(p_, section_, name, u"DEFAULT"), name);
+    }
+    RegCloseKey(h);
+    p_.regCloseKey(key);
 }
 
 TEST_F(RegistryStoreWinTest, DwordIsNotAString) {
