@@ -17,6 +17,8 @@ target_include_directories(hb_standin PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJEC
 target_link_libraries(hb_standin PRIVATE hb_win32 hbcore ${HB_WIN_LIBS})
 target_link_options(hb_standin PRIVATE -municode)
 add_dependencies(hb_standin hb_idl)
+# The session presses Settings: the add-in starts the settings program from its folder.
+add_dependencies(hb_standin HBPersonalSettingsSingle)
 
 if(HB_WIN_TESTS)
   file(GLOB hb_standintest_srcs CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/win/Standin*WinTest.cpp)
@@ -28,5 +30,15 @@ if(HB_WIN_TESTS)
     add_dependencies(hb_standintests hb_standin HBAddin)
   endif()
 endif()
+# The add-in end to end under Wine, timed (run by hand, not a test).
+add_executable(hb_e2ebench ${PROJECT_SOURCE_DIR}/bench/win/hb_e2ebench.cpp
+               ${PROJECT_SOURCE_DIR}/standin/LoadedAddins.cpp
+               ${PROJECT_SOURCE_DIR}/standin/TaskPaneFactory.cpp
+               ${PROJECT_SOURCE_DIR}/standin/HostSetup.cpp ${hb_standin_rc} $<TARGET_OBJECTS:hb_sim>)
+target_include_directories(hb_e2ebench PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}
+                           ${PROJECT_SOURCE_DIR}/tests/win ${hb_gen})
+target_link_libraries(hb_e2ebench PRIVATE hb_win32 hbcore ${HB_WIN_LIBS})
+add_dependencies(hb_e2ebench hb_idl HBAddin)
+
 # The end-to-end tests of hb_wintests run hb_standin.exe from their folder.
 add_dependencies(hb_wintests hb_standin)

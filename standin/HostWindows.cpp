@@ -294,6 +294,17 @@ bool HostWindows::pickInToolbar(const sim::Window& window, int box, const std::w
     return false;
 }
 
+bool HostWindows::clickInToolbar(const sim::Window& window, int faceId) {
+    auto it = shown_.find(&window);
+    if (it == shown_.end()) return false;
+    for (auto& [hwnd, control] : it->second.barControls) {
+        if (control->type != sim::mso::ControlButton || control->faceId != faceId) continue;
+        SendMessageW(hwnd, BM_CLICK, 0, 0);
+        return true;
+    }
+    return false;
+}
+
 bool HostWindows::pickInPane(const sim::CustomTaskPane& pane, int index,
                              const std::wstring& entry) {
     HWND host = paneWindowOf(pane);

@@ -43,6 +43,10 @@ class HostWindows {
     // window, in the real combo box: onComboPick hears it. False when there
     // is no such box or entry.
     bool pickInToolbar(const sim::Window& window, int box, const std::wstring& entry);
+    // The user clicks the button with face `faceId` on the add-in's bar of
+    // a window, the real button: onButtonClick hears it. False when there
+    // is no such button.
+    bool clickInToolbar(const sim::Window& window, int faceId);
     // What the real command bar controls report: an entry picked (from 1),
     // a button clicked.
     std::function<void(const std::shared_ptr<sim::CommandBarControl>&, int index)> onComboPick;

@@ -6,24 +6,30 @@
 // boxes, and the reference census after the add-in was let go.
 //
 //   hb_standin.exe [--version 9..16] [--shots FOLDER] [--startup-only]
+//   hb_standin.exe [--version 9..16] --fault-sweep startup|selection
 //
 // Exit status: 0 when every expectation held, the add-in loaded, showed no
-// message box and let go of every object it was handed; 1 otherwise.
+// message box and let go of every object it was handed; 1 otherwise. The
+// fault sweep (FaultSweep.h) has rules of its own.
 #include <windows.h>
-// windows.h first: the COM headers rely on its types.
-#include <shlobj.h>
 
 #include <cstdio>
 #include <cwchar>
 #include <functional>
 #include <map>
+#include <memory>
+#include <optional>
 #include <string>
 
+#include "apps/settings/SettingsResource.h"
 #include "common/Constants.h"
 #include "common/Text.h"
 #include "sim/Scenario.h"
+#include "standin/FaultSweep.h"
+#include "standin/HostSetup.h"
 #include "standin/HostWindows.h"
 #include "standin/LoadedAddins.h"
+#include "standin/SettingsProgram.h"
 #include "win/ComTestSupport.h"
 #include "win/com/ComVariant.h"
 #include "win/com/DispatchServer.h"
@@ -33,7 +39,8 @@ namespace {
 
 using hb::Str;
 
-constexpr wchar_t kSettingsKey[] = L"Software\\Brindlewood\\Hourbook for Outlook\\Settings";
+constexpr wchar_t kSettingsProgram[] = L"HBPersonalSettingsSingle.exe";
+constexpr int kFaceSettings = 1556;  // the Settings button's face on the add-in's bar
 
 // What the user does, one step of the session.
 enum class Do {
@@ -41,10 +48,15 @@ enum class Do {
     PickToolbar,    // pick `entry` in box `box` of the add-in's bar of the active window
     OpenItem,       // open the appointment `subject` in an inspector
     PickPane,       // pick `entry` in box `box` of the inspector's pane (toolbar before 12)
-    CloseItem,      // close the inspector
+    SaveAndClose,   // save the inspector's item and close the inspector
     OpenExplorer,   // open the calendar in a second explorer and select `subject` there
     CloseExplorer,  // close the second explorer
     Shot,           // save a screenshot of the active window as `entry`
+    OpenSettings,   // press Settings on the main explorer's bar: the settings program starts
+    AddEntry,       // in the settings dialog: add `entry` to list `box`
+    RenameList,     // in the settings dialog: rename list `box` to `entry`
+    SettingsOk,     // press OK in the settings dialog: it saves and ends
+    BackToOutlook,  // activate the main explorer again
 };
 
 struct Step {
@@ -52,13 +64,17 @@ struct Step {
     const char16_t* subject;
     int box;
     const char16_t* entry;
-    // The categories `subject` must have afterwards, or (after Select and
-    // OpenExplorer) what the add-in's boxes must show, joined by ", ".
+    // The categories `subject` must have afterwards (after PickPane those of
+    // the appointment window, unsaved until SaveAndClose); after Select and
+    // OpenExplorer what the add-in's boxes show, joined by ", "; after
+    // OpenSettings the program's arguments; after BackToOutlook the lists
+    // of the bar ("caption: entry, entry | ...").
     const char16_t* expect;
 };
 
 // The session: the billing of three appointments, in the calendar view, in
-// an appointment window, and in a second calendar window.
+// an appointment window, and in a second calendar window; then the user
+// changes the lists in the settings program and bills with the new ones.
 const Step kSession[] = {
     {Do::Select, u"Project kickoff", 0, nullptr, u", , "},
     {Do::PickToolbar, u"Project kickoff", 1, u"Acme", u"Acme"},
@@ -70,15 +86,24 @@ const Step kSession[] = {
     {Do::PickPane, u"Code review", 1, u"Initech", u"Initech"},
     {Do::PickPane, u"Code review", 2, u"Jones", u"Initech, Jones"},
     {Do::Shot, nullptr, 0, u"appointment", nullptr},
-    {Do::CloseItem, nullptr, 0, nullptr, nullptr},
+    {Do::SaveAndClose, u"Code review", 0, nullptr, u"Initech, Jones"},
     {Do::OpenExplorer, u"Code review", 0, nullptr, u"Initech, Jones, "},
     {Do::CloseExplorer, nullptr, 0, nullptr, nullptr},
+    {Do::OpenSettings, nullptr, 0, nullptr, u"False"},
+    {Do::AddEntry, nullptr, 1, u"Umbrella", nullptr},
+    {Do::RenameList, nullptr, 3, u"Activity", nullptr},
+    {Do::SettingsOk, nullptr, 0, nullptr, nullptr},
+    {Do::BackToOutlook, nullptr, 0, nullptr,
+     u"Company: Acme, Globex, Initech, Umbrella | Person: Smith, Jones | Activity: Travel, Office"},
+    {Do::Select, u"Project kickoff", 0, nullptr, u"Acme, Smith, "},
+    {Do::PickToolbar, u"Project kickoff", 1, u"Umbrella", u"Umbrella, Smith"},
 };
 
 struct Options {
     int version = 12;
     std::wstring shots;
     bool startupOnly = false;
+    std::optional<SweepPhase> sweep;
 };
 
 std::string utf8(const Str& s) {
@@ -87,50 +112,6 @@ std::string utf8(const Str& s) {
 
 std::string utf8(const std::wstring& s) {
     return hb::toUtf8(hb::com::fromWide(s.data(), s.size()));
-}
-
-Str versionText(int major) {
-    static const std::map<int, const char16_t*> builds = {
-        {9, u"9.0.0.2711"},      {10, u"10.0.0.2627"},    {11, u"11.0.8217"},
-        {12, u"12.0.4518.1014"}, {14, u"14.0.4760.1000"}, {15, u"15.0.4420.1017"},
-        {16, u"16.0.4266.1001"}};
-    auto it = builds.find(major);
-    return it != builds.end() ? Str(it->second) : hb::fromUtf8(std::to_string(major) + ".0.0.0");
-}
-
-bool keyExists(HKEY root, const wchar_t* path) {
-    HKEY key = nullptr;
-    if (RegOpenKeyExW(root, path, 0, KEY_READ, &key) != ERROR_SUCCESS) return false;
-    RegCloseKey(key);
-    return true;
-}
-
-void setSetting(const wchar_t* name, const std::wstring& value) {
-    RegSetKeyValueW(HKEY_CURRENT_USER, kSettingsKey, name, REG_SZ, value.c_str(),
-                    static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t)));
-}
-
-// The settings the settings program leaves for a workgroup with three lists.
-void writeSettings() {
-    wchar_t documents[MAX_PATH] = {};
-    SHGetFolderPathW(nullptr, CSIDL_PERSONAL, nullptr, 0, documents);
-    setSetting(L"ReportChoice", L"2");
-    setSetting(L"ReportValue", std::wstring(documents) + L"\\My Hourbooks\\");
-    setSetting(L"PersonalRate", L"0");
-    for (const wchar_t* name : {L"FilterEvents", L"FilterPrivate", L"FilterRecurring", L"Convert24",
-                                L"RemoveLunch", L"CreateLocalCube", L"StartGrid", L"WriteSubject"})
-        setSetting(name, L"False");
-    setSetting(L"Convert24Hours", L"8");
-    setSetting(L"RemoveLunchHours", L"0.75");
-    setSetting(
-        L"MetadataList",
-        L"Company:Acme;Globex;Initech;\r\nPerson:Smith;Jones;\r\nExtra Field:Travel;Office;\r\n");
-}
-
-Str listSeparator() {
-    wchar_t text[8] = {};
-    GetLocaleInfoW(LOCALE_USER_DEFAULT, LOCALE_SLIST, text, 8);
-    return hb::com::fromWide(text, wcslen(text));
 }
 
 std::shared_ptr<sim::CommandBarControl> combo(const sim::Window& window, int n) {
@@ -153,12 +134,29 @@ Str boxesText(const sim::Window& window) {
     return text;
 }
 
-double millisecondsSince(const LARGE_INTEGER& start) {
-    LARGE_INTEGER now, frequency;
-    QueryPerformanceCounter(&now);
-    QueryPerformanceFrequency(&frequency);
-    return 1000.0 * static_cast<double>(now.QuadPart - start.QuadPart) /
-           static_cast<double>(frequency.QuadPart);
+// The lists of a window's bar: "caption: entry, entry | caption: ...".
+Str listsText(const sim::Window& window) {
+    Str text;
+    for (int n = 1; n <= 3; ++n) {
+        auto c = combo(window, n);
+        if (!c) continue;
+        if (!text.empty()) text += u" | ";
+        text += c->caption + u":";
+        for (std::size_t i = 0; i < c->entries.size(); ++i)
+            text += (i ? u", " : u" ") + c->entries[i];
+    }
+    return text;
+}
+
+std::wstring folderOf(const std::wstring& path) {
+    return path.substr(0, path.find_last_of(L"\\/"));
+}
+
+// The folder HBAddin.dll was loaded from.
+std::wstring addinFolder() {
+    wchar_t path[MAX_PATH * 4] = {};
+    GetModuleFileNameW(GetModuleHandleW(L"HBAddin.dll"), path, MAX_PATH * 4);
+    return folderOf(path);
 }
 
 class Session {
@@ -182,12 +180,12 @@ class Session {
     void reportWrites();
     bool expect(const Step& step);
     void quit();
-    void registerRunningOutlook();
     void guarded(const std::function<void()>& userAction);
     void pickInToolbar(const sim::Window& window, const Step& step);
+    void openSettings();
+    void inSettingsDialog(const Step& step);
 
-    DWORD runningCookie_ = 0;
-
+    std::unique_ptr<RunningOutlook> running_;
     const Options& options_;
     sim::Scenario sc_;
     HostWindows windows_;
@@ -195,47 +193,23 @@ class Session {
     std::map<const sim::Item*, std::pair<Str, Str>> written_;  // subject, categories seen
     std::shared_ptr<sim::Inspector> inspector_;
     std::shared_ptr<sim::Explorer> second_;
+    std::unique_ptr<SettingsProgram> settings_;
     int failures_ = 0;
 };
 
 void Session::setUpOutlook() {
     sim::Outlook& o = sc_.outlook();
-    o.version = versionText(options_.version);
-    o.listSeparator = listSeparator();
-    o.addStore(u"Mailbox - John Smith");
-    auto calendar = o.calendar();
-    (void)o.inbox();
-    calendar->addAppointment(u"Project kickoff", sim::makeDate(2024, 5, 6, 9),
-                             sim::makeDate(2024, 5, 6, 10));
-    calendar->addAppointment(u"Client call", sim::makeDate(2024, 5, 6, 11),
-                             sim::makeDate(2024, 5, 6, 12), u"Globex, Jones");
-    calendar->addAppointment(u"Code review", sim::makeDate(2024, 5, 7, 14),
-                             sim::makeDate(2024, 5, 7, 15));
-    for (const auto& item : calendar->items)
+    furnishOutlook(o, options_.version);
+    for (const auto& item : o.calendar()->items)
         written_[item.get()] = {item->subject, item->categories};
     o.registerControl(hb::kPaneProgId,
                       [this] { return windows_.createControl(hb::com::wide(hb::kPaneProgId)); });
 }
 
-// Outlook registers its Application in the running object table, where the
-// add-in finds it by its ProgID (GetObject "Outlook.Application").
-void Session::registerRunningOutlook() {
-    const wchar_t clsidText[] = L"{0006F03A-0000-0000-C000-000000000046}";
-    RegSetKeyValueW(HKEY_CLASSES_ROOT, L"Outlook.Application\\CLSID", nullptr, REG_SZ, clsidText,
-                    sizeof clsidText);
-    CLSID clsid{};
-    CLSIDFromString(clsidText, &clsid);
-    sim::Outlook& o = sc_.outlook();
-    hb::Variant app =
-        sc_.instruments().toAddin(hb::Variant(hb::ObjectPtr(o.application())), u"GetObject");
-    hb::com::ComPtr<IDispatch> d = hb::com::dispatchOf(app.toObject());
-    RegisterActiveObject(d.get(), clsid, ACTIVEOBJECT_STRONG, &runningCookie_);
-}
-
 bool Session::start() {
     std::printf("Outlook %s starts on the calendar (3 appointments)\n",
                 utf8(sc_.outlook().version).c_str());
-    registerRunningOutlook();
+    running_ = std::make_unique<RunningOutlook>(sc_);
     LARGE_INTEGER started;
     QueryPerformanceCounter(&started);
     addins_->load();
@@ -301,8 +275,9 @@ void Session::act(const Step& step) {
             }
             break;
         }
-        case Do::CloseItem:
-            std::printf("\n> closes the appointment window\n");
+        case Do::SaveAndClose:
+            std::printf("\n> saves and closes the appointment window\n");
+            sc_.saveItem(inspector_);
             sc_.close(inspector_);
             inspector_.reset();
             break;
@@ -319,6 +294,19 @@ void Session::act(const Step& step) {
             break;
         case Do::Shot:
             break;
+        case Do::OpenSettings:
+            std::printf("\n> presses Settings in the toolbar\n");
+            openSettings();
+            break;
+        case Do::AddEntry:
+        case Do::RenameList:
+        case Do::SettingsOk:
+            inSettingsDialog(step);
+            break;
+        case Do::BackToOutlook:
+            std::printf("\n> returns to the calendar window\n");
+            sc_.returnToOutlook(sc_.explorer());
+            break;
     }
     windows_.render();
     if (step.action == Do::Shot && !options_.shots.empty()) {
@@ -327,6 +315,60 @@ void Session::act(const Step& step) {
         const bool saved = active && windows_.capture(windows_.windowOf(*active), path);
         std::printf("\n  (screenshot of the %s window %s)\n", entry.c_str(),
                     saved ? "saved" : "could not be taken");
+    }
+}
+
+// The add-in starts the settings program from its own folder; its dialog
+// then has the focus, and Outlook's window is deactivated.
+void Session::openSettings() {
+    settings_ = std::make_unique<SettingsProgram>();
+    if (!windows_.clickInToolbar(*sc_.explorer(), kFaceSettings)) {
+        std::printf("   no Settings button in the toolbar\n");
+        ++failures_;
+        return;
+    }
+    if (!settings_->waitForDialog(kSettingsProgram, 60000)) {
+        std::printf("   no settings program started (or it showed no dialog)\n");
+        settings_.reset();
+        ++failures_;
+        return;
+    }
+    sc_.leaveOutlook();
+    const std::wstring folder = folderOf(settings_->path());
+    const bool addins = _wcsicmp(folder.c_str(), addinFolder().c_str()) == 0;
+    std::printf("   the add-in started %s \"%s\" from %s; its dialog has the focus\n",
+                utf8(settings_->path().substr(folder.size() + 1)).c_str(),
+                utf8(settings_->arguments()).c_str(),
+                addins ? "the add-in's folder" : utf8(folder).c_str());
+    if (!addins) ++failures_;
+}
+
+void Session::inSettingsDialog(const Step& step) {
+    const std::wstring entry = step.entry ? hb::com::wide(step.entry) : std::wstring();
+    bool done = false;
+    if (step.action == Do::AddEntry) {
+        std::printf("\n> adds \"%s\" to list %d in the settings dialog\n", utf8(entry).c_str(),
+                    step.box);
+        done = settings_ && settings_->pickRow(IDC_LISTS, step.box - 1) &&
+               settings_->type(IDC_ENTRYNAME, entry) && settings_->press(IDC_ADDENTRY) &&
+               settings_->lists(IDC_ENTRIES, entry);
+    } else if (step.action == Do::RenameList) {
+        std::printf("\n> renames list %d to \"%s\" in the settings dialog\n", step.box,
+                    utf8(entry).c_str());
+        done = settings_ && settings_->pickRow(IDC_LISTS, step.box - 1) &&
+               settings_->type(IDC_LISTNAME, entry) && settings_->press(IDC_RENAMELIST) &&
+               settings_->lists(IDC_LISTS, entry);
+    } else {
+        std::printf("\n> presses OK in the settings dialog\n");
+        const long code = settings_ ? settings_->okAndWait(IDOK, 60000) : -1;
+        settings_.reset();
+        if (code >= 0)
+            std::printf("   the settings program saved and ended (exit code %ld)\n", code);
+        done = code == 0;
+    }
+    if (!done) {
+        std::printf("   the settings dialog did not take that\n");
+        ++failures_;
     }
 }
 
@@ -373,7 +415,20 @@ bool Session::expect(const Step& step) {
     if (!step.expect) return true;
     Str actual;
     const char* what = "categories";
-    if (step.action == Do::Select || step.action == Do::OpenExplorer) {
+    if (step.action == Do::OpenSettings) {
+        actual = hb::com::fromWide(settings_ ? settings_->arguments().c_str() : L"",
+                                   settings_ ? settings_->arguments().size() : 0);
+        what = "the settings program's arguments";
+    } else if (step.action == Do::BackToOutlook) {
+        actual = listsText(*sc_.explorer());
+        what = "toolbar lists";
+        std::printf("   the toolbar's lists: %s\n", utf8(actual).c_str());
+    } else if (step.action == Do::PickPane) {
+        actual = inspector_->currentItem->categories;
+        what = "categories in the appointment window";
+        std::printf("   the appointment window shows the categories \"%s\"\n",
+                    utf8(actual).c_str());
+    } else if (step.action == Do::Select || step.action == Do::OpenExplorer) {
         actual = boxesText(step.action == Do::Select ? *sc_.explorer() : *second_);
         what = "toolbar shows";
         std::printf("   the toolbar shows: %s\n",
@@ -392,24 +447,11 @@ void Session::quit() {
     sc_.quit();
     windows_.render();
     addins_->release();
-    if (runningCookie_) RevokeActiveObject(runningCookie_, nullptr);
-    runningCookie_ = 0;
+    running_.reset();
 }
 
 int Session::run() {
-    // What the session writes to the machine goes again afterwards, unless
-    // it was there before: the user's settings, Outlook's class name.
-    const bool hadSettings = keyExists(HKEY_CURRENT_USER, L"Software\\Brindlewood");
-    const bool hadOutlookClass = keyExists(HKEY_CLASSES_ROOT, L"Outlook.Application");
-    struct Restore {
-        bool settings, outlookClass;
-        ~Restore() {
-            if (!settings) RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\Brindlewood");
-            if (!settings) RegDeleteKeyW(HKEY_CURRENT_USER, L"Software\\Brindlewood");
-            if (!outlookClass) RegDeleteTreeW(HKEY_CLASSES_ROOT, L"Outlook.Application");
-            if (!outlookClass) RegDeleteKeyW(HKEY_CLASSES_ROOT, L"Outlook.Application");
-        }
-    } restore{hadSettings, hadOutlookClass};
+    MachineState machine;
     hb::test::MessageBoxWatcher boxes;
     writeSettings();
     setUpOutlook();
@@ -438,23 +480,21 @@ int Session::run() {
 
     // Outlook's object model is gone; what the add-in still holds of it
     // shows in the census.
-    const long objects = hb::com::liveExportedObjects();
-    const long connections = hb::com::liveServerConnections();
+    const Census census = takeCensus(sc_);
     std::printf("Reference census after OnDisconnection: %ld objects, %ld connections still held\n",
-                objects, connections);
-    for (const Str& line : sc_.instruments().census())
+                census.objects, census.connections);
+    for (const Str& line : census.held)
         std::printf("   held: %s\n", utf8(line).c_str());
-    if (objects != 0 || connections != 0) ++failures_;
-
-    using CanUnloadFn = HRESULT(STDAPICALLTYPE*)();
-    if (HMODULE dll = GetModuleHandleW(L"HBAddin.dll")) {
-        auto canUnload = reinterpret_cast<CanUnloadFn>(
-            reinterpret_cast<void (*)()>(GetProcAddress(dll, "DllCanUnloadNow")));
-        const HRESULT hr = canUnload ? canUnload() : E_FAIL;
+    if (!census.empty()) ++failures_;
+    if (GetModuleHandleW(L"HBAddin.dll")) {
+        const HRESULT hr = addinCanUnloadNow();
         std::printf("DllCanUnloadNow: %s\n", hr == S_OK ? "S_OK" : "S_FALSE (objects alive)");
         if (hr != S_OK) ++failures_;
     }
     CoFreeUnusedLibraries();
+    const bool unloaded = GetModuleHandleW(L"HBAddin.dll") == nullptr;
+    std::printf("CoFreeUnusedLibraries: HBAddin.dll %s\n", unloaded ? "unloaded" : "STILL LOADED");
+    if (!unloaded) ++failures_;
     std::printf("Outlook %d session: %s\n", sc_.outlook().majorVersion(),
                 failures_ == 0 ? "all checks held" : "CHECKS FAILED");
     return failures_ == 0 ? 0 : 1;
@@ -473,9 +513,15 @@ int wmain(int argc, wchar_t** argv) {
             options.shots = argv[++i];
         } else if (arg == L"--startup-only") {
             options.startupOnly = true;
+        } else if (arg == L"--fault-sweep" && i + 1 < argc &&
+                   (argv[i + 1] == std::wstring(L"startup") ||
+                    argv[i + 1] == std::wstring(L"selection"))) {
+            options.sweep = argv[++i] == std::wstring(L"startup") ? standin::SweepPhase::Startup
+                                                                  : standin::SweepPhase::Selection;
         } else {
             std::fprintf(stderr,
-                         "usage: hb_standin [--version 9..16] [--shots FOLDER] [--startup-only]\n");
+                         "usage: hb_standin [--version 9..16] [--shots FOLDER] [--startup-only]\n"
+                         "       hb_standin [--version 9..16] --fault-sweep startup|selection\n");
             return 2;
         }
     }
@@ -491,7 +537,9 @@ int wmain(int argc, wchar_t** argv) {
         return std::vector<hb::Str>{};
     });
     int rc = 1;
-    {
+    if (options.sweep) {
+        rc = standin::runFaultSweep(*options.sweep, options.version);
+    } else {
         standin::Session session(options);
         rc = session.run();
     }

@@ -5,9 +5,10 @@
 // command gives the Wine tests.
 // The stand-in's exit status says whether every check of its session held:
 // what the add-in wrote to each appointment (the values the native session
-// tests expect for the same picks), no failed connection call, no message
-// box, nothing of Outlook's still held after OnDisconnection, and
-// DllCanUnloadNow S_OK.
+// tests expect for the same picks), the settings program the Settings
+// button starts and the new lists the toolbar shows after it saved, no
+// failed connection call, no message box, nothing of Outlook's still held
+// after OnDisconnection, DllCanUnloadNow S_OK and the DLL unloaded.
 #include <windows.h>
 
 #include <gtest/gtest.h>
@@ -37,9 +38,11 @@ class StandinSession : public ::testing::Test {
     static void TearDownTestSuite() {
         run(L"regsvr32.exe /s /u \"" + folderOfThisProgram() + L"\\HBAddin.dll\"");
     }
+    static DWORD standin(const std::wstring& arguments) {
+        return run(L"\"" + folderOfThisProgram() + L"\\hb_standin.exe\" " + arguments);
+    }
     static DWORD startAndQuit(int version) {
-        return run(L"\"" + folderOfThisProgram() + L"\\hb_standin.exe\" --version " +
-                   std::to_wstring(version) + L" --startup-only");
+        return standin(L"--version " + std::to_wstring(version) + L" --startup-only");
     }
 };
 
@@ -53,10 +56,16 @@ TEST_F(StandinSession, BillsAppointmentsInTheCalendarAndInAppointmentWindows) {
         GTEST_SKIP() << "no X display (the test command gives the Wine tests an Xvfb)";
     // 11: the appointment window gets the toolbar; 12: the task pane control.
     for (int version : {11, 12})
-        EXPECT_EQ(run(L"\"" + folderOfThisProgram() + L"\\hb_standin.exe\" --version " +
-                      std::to_wstring(version)),
-                  0u)
-            << "Outlook " << version;
+        EXPECT_EQ(standin(L"--version " + std::to_wstring(version)), 0u) << "Outlook " << version;
+}
+
+// Every object-model call of start-up, then of a selection change, fails in
+// turn as Outlook fails a call; each load of the DLL keeps the rules (no
+// failing HRESULT, at most one error dialog, everything given back, the DLL
+// unloaded). The message boxes are counted without being shown.
+TEST_F(StandinSession, EachFailingObjectModelCallIsSurvivedWithOneDialogAtMostAndNothingHeld) {
+    for (const wchar_t* phase : {L"startup", L"selection"})
+        EXPECT_EQ(standin(L"--fault-sweep " + std::wstring(phase)), 0u) << phase;
 }
 
 TEST_F(StandinSession, AnAddinThatCannotBeCreatedIsSetToLoadBehavior2AndOutlookGoesOn) {
