@@ -81,12 +81,10 @@ Snapshot registrationAreas() {
     return s;
 }
 
-// The user's whole registry and the machine's software, without the keys
-// that change whatever runs: Wine's bookkeeping under the user's
-// Software\Microsoft\Windows (its programs write there as they start), and
-// Windows Installer's own containers for per-user products, which stay
-// behind empty once the last product is gone, as on Windows. Values below
-// them are kept: a product's registration left there would show.
+// The user's whole registry and the machine's software, without Windows
+// Installer's own containers for per-user products, which stay behind empty
+// once the last product is gone, as on Windows. Values below them are kept:
+// a product's registration left there would show.
 Snapshot wholeRegistry() {
     Snapshot s;
     snapshot(HKEY_CURRENT_USER, L"", s);
@@ -95,12 +93,11 @@ Snapshot wholeRegistry() {
         L"HKCU\\Software\\Microsoft\\Installer",
         L"HKLM\\Software\\Microsoft\\Windows\\CurrentVersion\\Installer\\UpgradeCodes",
         L"HKLM\\Software\\Microsoft\\Windows\\CurrentVersion\\Installer\\UserData"};
-    for (auto it = s.begin(); it != s.end();) {
-        bool ignored = it->first.rfind(L"HKCU\\Software\\Microsoft\\Windows", 0) == 0;
+    std::erase_if(s, [&](const auto& entry) {
         for (const std::wstring& key : ignoredKeys)
-            ignored |= it->second == L"(key)" && it->first.rfind(key, 0) == 0;
-        it = ignored ? s.erase(it) : std::next(it);
-    }
+            if (entry.second == L"(key)" && entry.first.rfind(key, 0) == 0) return true;
+        return false;
+    });
     return s;
 }
 
