@@ -7,6 +7,8 @@
 #include <map>
 
 #include "common/Text.h"
+#include "sim/Instruments.h"
+#include "sim/SimObject.h"
 #include "win/com/ComVariant.h"
 #include "win/com/DispatchServer.h"
 
@@ -55,6 +57,14 @@ int WINAPI countedMessageBox(HWND, LPCWSTR text, LPCWSTR, UINT flags) {
 }
 
 }  // namespace
+
+void serveSimulatedOutlook() {
+    hb::com::installDispatchServer([](const hb::Object& object) {
+        if (const auto* handle = dynamic_cast<const sim::Handle*>(&object))
+            return handle->target()->members().memberNames();
+        return std::vector<hb::Str>{};
+    });
+}
 
 void writeSettings(const std::wstring& metadataList) {
     wchar_t documents[MAX_PATH] = {};

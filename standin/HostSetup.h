@@ -19,6 +19,10 @@ namespace standin {
 inline constexpr wchar_t kWorkgroupLists[] =
     L"Company:Acme;Globex;Initech;\r\nPerson:Smith;Jones;\r\nExtra Field:Travel;Office;\r\n";
 
+// Makes the dispatch server serve the simulated Outlook's objects, each
+// type's DISPIDs seeded from the simulation's member table.
+void serveSimulatedOutlook();
+
 // Writes the user's settings as the settings program leaves them, with
 // these metadata lists.
 void writeSettings(const std::wstring& metadataList = kWorkgroupLists);

@@ -531,11 +531,7 @@ int wmain(int argc, wchar_t** argv) {
     }
     std::setvbuf(stdout, nullptr, _IONBF, 0);
     if (FAILED(OleInitialize(nullptr))) return 1;
-    hb::com::installDispatchServer([](const hb::Object& object) {
-        if (const auto* handle = dynamic_cast<const sim::Handle*>(&object))
-            return handle->target()->members().memberNames();
-        return std::vector<hb::Str>{};
-    });
+    standin::serveSimulatedOutlook();
     int rc = 1;
     if (options.sweep) {
         rc = standin::runFaultSweep(*options.sweep, options.version);

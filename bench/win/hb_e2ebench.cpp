@@ -85,11 +85,7 @@ Figures figuresOf(std::vector<double> ms) {
 int main() {
     std::setvbuf(stdout, nullptr, _IONBF, 0);
     if (FAILED(OleInitialize(nullptr))) return 1;
-    hb::com::installDispatchServer([](const hb::Object& object) {
-        if (const auto* handle = dynamic_cast<const sim::Handle*>(&object))
-            return handle->target()->members().memberNames();
-        return std::vector<hb::Str>{};
-    });
+    standin::serveSimulatedOutlook();
     const std::wstring dll = L"\"" + folderOfThisProgram() + L"\\HBAddin.dll\"";
     if (hb::test::runProgram(L"regsvr32.exe /s " + dll) != 0) {
         std::printf("regsvr32 HBAddin.dll failed\n");
