@@ -4,6 +4,7 @@
 
 #include "diagnostics/modErroHandling.h"
 #include "explorer/cToolBarItem.h"
+#include "metadata/cAppointments.h"
 #include "session/ExplorerSupport.h"
 
 namespace hbtest {
@@ -260,6 +261,20 @@ TEST_F(ExplorerBilling, ACopiedAppointmentBecomesTheKnownItemWhenNoneWasWritten)
     ASSERT_TRUE(toolbar.strEntryID().empty());
     auto copy = h.sc().copyItem(a);
     EXPECT_EQ(toolbar.strEntryID(), u"A" + hb::Variant(copy->start).toStr());
+}
+
+TEST_F(ExplorerBilling, ACopiedPostedAppointmentCountsAsNotPosted) {
+    auto posted = h.addAppointment(u"Reported", u"Acme");
+    posted->addUserProperty(u"strPosted", sim::ol::DateTime, Variant(sim::makeDate(2024, 5, 31)));
+    startWith();
+    auto copy = h.sc().copyItem(posted);
+    auto property = copy->findUserProperty(u"strPosted");
+    ASSERT_NE(property, nullptr);
+    EXPECT_DOUBLE_EQ(property->value.toDate().days, hb::kNotPostedDay);
+    EXPECT_GE(copy->saveCount, 1);
+    // The original keeps its date.
+    EXPECT_DOUBLE_EQ(posted->findUserProperty(u"strPosted")->value.toDate().days,
+                     sim::makeDate(2024, 5, 31).days);
 }
 
 TEST_F(ExplorerBilling, DeactivatingTheExplorerDisablesTheBoxes) {

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <stdexcept>
 
 #include "addin/OHBAddinDesigner.h"
 #include "addin/cCalendarReactions.h"
@@ -16,27 +17,23 @@
 namespace hbtest {
 namespace {
 
-// A world with two calendar windows, an open appointment window (its own
-// bar under Outlook 2003) and the menu-bar entry an older version of the
+// A world with two calendar windows, an appointment window (its own bar
+// under Outlook 2003) and the menu-bar entry an older version of the
 // add-in left in every explorer.
-class Shutdown : public ::testing::Test {
-  protected:
-    explicit Shutdown(Str version = u"11.0.8217") : h(std::move(version)) {}
-
-    void start() {
+struct World {
+    explicit World(Str version = u"11.0.8217", bool withInspector = true) : h(std::move(version)) {
         h.setLists(workgroupLists());
         appt = h.addAppointment(u"Review", u"Acme, Smith");
         h.start();
-        ASSERT_TRUE(h.loaded());
+        if (!h.loaded()) throw std::logic_error("the add-in did not load");
         second = h.sc().openExplorer(h.outlook().calendar());
-        inspector = h.sc().openInspector(appt);
+        if (withInspector) inspector = h.sc().openInspector(appt);
         for (const auto& e : h.outlook().explorers()) {
             auto entry = e->commandBars->menuBar()->controls->add(sim::mso::ControlPopup, 1, false);
             entry->caption = hb::kProductCaption;
-            menuEntries.push_back(entry);
+            menuEntries.emplace_back(e, entry);
         }
-        ASSERT_NE(SessionHarness::addinBar(*h.sc().explorer()), nullptr);
-        ASSERT_NE(SessionHarness::addinBar(*second), nullptr);
+        EXPECT_NE(SessionHarness::addinBar(*second), nullptr);
     }
 
     // Nothing of the add-in is left in any open window.
@@ -45,162 +42,139 @@ class Shutdown : public ::testing::Test {
             if (!w->open) continue;
             EXPECT_EQ(SessionHarness::addinBar(*w), nullptr) << hb::toUtf8(w->caption());
         }
-        for (const auto& entry : menuEntries)
-            EXPECT_TRUE(entry->deleted);
+        for (const auto& [window, entry] : menuEntries)
+            EXPECT_TRUE(entry->deleted || !window->open);
     }
 
     SessionHarness h;
     std::shared_ptr<sim::Item> appt;
     std::shared_ptr<sim::Explorer> second;
     std::shared_ptr<sim::Inspector> inspector;
-    std::vector<std::shared_ptr<sim::CommandBarControl>> menuEntries;
+    std::vector<std::pair<std::shared_ptr<sim::Explorer>, std::shared_ptr<sim::CommandBarControl>>>
+        menuEntries;
     hb::Args custom;
 };
 
-TEST_F(Shutdown, BeginShutdownCleansEveryWindowAndLetsGoOfOutlook) {
-    start();
-    ASSERT_NE(SessionHarness::addinBar(*inspector), nullptr);
-    h.designer()->AddinInstance_OnBeginShutdown(custom);
-    expectWindowsClean();
-    EXPECT_TRUE(h.census().empty()) << h.censusText();
-    hb::Session& s = h.session();
-    EXPECT_FALSE(s.oCalendarReactions);
-    EXPECT_FALSE(s.objToolBar);
-    EXPECT_FALSE(s.oAppointments);
-    EXPECT_TRUE(s.olApp.isEmpty());
-    EXPECT_TRUE(s.ofCalendar.isEmpty());
-    EXPECT_FALSE(s.blnClosingDown);
-    EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
+// Every road to the clean-up leaves no window with anything of the add-in,
+// holds nothing of Outlook and shows nothing.
+TEST(Shutdown, EveryRoadCleansEveryWindowAndLetsGoOfOutlook) {
+    struct Road {
+        const char* name;
+        Str version;
+        bool withInspector;
+        std::function<void(World&)> go;
+    };
+    const Road roads[] = {
+        {"begin-shutdown", u"11.0.8217", true,
+         [](World& w) { w.h.designer()->AddinInstance_OnBeginShutdown(w.custom); }},
+        // With the holder serving a calendar window the bar is removed once
+        // per window: the second removal must find it let go of already.
+        {"begin-shutdown serving a calendar window", u"12.0.4518.1014", false,
+         [](World& w) { w.h.designer()->AddinInstance_OnBeginShutdown(w.custom); }},
+        {"the add-ins dialog", u"11.0.8217", true,
+         [](World& w) {
+             w.h.sc().disconnectAddin();
+             // Outlook runs on and its windows no longer reach the add-in.
+             w.h.sc().activate(w.second);
+             w.h.sc().select(w.h.sc().explorer(), {w.appt});
+         }},
+        {"termination alone", u"11.0.8217", true,
+         [](World& w) { w.h.designer()->AddinInstance_Terminate(); }},
+        {"Outlook's Quit event", u"11.0.8217", true,
+         [](World& w) {
+             w.h.outlook().application()->raiseEvent(u"ApplicationEvents", u"Quit", {});
+             w.h.sc().pump();
+         }},
+        {"closing the last window", u"11.0.8217", true,
+         [](World& w) {
+             w.h.sc().close(w.inspector);
+             w.h.sc().close(w.second);
+             ASSERT_TRUE(w.h.loaded());
+             EXPECT_FALSE(w.h.session().oCalendarReactions->colExplorers.empty());
+             w.h.sc().close(w.h.sc().explorer());
+             EXPECT_FALSE(w.h.loaded());
+         }},
+        {"quitting with a task pane open", u"12.0.4518.1014", true,
+         [](World& w) {
+             ASSERT_NE(w.h.paneOf(*w.inspector), nullptr);
+             EXPECT_EQ(SessionHarness::addinBar(*w.inspector), nullptr);
+             w.h.sc().quit();
+             EXPECT_FALSE(w.h.loaded());
+             EXPECT_TRUE(w.h.paneControls().empty());
+         }},
+    };
+    for (const Road& road : roads) {
+        SCOPED_TRACE(road.name);
+        World w(road.version, road.withInspector);
+        road.go(w);
+        w.expectWindowsClean();
+        EXPECT_TRUE(w.h.census().empty()) << w.h.censusText();
+        EXPECT_TRUE(w.h.sc().addinErrors.empty());
+        EXPECT_EQ(w.h.errorDialogs(), 0u) << w.h.messageBoxesText();
+        if (w.h.loaded()) {
+            hb::Session& s = w.h.session();
+            EXPECT_FALSE(s.oCalendarReactions);
+            EXPECT_FALSE(s.objToolBar);
+            EXPECT_FALSE(s.oAppointments);
+            EXPECT_TRUE(s.olApp.isEmpty());
+            EXPECT_TRUE(s.ofCalendar.isEmpty());
+            EXPECT_FALSE(s.blnClosingDown);
+        }
+    }
 }
 
-TEST_F(Shutdown, DisconnectingFromTheAddinsDialogCleansEveryWindow) {
-    start();
-    h.sc().disconnectAddin();
-    EXPECT_FALSE(h.loaded());
-    expectWindowsClean();
-    EXPECT_TRUE(h.census().empty()) << h.censusText();
-    // Outlook runs on and its windows no longer reach the add-in.
-    h.sc().activate(second);
-    h.sc().select(h.sc().explorer(), {appt});
-    expectWindowsClean();
-    EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
-}
-
-TEST_F(Shutdown, TerminationAloneCleansUp) {
-    start();
-    h.designer()->AddinInstance_Terminate();
-    expectWindowsClean();
-    EXPECT_TRUE(h.census().empty()) << h.censusText();
-}
-
-TEST_F(Shutdown, OutlooksQuitEventCleansUp) {
-    start();
-    h.outlook().application()->raiseEvent(u"ApplicationEvents", u"Quit", {});
-    h.sc().pump();
-    expectWindowsClean();
-    EXPECT_TRUE(h.census().empty()) << h.censusText();
-}
-
-TEST_F(Shutdown, ClosingTheLastWindowShutsDownAndOutlookQuits) {
-    start();
-    h.sc().close(inspector);
-    h.sc().close(second);
-    ASSERT_TRUE(h.loaded());
-    EXPECT_FALSE(h.session().oCalendarReactions->colExplorers.empty());
-    h.sc().close(h.sc().explorer());
-    EXPECT_FALSE(h.loaded());
-    EXPECT_TRUE(h.census().empty()) << h.censusText();
-    EXPECT_TRUE(h.sc().addinErrors.empty());
-    EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
-}
-
-// With the holder serving a calendar window, the clean-up removes the bar
-// once per window: the second removal must find the bar already let go of,
-// not fail on a deleted one in front of the user.
-TEST(ShutdownTwoCalendarWindows, BeginShutdownShowsNoErrorAndLeavesNoBar) {
-    SessionHarness h(u"12.0.4518.1014");
-    h.setLists(workgroupLists());
-    h.start();
-    ASSERT_TRUE(h.loaded());
-    auto second = h.sc().openExplorer(h.outlook().calendar());
-    ASSERT_NE(SessionHarness::addinBar(*second), nullptr);
-    hb::Args custom;
-    h.designer()->AddinInstance_OnBeginShutdown(custom);
-    EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
-    for (const auto& e : h.outlook().explorers())
-        EXPECT_EQ(SessionHarness::addinBar(*e), nullptr);
-    EXPECT_TRUE(h.census().empty()) << h.censusText();
-}
-
-TEST_F(Shutdown, TheHostsCallsOneAfterAnotherDoNoHarm) {
-    start();
-    h.designer()->AddinInstance_OnBeginShutdown(custom);
-    const auto callsAfterFirst = h.instruments().callCount();
-    h.designer()->AddinInstance_OnBeginShutdown(custom);
-    h.designer()->AddinInstance_OnDisconnection(sim::ext::DisconnectHostShutdown, custom);
-    h.designer()->AddinInstance_Terminate();
+TEST(Shutdown, TheHostsCallsOneAfterAnotherDoNoHarm) {
+    World w;
+    w.h.designer()->AddinInstance_OnBeginShutdown(w.custom);
+    const auto callsAfterFirst = w.h.instruments().callCount();
+    w.h.designer()->AddinInstance_OnBeginShutdown(w.custom);
+    w.h.designer()->AddinInstance_OnDisconnection(sim::ext::DisconnectHostShutdown, w.custom);
+    w.h.designer()->AddinInstance_Terminate();
     // The later ones find nothing left to clean and ask Outlook nothing.
-    EXPECT_EQ(h.instruments().callCount(), callsAfterFirst);
-    expectWindowsClean();
-    EXPECT_TRUE(h.census().empty()) << h.censusText();
-    h.sc().quit();
-    EXPECT_TRUE(h.sc().addinErrors.empty());
-    EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
+    EXPECT_EQ(w.h.instruments().callCount(), callsAfterFirst);
+    w.expectWindowsClean();
+    w.h.sc().quit();
+    EXPECT_TRUE(w.h.census().empty()) << w.h.censusText();
+    EXPECT_TRUE(w.h.sc().addinErrors.empty());
+    EXPECT_EQ(w.h.errorDialogs(), 0u) << w.h.messageBoxesText();
 }
 
-TEST_F(Shutdown, AWindowThatCannotBeReachedIsSkipped) {
-    start();
+TEST(Shutdown, AWindowThatCannotBeReachedIsSkipped) {
+    World w;
     // The first window's command bars cannot be counted: it keeps its bar,
     // the other windows are cleaned all the same.
-    h.instruments().failMember(u"Count", u"CommandBars");
-    h.designer()->AddinInstance_OnBeginShutdown(custom);
-    h.instruments().clearFaults();
-    EXPECT_NE(SessionHarness::addinBar(*h.sc().explorer()), nullptr);
-    EXPECT_NE(SessionHarness::addinBar(*second), nullptr);
+    w.h.instruments().failMember(u"Count", u"CommandBars");
+    w.h.designer()->AddinInstance_OnBeginShutdown(w.custom);
+    w.h.instruments().clearFaults();
+    EXPECT_NE(SessionHarness::addinBar(*w.h.sc().explorer()), nullptr);
+    EXPECT_NE(SessionHarness::addinBar(*w.second), nullptr);
     // Appointment windows are cleaned without that test.
-    EXPECT_EQ(SessionHarness::addinBar(*inspector), nullptr);
-    EXPECT_TRUE(h.census().empty()) << h.censusText();
-    EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
+    EXPECT_EQ(SessionHarness::addinBar(*w.inspector), nullptr);
+    EXPECT_TRUE(w.h.census().empty()) << w.h.censusText();
+    EXPECT_EQ(w.h.errorDialogs(), 0u) << w.h.messageBoxesText();
 }
 
-TEST_F(Shutdown, AFailureAfterTheFirstReachableWindowLeavesForTheCommonExit) {
-    start();
-    h.instruments().failMember(u"ActiveMenuBar");
-    h.designer()->AddinInstance_OnBeginShutdown(custom);
-    h.instruments().clearFaults();
+TEST(Shutdown, AFailureAfterTheFirstReachableWindowLeavesForTheCommonExit) {
+    World w;
+    w.h.instruments().failMember(u"ActiveMenuBar");
+    w.h.designer()->AddinInstance_OnBeginShutdown(w.custom);
+    w.h.instruments().clearFaults();
     // The first window lost its bar, then the clean-up left: the second
     // window and the appointment window keep theirs, and the toolbar
     // holder stays until the host's next call.
-    EXPECT_EQ(SessionHarness::addinBar(*h.sc().explorer()), nullptr);
-    EXPECT_NE(SessionHarness::addinBar(*second), nullptr);
-    EXPECT_NE(SessionHarness::addinBar(*inspector), nullptr);
-    hb::Session& s = h.session();
+    EXPECT_EQ(SessionHarness::addinBar(*w.h.sc().explorer()), nullptr);
+    EXPECT_NE(SessionHarness::addinBar(*w.second), nullptr);
+    EXPECT_NE(SessionHarness::addinBar(*w.inspector), nullptr);
+    hb::Session& s = w.h.session();
     EXPECT_FALSE(s.oCalendarReactions);
     EXPECT_TRUE(s.olApp.isEmpty());
     EXPECT_TRUE(s.objToolBar);
     EXPECT_FALSE(s.blnClosingDown);
-    EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
+    EXPECT_EQ(w.h.errorDialogs(), 0u) << w.h.messageBoxesText();
 
-    h.designer()->AddinInstance_OnDisconnection(sim::ext::DisconnectHostShutdown, custom);
-    EXPECT_FALSE(h.session().objToolBar);
-    EXPECT_TRUE(h.census().empty()) << h.censusText();
-}
-
-class ShutdownWithTaskPanes : public Shutdown {
-  protected:
-    ShutdownWithTaskPanes() : Shutdown(u"12.0.4518.1014") {}
-};
-
-TEST_F(ShutdownWithTaskPanes, QuittingWithAnAppointmentWindowOpenReleasesEverything) {
-    start();
-    ASSERT_NE(h.paneOf(*inspector), nullptr);
-    EXPECT_EQ(SessionHarness::addinBar(*inspector), nullptr);
-    h.sc().quit();
-    EXPECT_FALSE(h.loaded());
-    EXPECT_TRUE(h.paneControls().empty());
-    EXPECT_TRUE(h.census().empty()) << h.censusText();
-    EXPECT_TRUE(h.sc().addinErrors.empty());
-    EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
+    w.h.designer()->AddinInstance_OnDisconnection(sim::ext::DisconnectHostShutdown, w.custom);
+    EXPECT_FALSE(w.h.session().objToolBar);
+    EXPECT_TRUE(w.h.census().empty()) << w.h.censusText();
 }
 
 TEST(ShutdownFailedConnection, OnlyTheGlobalsAreReleased) {
@@ -245,62 +219,46 @@ TEST(ShutdownGuard, ACallWhileTheCleanUpRunsOnlyReleasesTheGlobals) {
 }
 
 // Closed wrappers are removed by their position in the collection, which is
-// not corrected after a removal.
-class ClearExplorers : public ::testing::Test {
-  protected:
-    ClearExplorers() : s(platform) {
-        s.oCalendarReactions = std::make_shared<hb::cCalendarReactions>(s);
-    }
-    std::vector<std::shared_ptr<hb::cExplorerEvents>>& col() {
-        return s.oCalendarReactions->colExplorers;
-    }
-    void fill(std::initializer_list<bool> closed) {
-        for (bool c : closed) {
-            col().push_back(std::make_shared<hb::cExplorerEvents>(s));
-            col().back()->blnClosed = c;
+// not corrected after a removal; a position past the end is reported.
+TEST(ClearExplorers, RemovesByAPositionNotCorrectedAfterARemoval) {
+    struct Case {
+        std::vector<bool> closed;
+        std::vector<std::size_t> kept;  // positions in the original collection
+        bool reported;
+    };
+    const Case cases[] = {
+        {{false, true, false}, {0, 2}, false},
+        // The first closed wrapper went; for the third, position 3 of the
+        // shortened collection was removed: the open fourth wrapper.
+        {{true, false, true, false}, {1, 2}, false},
+        {{true, true}, {1}, true},
+        {{}, {}, true},  // no collection at all
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.closed.size());
+        hb::MemoryPlatform platform;
+        hb::Session s(platform);
+        std::vector<std::shared_ptr<hb::cExplorerEvents>> original;
+        if (!c.closed.empty()) {
+            s.oCalendarReactions = std::make_shared<hb::cCalendarReactions>(s);
+            for (bool closed : c.closed) {
+                original.push_back(std::make_shared<hb::cExplorerEvents>(s));
+                original.back()->blnClosed = closed;
+            }
+            s.oCalendarReactions->colExplorers = original;
         }
-        original = col();
+        hb::subClearExplorers(s);
+        if (s.oCalendarReactions) {
+            std::vector<std::shared_ptr<hb::cExplorerEvents>> expected;
+            for (std::size_t i : c.kept)
+                expected.push_back(original[i]);
+            EXPECT_EQ(s.oCalendarReactions->colExplorers, expected);
+        }
+        ASSERT_EQ(platform.messageBoxes().size(), c.reported ? 1u : 0u);
+        if (c.reported) {
+            EXPECT_NE(platform.messageBoxes()[0].text.find(u"subClearExplorers"), Str::npos);
+        }
     }
-    hb::MemoryPlatform platform;
-    hb::Session s;
-    std::vector<std::shared_ptr<hb::cExplorerEvents>> original;
-};
-
-TEST_F(ClearExplorers, OneClosedWrapperGoes) {
-    fill({false, true, false});
-    hb::subClearExplorers(s);
-    ASSERT_EQ(col().size(), 2u);
-    EXPECT_EQ(col()[0], original[0]);
-    EXPECT_EQ(col()[1], original[2]);
-    EXPECT_TRUE(platform.messageBoxes().empty());
-}
-
-TEST_F(ClearExplorers, AfterARemovalTheNextClosedOneIsTakenOnePositionTooHigh) {
-    fill({true, false, true, false});
-    hb::subClearExplorers(s);
-    // The first closed wrapper went; for the third, position 3 of the
-    // shortened collection was removed: the open fourth wrapper.
-    ASSERT_EQ(col().size(), 2u);
-    EXPECT_EQ(col()[0], original[1]);
-    EXPECT_EQ(col()[1], original[2]);
-    EXPECT_TRUE(platform.messageBoxes().empty());
-}
-
-TEST_F(ClearExplorers, APositionPastTheEndIsReported) {
-    fill({true, true});
-    hb::subClearExplorers(s);
-    ASSERT_EQ(col().size(), 1u);
-    EXPECT_EQ(col()[0], original[1]);
-    ASSERT_EQ(platform.messageBoxes().size(), 1u);
-    EXPECT_NE(platform.messageBoxes()[0].text.find(u"subClearExplorers"), Str::npos);
-}
-
-TEST(ClearExplorersWithoutSession, IsReportedNotRaised) {
-    hb::MemoryPlatform platform;
-    hb::Session s(platform);
-    hb::subClearExplorers(s);
-    ASSERT_EQ(platform.messageBoxes().size(), 1u);
-    EXPECT_NE(platform.messageBoxes()[0].text.find(u"subClearExplorers"), Str::npos);
 }
 
 }  // namespace

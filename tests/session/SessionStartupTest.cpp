@@ -8,7 +8,7 @@
 #include "addin/cCalendarReactions.h"
 #include "common/AutomationError.h"
 #include "explorer/cToolBarItem.h"
-#include "session/SessionHarness.h"
+#include "session/ExplorerSupport.h"
 #include "settings/cPersonalSettings.h"
 
 namespace hbtest {
@@ -20,14 +20,6 @@ std::size_t settingsAppointments(sim::Outlook& o) {
         if (item->subject == hb::kSettingsSubject) ++n;
     }
     return n;
-}
-
-std::vector<std::shared_ptr<sim::CommandBarControl>> liveControls(const sim::CommandBar& bar) {
-    std::vector<std::shared_ptr<sim::CommandBarControl>> out;
-    for (const auto& c : bar.controls->list) {
-        if (!c->deleted) out.push_back(c);
-    }
-    return out;
 }
 
 // Position of the first trace line that starts with `text` (npos if none).
@@ -52,9 +44,7 @@ TEST(SessionStartup, AFirstStartWithoutSettingsSetsUpOnceAndStartsTheSettingsPro
     EXPECT_NE(h.platform().runs()[0].command.find(u"True"), Str::npos);
 
     // The calendar window carries the bar with the buttons and nothing else.
-    auto bar = SessionHarness::addinBar(*h.sc().explorer());
-    ASSERT_NE(bar, nullptr);
-    const auto controls = liveControls(*bar);
+    const auto controls = barControls(*h.sc().explorer());
     ASSERT_FALSE(controls.empty());
     for (const auto& c : controls)
         EXPECT_EQ(c->type, sim::mso::ControlButton);
@@ -71,40 +61,38 @@ TEST(SessionStartup, AFirstStartWithoutSettingsSetsUpOnceAndStartsTheSettingsPro
     EXPECT_TRUE(h.census().empty()) << h.censusText();
 }
 
-TEST(SessionStartup, StoredListsStartNoSettingsProgram) {
-    SessionHarness h;
-    h.addProgram(u"HBPersonalSettings.exe");
-    h.setLists(workgroupLists());
-    h.start();
-    ASSERT_TRUE(h.loaded());
-    EXPECT_TRUE(h.platform().runs().empty());
-    EXPECT_EQ(h.session().oPersonalSettings->MetaDataLists.size(), 3u);
-    EXPECT_FALSE(h.session().blnSettingsChanged);
-}
-
-TEST(SessionStartup, TheSessionKnowsTheCalendarTheUserAndTheSeparator) {
-    SessionHarness h;
-    h.setListSeparator(u";");
-    h.setLists(workgroupLists());
-    h.start();
-    ASSERT_TRUE(h.loaded());
-    hb::Session& s = h.session();
-    EXPECT_EQ(s.strListSeparator, u";");
-    EXPECT_EQ(s.strCalendarEntryID, h.outlook().calendar()->entryId);
-    EXPECT_EQ(s.strCalendarStoreID, h.outlook().calendar()->storeId);
-    EXPECT_EQ(s.strCurrentUser, u"John Smith");
-    EXPECT_TRUE(s.blnConnected);
-    ASSERT_TRUE(s.oPersonalSettings);
-    EXPECT_EQ(s.strSettingsValue, s.oPersonalSettings->fncBuildBody());
-    EXPECT_TRUE(s.objToolBar);
-    EXPECT_TRUE(s.oAppointments);
-    // One wrapper for the one window, none for inspectors yet.
-    ASSERT_TRUE(s.oCalendarReactions);
-    EXPECT_EQ(s.oCalendarReactions->colExplorers.size(), 1u);
-    EXPECT_TRUE(s.oCalendarReactions->colInspectors.empty());
-    // Office 2007 handed over its task pane factory.
-    EXPECT_FALSE(s.oCTPFactory.isEmpty());
-    EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
+TEST(SessionStartup, TheSessionKnowsTheCalendarTheUserAndTheSeparatorWithOrWithoutTaskPanes) {
+    for (const char16_t* version : {u"12.0.4518.1014", u"11.0.8217"}) {
+        SCOPED_TRACE(hb::toUtf8(version));
+        const bool taskPanes = Str(version).rfind(u"12", 0) == 0;
+        SessionHarness h(version);
+        h.addProgram(u"HBPersonalSettings.exe");
+        h.setListSeparator(u";");
+        h.setLists(workgroupLists());
+        h.start();
+        ASSERT_TRUE(h.loaded());
+        hb::Session& s = h.session();
+        // Stored lists start no settings program.
+        EXPECT_TRUE(h.platform().runs().empty());
+        EXPECT_EQ(s.oPersonalSettings->MetaDataLists.size(), 3u);
+        EXPECT_FALSE(s.blnSettingsChanged);
+        EXPECT_EQ(s.strListSeparator, u";");
+        EXPECT_EQ(s.strCalendarEntryID, h.outlook().calendar()->entryId);
+        EXPECT_EQ(s.strCalendarStoreID, h.outlook().calendar()->storeId);
+        EXPECT_EQ(s.strCurrentUser, u"John Smith");
+        EXPECT_TRUE(s.blnConnected);
+        EXPECT_EQ(s.strSettingsValue, s.oPersonalSettings->fncBuildBody());
+        EXPECT_TRUE(s.objToolBar);
+        EXPECT_TRUE(s.oAppointments);
+        // One wrapper for the one window, none for inspectors yet.
+        ASSERT_TRUE(s.oCalendarReactions);
+        EXPECT_EQ(s.oCalendarReactions->colExplorers.size(), 1u);
+        EXPECT_TRUE(s.oCalendarReactions->colInspectors.empty());
+        // Office 2007 and later hand over their task pane factory.
+        EXPECT_EQ(s.oCTPFactory.isEmpty(), !taskPanes);
+        EXPECT_NE(SessionHarness::addinBar(*h.sc().explorer()), nullptr);
+        EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
+    }
 }
 
 TEST(SessionStartup, TheWorkingStateIsBuiltInItsOrder) {
@@ -149,25 +137,6 @@ TEST(SessionStartup, TheWorkingStateIsBuiltInItsOrder) {
     const std::vector<std::string> expected = {"GetDefaultFolder", "ExplorersEvents",
                                                "InspectorsEvents", "ItemsEvents", "Activate"};
     EXPECT_EQ(calls, expected);
-}
-
-TEST(SessionStartup, OutlookWithoutTaskPanesStartsTheSame) {
-    SessionHarness h(u"11.0.8217");
-    h.setLists(workgroupLists());
-    h.start();
-    ASSERT_TRUE(h.loaded());
-    EXPECT_TRUE(h.session().oCTPFactory.isEmpty());
-    EXPECT_NE(SessionHarness::addinBar(*h.sc().explorer()), nullptr);
-    EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
-}
-
-TEST(SessionStartup, AStartOnTheInboxTracksTheWindowWithoutABar) {
-    SessionHarness h;
-    h.setLists(workgroupLists());
-    h.start(sim::ol::FolderInbox);
-    ASSERT_TRUE(h.loaded());
-    EXPECT_EQ(h.session().oCalendarReactions->colExplorers.size(), 1u);
-    EXPECT_EQ(SessionHarness::addinBar(*h.sc().explorer()), nullptr);
 }
 
 }  // namespace
