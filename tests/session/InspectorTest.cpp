@@ -5,7 +5,8 @@
 
 #include "addin/cCalendarReactions.h"
 #include "explorer/cToolBarItem.h"
-#include "session/SessionHarness.h"
+#include "session/ExplorerSupport.h"
+#include "settings/cPersonalSettings.h"
 
 namespace hbtest {
 namespace {
@@ -23,27 +24,47 @@ class Inspectors : public ::testing::Test {
         h.start();
         ASSERT_TRUE(h.loaded());
     }
+    std::shared_ptr<sim::Item> archivedAppointment() {
+        return h.outlook()
+            .addStore(u"Archive")
+            .root->addFolder(u"Calendar", sim::ol::AppointmentItem)
+            ->addAppointment(u"Old", sim::makeDate(2020, 1, 6, 9), sim::makeDate(2020, 1, 6, 10));
+    }
     SessionHarness h;
     std::shared_ptr<sim::Item> appt;
 };
 
-TEST_F(Inspectors, AnAppointmentWindowGetsThePaneWithTheItemThenTheSettings) {
+TEST_F(Inspectors, AnAppointmentWindowGetsThePaneDockedRight185WideWithTheItemThenTheSettings) {
     start();
+    h.instruments().resetCounts();
     auto window = h.sc().openInspector(appt);
     EXPECT_EQ(inspectorWrappers(h), 1u);
     EXPECT_EQ(SessionHarness::addinBar(*window), nullptr);
     auto pane = h.paneOf(*window);
     ASSERT_NE(pane, nullptr);
     EXPECT_EQ(pane->title, u"Hourbook for Outlook (4.0.12)");
+    EXPECT_TRUE(pane->visible);
+    EXPECT_EQ(pane->dockPosition, sim::mso::DockRight);
+    EXPECT_EQ(pane->width(), 185);
+    // Its height is left to Office.
+    EXPECT_EQ(putsOf(h.instruments(), u"Width"), std::vector<std::string>{"Long 185"});
+    EXPECT_TRUE(putsOf(h.instruments(), u"Height").empty());
     EXPECT_EQ(h.instruments().count(u"CreateCTP"), 1u);
 
     auto controls = h.paneControls();
     ASSERT_EQ(controls.size(), 1u);
     const std::vector<Str> order = {u"objAppointment", u"Settings"};
     EXPECT_EQ(controls[0]->assigned, order);
+    EXPECT_EQ(simOf(controls[0]->pane.objAppointment()), appt);
+    EXPECT_EQ(controls[0]->view.labels[0].caption, u"Company");
     EXPECT_EQ(controls[0]->view.selected(0), u"Globex");
     EXPECT_EQ(controls[0]->view.selected(1), u"Jones");
     EXPECT_EQ(controls[0]->view.selected(2), u"Office");
+
+    // The pane's own changes while it was set up were not kept.
+    EXPECT_GE(pane->dockEvents, 1);
+    EXPECT_FALSE(h.setting(u"PaneWidth").has_value());
+    EXPECT_EQ(h.session().oPersonalSettings->intPaneWidth, 185);
 
     // Activating the window leaves it to the pane.
     h.sc().activate(h.sc().explorer());
@@ -57,14 +78,28 @@ TEST_F(Inspectors, AnAppointmentWindowGetsThePaneWithTheItemThenTheSettings) {
     EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
 }
 
-TEST_F(Inspectors, AMailWindowGetsNothing) {
-    start();
-    auto mail = h.outlook().inbox()->addMail(u"Hello");
-    auto window = h.sc().openInspector(mail);
-    EXPECT_EQ(inspectorWrappers(h), 0u);
-    EXPECT_EQ(h.paneOf(*window), nullptr);
-    EXPECT_EQ(SessionHarness::addinBar(*window), nullptr);
-    EXPECT_EQ(h.instruments().count(u"CreateCTP"), 0u);
+// A mail's window gets nothing of the add-in, and the explorer it takes
+// the focus from disables its boxes.
+TEST(InspectorsOfMail, GetNothingWhateverTheVersion) {
+    for (const char16_t* version : {u"12.0.4518.1014", u"11.0.8217"}) {
+        SCOPED_TRACE(hb::toUtf8(version));
+        SessionHarness h(version);
+        h.setLists(workgroupLists());
+        auto a = h.addAppointment(u"A", u"Acme");
+        h.start();
+        ASSERT_TRUE(h.loaded());
+        auto ex = h.sc().explorer();
+        h.sc().select(ex, {a});
+        ASSERT_TRUE(h.combo(*ex, 1)->enabled);
+        auto window = h.sc().openInspector(h.outlook().inbox()->addMail(u"Hello"));
+        EXPECT_EQ(inspectorWrappers(h), 0u);
+        EXPECT_EQ(SessionHarness::addinBar(*window), nullptr);
+        EXPECT_TRUE(window->panes.empty());
+        EXPECT_EQ(h.instruments().count(u"CreateCTP"), 0u);
+        EXPECT_FALSE(h.combo(*ex, 1)->enabled);
+        EXPECT_TRUE(h.session().objToolBar->ouiCurrItem().isNothing());
+        EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
+    }
 }
 
 TEST_F(Inspectors, AMeetingRequestIsAnAppointmentWindow) {
@@ -77,32 +112,21 @@ TEST_F(Inspectors, AMeetingRequestIsAnAppointmentWindow) {
 
 TEST_F(Inspectors, WithoutTheHostsConnectionOnlyTheCalendarsStoreCountsAndGetsTheToolbar) {
     start();
-    auto& archive = h.outlook().addStore(u"Archive");
-    auto archived =
-        archive.root->addFolder(u"Calendar", sim::ol::AppointmentItem)
-            ->addAppointment(u"Old", sim::makeDate(2020, 1, 6, 9), sim::makeDate(2020, 1, 6, 10));
+    auto archived = archivedAppointment();
     h.session().blnConnected = false;
-
     auto other = h.sc().openInspector(archived);
     EXPECT_EQ(inspectorWrappers(h), 0u);
     EXPECT_EQ(SessionHarness::addinBar(*other), nullptr);
-
     auto window = h.sc().openInspector(appt);
     EXPECT_EQ(inspectorWrappers(h), 1u);
     EXPECT_EQ(h.paneOf(*window), nullptr);
-    ASSERT_NE(SessionHarness::addinBar(*window), nullptr);
-    auto first = h.combo(*window, 1);
-    ASSERT_NE(first, nullptr);
-    EXPECT_EQ(first->text, u"Globex");
+    ASSERT_NE(h.combo(*window, 1), nullptr);
+    EXPECT_EQ(h.combo(*window, 1)->text, u"Globex");
 }
 
 TEST_F(Inspectors, ConnectedAnyStoresAppointmentCounts) {
     start();
-    auto& archive = h.outlook().addStore(u"Archive");
-    auto archived =
-        archive.root->addFolder(u"Calendar", sim::ol::AppointmentItem)
-            ->addAppointment(u"Old", sim::makeDate(2020, 1, 6, 9), sim::makeDate(2020, 1, 6, 10));
-    auto window = h.sc().openInspector(archived);
+    auto window = h.sc().openInspector(archivedAppointment());
     EXPECT_EQ(inspectorWrappers(h), 1u);
     EXPECT_NE(h.paneOf(*window), nullptr);
 }
@@ -114,38 +138,40 @@ class InspectorsInOutlook2003 : public Inspectors {
 
 TEST_F(InspectorsInOutlook2003, TheWindowGetsTheToolbarShowingTheItemAndLosesItOnClose) {
     start();
+    auto ex = h.sc().explorer();
     auto window = h.sc().openInspector(appt);
     EXPECT_EQ(inspectorWrappers(h), 1u);
-    EXPECT_EQ(h.paneOf(*window), nullptr);
+    EXPECT_TRUE(window->panes.empty());
     auto bar = SessionHarness::addinBar(*window);
     ASSERT_NE(bar, nullptr);
+    EXPECT_EQ(barControls(*window).size(), 6u);
     auto first = h.combo(*window, 1);
-    ASSERT_NE(first, nullptr);
     EXPECT_TRUE(first->enabled);
     EXPECT_EQ(first->text, u"Globex");
     EXPECT_TRUE(h.session().objToolBar->blnInInspector());
-    EXPECT_NE(h.button(*window, 790), nullptr);
 
     // A pick writes the window's item; saving is left to the user.
-    const int saves = appt->saveCount;
+    h.instruments().resetCounts();
     h.sc().pickInCombo(first, u"Acme");
+    EXPECT_EQ(putsOf(h.instruments(), u"Categories"),
+              std::vector<std::string>{"String \",Acme,Jones,Office\""});
     EXPECT_EQ(window->currentItem->categories, u"Acme, Jones, Office");
-    EXPECT_EQ(appt->saveCount, saves);
+    EXPECT_EQ(appt->saveCount, 0);
     h.sc().saveItem(window);
     EXPECT_EQ(appt->categories, u"Acme, Jones, Office");
 
     h.sc().close(window);
     EXPECT_TRUE(bar->deleted);
+    // The explorer's bar is still there and serves again.
+    ASSERT_EQ(barControls(*ex).size(), 6u);
+    auto other = h.addAppointment(u"Other", u"Initech", 2);
+    h.sc().select(ex, {other});
+    EXPECT_EQ(h.combo(*ex, 1)->text, u"Initech");
+    h.sc().pickInCombo(h.combo(*ex, 1), u"Acme");
+    EXPECT_EQ(other->saveCount, 1);
     EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
     h.sc().quit();
     EXPECT_TRUE(h.census().empty()) << h.censusText();
-}
-
-TEST_F(InspectorsInOutlook2003, AMailWindowGetsNoToolbar) {
-    start();
-    auto window = h.sc().openInspector(h.outlook().inbox()->addMail(u"Hello"));
-    EXPECT_EQ(inspectorWrappers(h), 0u);
-    EXPECT_EQ(SessionHarness::addinBar(*window), nullptr);
 }
 
 }  // namespace

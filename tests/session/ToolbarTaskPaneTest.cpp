@@ -1,6 +1,5 @@
-// Appointment windows: the task pane under Outlook 2007 and later (made
-// through the factory, placed by the personal settings, its geometry kept)
-// and the toolbar in the window under Outlook 2003.
+// The task pane of an appointment window: placed by the personal settings,
+// its geometry kept, and what happens without the factory.
 #include <gtest/gtest.h>
 
 #include "addin/cCalendarReactions.h"
@@ -30,36 +29,6 @@ class ToolbarTaskPane : public ::testing::Test {
     std::shared_ptr<sim::Item> appt;
     std::shared_ptr<sim::Inspector> inspector;
 };
-
-TEST_F(ToolbarTaskPane, ANewAppointmentWindowGetsThePaneDockedRight185Wide) {
-    start();
-    h.instruments().resetCounts();
-    auto pane = open();
-    ASSERT_NE(pane, nullptr);
-    EXPECT_EQ(pane->title, u"Hourbook for Outlook (4.0.12)");
-    EXPECT_TRUE(pane->visible);
-    EXPECT_EQ(pane->dockPosition, sim::mso::DockRight);
-    EXPECT_EQ(pane->width(), 185);
-    // Its height is left to Office.
-    EXPECT_EQ(puts(u"Width"), std::vector<std::string>{"Long 185"});
-    EXPECT_TRUE(puts(u"Height").empty());
-    EXPECT_EQ(h.instruments().count(u"CreateCTP"), 1u);
-
-    // The control got the appointment, then the settings text.
-    auto controls = h.paneControls();
-    ASSERT_EQ(controls.size(), 1u);
-    EXPECT_EQ(simOf(controls[0]->pane.objAppointment()), appt);
-    EXPECT_EQ(controls[0]->view.labels[0].caption, u"Company");
-    EXPECT_TRUE(controls[0]->view.labels[2].visible);
-    EXPECT_EQ(controls[0]->view.selected(0), u"Globex");
-    EXPECT_EQ(controls[0]->view.selected(1), u"Jones");
-
-    // The pane's own changes while it was set up were not kept.
-    EXPECT_GE(pane->dockEvents, 1);
-    EXPECT_FALSE(h.setting(u"PaneWidth").has_value());
-    EXPECT_EQ(settings().intPaneWidth, 185);
-    EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
-}
 
 TEST_F(ToolbarTaskPane, TheDockSideDecidesWhichSizeIsApplied) {
     struct Case {
@@ -177,41 +146,6 @@ TEST_F(ToolbarTaskPane, WithoutAFactoryThePaneFailsOnceAndTheWindowStaysPlain) {
     h.sc().close(inspector);
     h.sc().quit();
     EXPECT_EQ(h.errorDialogs(), 1u);
-    EXPECT_TRUE(h.census().empty()) << h.censusText();
-}
-
-TEST(ToolbarInOutlook2003, AnAppointmentWindowGetsTheBarWhichGoesWithTheWindow) {
-    SessionHarness h(u"11.0.8217");
-    h.setLists(workgroupLists());
-    auto appt = h.addAppointment(u"Review", u"Globex");
-    h.start();
-    ASSERT_TRUE(h.loaded());
-    auto ex = h.sc().explorer();
-
-    auto inspector = h.sc().openInspector(appt);
-    EXPECT_TRUE(inspector->panes.empty());
-    ASSERT_EQ(barControls(*inspector).size(), 6u);
-    EXPECT_EQ(h.combo(*inspector, 1)->text, u"Globex");
-    EXPECT_TRUE(h.combo(*inspector, 1)->enabled);
-
-    // In the window the user saves: the value is written, not saved.
-    h.instruments().resetCounts();
-    h.sc().pickInCombo(h.combo(*inspector, 2), u"Smith");
-    EXPECT_EQ(putsOf(h.instruments(), u"Categories"),
-              std::vector<std::string>{"String \",Globex,Smith\""});
-    EXPECT_EQ(appt->saveCount, 0);
-
-    h.sc().close(inspector);
-    EXPECT_EQ(addinBarsIn(*inspector), 0u);
-    // The explorer's bar is still there and serves again.
-    ASSERT_EQ(barControls(*ex).size(), 6u);
-    auto other = h.addAppointment(u"Other", u"Initech", 2);
-    h.sc().select(ex, {other});
-    EXPECT_EQ(h.combo(*ex, 1)->text, u"Initech");
-    h.sc().pickInCombo(h.combo(*ex, 1), u"Acme");
-    EXPECT_EQ(other->saveCount, 1);
-    EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
-    h.sc().quit();
     EXPECT_TRUE(h.census().empty()) << h.censusText();
 }
 
