@@ -14,10 +14,8 @@ using sim::CommandBarControl;
 
 class ExplorerBilling : public ::testing::Test {
   protected:
-    void startWith(const Str& separator = u",") {
-        h.setListSeparator(separator);
+    void startWith() {
         h.setLists(workgroupLists());
-        if (writeSubject) h.setSetting(u"WriteSubject", u"True");
         h.start();
         ASSERT_TRUE(h.loaded());
         ex = h.sc().explorer();
@@ -31,7 +29,6 @@ class ExplorerBilling : public ::testing::Test {
     }
 
     SessionHarness h;
-    bool writeSubject = false;
     std::shared_ptr<sim::Explorer> ex;
 };
 
@@ -100,55 +97,47 @@ TEST_F(ExplorerBilling, TypedTextThatIsNoListEntrySavesNothing) {
     EXPECT_EQ(fncGetLastTrace(h.session()), u"Working with Company Change-event");
 }
 
-TEST_F(ExplorerBilling, WriteSubjectFillsAnEmptySubjectButKeepsTheUsersOwn) {
-    writeSubject = true;
-    auto empty = h.addAppointment(u"");
-    auto own = h.addAppointment(u"Meeting with the board", {}, 2);
-    startWith();
-
-    h.sc().select(ex, {empty});
-    h.sc().pickInCombo(combo(1), u"Acme");
-    // Outlook reads the categories back as keywords; that text becomes the subject.
-    EXPECT_EQ(empty->subject, u"Acme");
-    // A subject the add-in wrote before is billing information: kept in step.
-    h.sc().pickInCombo(combo(2), u"Smith");
-    EXPECT_EQ(empty->subject, u"Acme, Smith");
-
-    h.sc().select(ex, {own});
-    h.sc().pickInCombo(combo(1), u"Globex");
-    EXPECT_EQ(own->subject, u"Meeting with the board");
-    EXPECT_EQ(own->saveCount, 1);
-    EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
-}
-
-TEST_F(ExplorerBilling, ThreeValuesInTheSubjectAreNoLongerBillingInformation) {
-    // The subject test splits at a comma only: with three values the
-    // subject no longer counts as the add-in's and stays as it is.
-    writeSubject = true;
-    auto appt = h.addAppointment(u"");
-    startWith();
-    h.sc().select(ex, {appt});
-    pickAll();
-    EXPECT_EQ(appt->subject, u"Acme, Smith, Travel");
-    h.sc().pickInCombo(combo(3), u"Office");
-    EXPECT_EQ(appt->subject, u"Acme, Smith, Travel");
-    EXPECT_EQ(appt->categories, u"Acme, Smith, Office");
-}
-
-TEST_F(ExplorerBilling, TheSubjectTestSplitsAtACommaWhateverTheSeparator) {
-    writeSubject = true;
-    auto appt = h.addAppointment(u"");
-    startWith(u";");
-    h.sc().select(ex, {appt});
-    h.sc().pickInCombo(combo(1), u"Acme");
-    h.sc().pickInCombo(combo(2), u"Smith");
-    // One value: taken whole, the subject names an entry and follows.
-    EXPECT_EQ(appt->subject, u"Acme; Smith");
-    // "Acme; Smith" holds no comma: taken whole it names no entry, so from
-    // now on the subject counts as the user's own.
-    h.sc().pickInCombo(combo(3), u"Travel");
-    EXPECT_EQ(appt->subject, u"Acme; Smith");
-    EXPECT_EQ(appt->categories, u"Acme; Smith; Travel");
+// With the write-subject setting an empty subject, or one the add-in wrote
+// (the subject test splits at a comma only, whatever the separator, and
+// three pieces are never billing information), follows the picks; the
+// user's own subject stays.
+TEST(ExplorerBillingSubject, FollowsThePicksOnlyWhileItIsBillingInformation) {
+    struct Case {
+        const char16_t* separator;
+        const char16_t* subject;
+        std::vector<std::pair<int, const char16_t*>> picks;
+        std::vector<const char16_t*> subjects;  // after each pick
+    };
+    const Case cases[] = {
+        {u",", u"", {{1, u"Acme"}, {2, u"Smith"}}, {u"Acme", u"Acme, Smith"}},
+        {u",", u"Meeting with the board", {{1, u"Globex"}}, {u"Meeting with the board"}},
+        {u",",
+         u"",
+         {{1, u"Acme"}, {2, u"Smith"}, {3, u"Travel"}, {3, u"Office"}},
+         {u"Acme", u"Acme, Smith", u"Acme, Smith, Travel", u"Acme, Smith, Travel"}},
+        // "Acme; Smith" holds no comma: taken whole it names no entry.
+        {u";",
+         u"",
+         {{1, u"Acme"}, {2, u"Smith"}, {3, u"Travel"}},
+         {u"Acme", u"Acme; Smith", u"Acme; Smith"}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(hb::toUtf8(c.separator) + " " + hb::toUtf8(c.subject));
+        SessionHarness h;
+        h.setListSeparator(c.separator);
+        h.setLists(workgroupLists());
+        h.setSetting(u"WriteSubject", u"True");
+        auto appt = h.addAppointment(c.subject);
+        h.start();
+        auto ex = h.sc().explorer();
+        h.sc().select(ex, {appt});
+        for (std::size_t i = 0; i < c.picks.size(); ++i) {
+            h.sc().pickInCombo(h.combo(*ex, c.picks[i].first), c.picks[i].second);
+            EXPECT_EQ(appt->subject, c.subjects[i]) << i;
+        }
+        EXPECT_EQ(appt->saveCount, static_cast<int>(c.picks.size()));
+        EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
+    }
 }
 
 TEST_F(ExplorerBilling, SeveralSelectedDisablesAndClearsOneAgainRestores) {

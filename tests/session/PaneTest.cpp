@@ -5,19 +5,11 @@
 
 #include "common/AutomationError.h"
 #include "inspector/Pane.h"
-#include "session/SessionHarness.h"
+#include "session/ExplorerSupport.h"
 #include "settings/cPersonalSettings.h"
 
 namespace hbtest {
 namespace {
-
-std::vector<std::string> categoriesPuts(sim::Instruments& instr) {
-    std::vector<std::string> out;
-    for (const auto& r : instr.log()) {
-        if (r.op == sim::CallOp::PropertyPut && r.member == u"Categories") out.push_back(r.args);
-    }
-    return out;
-}
 
 class PaneLogic : public ::testing::Test {
   protected:
@@ -73,7 +65,8 @@ TEST_F(PaneLogic, FewerListsLeaveTheRestHiddenAndOutOfTheChoice) {
     view().combos[2].typed = u"Travel";
     h.instruments().resetCounts();
     ASSERT_TRUE(control->pick(0, u"Acme"));
-    EXPECT_EQ(categoriesPuts(h.instruments()), std::vector<std::string>{"String \",Acme,Smith\""});
+    EXPECT_EQ(putsOf(h.instruments(), u"Categories"),
+              std::vector<std::string>{"String \",Acme,Smith\""});
     EXPECT_EQ(appt->categories, u"Acme, Smith");
     EXPECT_EQ(view().doEventsCalls, 1);
 }
@@ -95,12 +88,12 @@ TEST_F(PaneLogic, AClickWhileTheControlFillsItselfChangesNothing) {
     h.instruments().resetCounts();
     show(appt);
     EXPECT_EQ(view().selected(0), u"Globex");
-    EXPECT_TRUE(categoriesPuts(h.instruments()).empty());
+    EXPECT_TRUE(putsOf(h.instruments(), u"Categories").empty());
     EXPECT_EQ(view().doEventsCalls, 0);
 
     // Once filled, a changed selection is written.
     view().setComboListIndex(0, 0);
-    EXPECT_EQ(categoriesPuts(h.instruments()),
+    EXPECT_EQ(putsOf(h.instruments(), u"Categories"),
               std::vector<std::string>{"String \",Acme,Jones,Office\""});
 }
 
@@ -146,7 +139,7 @@ TEST_F(PaneLogic, WithoutAnAppointmentNothingIsWrittenAndNothingShown) {
     EXPECT_EQ(view().combos[0].listIndex, -1);
     h.instruments().resetCounts();
     control->pick(0, u"Acme");
-    EXPECT_TRUE(categoriesPuts(h.instruments()).empty());
+    EXPECT_TRUE(putsOf(h.instruments(), u"Categories").empty());
     EXPECT_TRUE(h.platform().messageBoxes().empty());
 }
 
@@ -186,22 +179,23 @@ TEST_F(PaneLogic, TheControlLetsGoOfTheAppointmentWhenItEnds) {
 
 TEST_F(PaneLogic, BillingInformationIsRecognisedPieceByPiece) {
     start();
-    hb::Session& s = h.session();
-    EXPECT_TRUE(hb::fncIsHourbookData(s, u"Acme"));
-    EXPECT_TRUE(hb::fncIsHourbookData(s, u"  acme "));
-    EXPECT_TRUE(hb::fncIsHourbookData(s, u"Acme, Smith"));
-    EXPECT_TRUE(hb::fncIsHourbookData(s, u"Nobody, smith"));
-    EXPECT_TRUE(hb::fncIsHourbookData(s, u",Acme,,"));
-    // Without a comma only the first list is asked.
-    EXPECT_FALSE(hb::fncIsHourbookData(s, u"Smith"));
-    // Two pieces that match nothing step past the last piece: no.
-    EXPECT_FALSE(hb::fncIsHourbookData(s, u"Nobody, Nothing"));
-    // The comma decides, not the list separator.
-    EXPECT_FALSE(hb::fncIsHourbookData(s, u"Nobody;Smith"));
-    // Three or more pieces are never billing information.
-    EXPECT_FALSE(hb::fncIsHourbookData(s, u"Acme, Smith, Travel"));
-    EXPECT_FALSE(hb::fncIsHourbookData(s, u"Meeting with the board"));
-    EXPECT_FALSE(hb::fncIsHourbookData(s, u""));
+    struct Case {
+        const char16_t* text;
+        bool billing;
+    };
+    for (const Case c : {Case{u"Acme", true}, Case{u"  acme ", true}, Case{u"Acme, Smith", true},
+                         Case{u"Nobody, smith", true}, Case{u",Acme,,", true},
+                         // Without a comma only the first list is asked.
+                         Case{u"Smith", false},
+                         // Two pieces that match nothing step past the last piece.
+                         Case{u"Nobody, Nothing", false},
+                         // The comma decides, not the list separator.
+                         Case{u"Nobody;Smith", false},
+                         // Three or more pieces are never billing information.
+                         Case{u"Acme, Smith, Travel", false},
+                         Case{u"Meeting with the board", false}, Case{u"", false}}) {
+        EXPECT_EQ(hb::fncIsHourbookData(h.session(), c.text), c.billing) << hb::toUtf8(c.text);
+    }
     EXPECT_TRUE(h.platform().messageBoxes().empty());
 }
 

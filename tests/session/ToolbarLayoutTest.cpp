@@ -69,21 +69,6 @@ TEST(ToolbarLayout, ThreeListsGiveThreeLabelledBoxesAndTheThreeButtons) {
     EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
 }
 
-TEST(ToolbarLayout, TheButtonsTakeThePhrasesOfTheUsersLanguage) {
-    SessionHarness h;
-    h.setLists(workgroupLists());
-    h.start();
-    ASSERT_TRUE(h.loaded());
-    const hb::Phrases& p = h.session().phrases;
-    auto report = h.button(*h.sc().explorer(), 790);
-    auto settings = h.button(*h.sc().explorer(), 1556);
-    ASSERT_TRUE(report && settings);
-    EXPECT_EQ(report->caption, p.LNGREPORT);
-    EXPECT_EQ(report->tooltipText, p.LNGREPORTTT);
-    EXPECT_EQ(settings->caption, p.LNGSETTINGS);
-    EXPECT_EQ(settings->tooltipText, p.LNGSETTINGSTT);
-}
-
 TEST(ToolbarLayout, WithoutListsTheBarHoldsOnlyTheButtons) {
     SessionHarness h;
     h.setLists({});
