@@ -21,15 +21,8 @@ using test::Snapshot;
 using test::snapshot;
 using test::TestServer;
 
-std::wstring testFolder() {
-    wchar_t path[MAX_PATH] = {};
-    GetModuleFileNameW(nullptr, path, MAX_PATH);
-    std::wstring p(path);
-    return p.substr(0, p.rfind(L'\\'));
-}
-
 std::wstring dllPath() {
-    return testFolder() + L"\\HBAddin.dll";
+    return test::exeFolder() + L"\\HBAddin.dll";
 }
 
 // The parts of the registry registration may touch.
@@ -61,11 +54,7 @@ std::wstring readText(HKEY root, const std::wstring& key, const wchar_t* name) {
     return data;
 }
 
-std::wstring guidText(REFGUID g) {
-    wchar_t text[64] = {};
-    StringFromGUID2(g, text, 64);
-    return text;
-}
+using test::guidText;
 
 constexpr wchar_t kAddinKey[] = L"Software\\Microsoft\\Office\\Outlook\\Addins\\HBAddin.Connect";
 

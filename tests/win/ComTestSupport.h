@@ -12,9 +12,11 @@
 #include <cstdio>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "common/AutomationError.h"
 #include "win/com/ComObject.h"
 
 namespace hb::test {
@@ -196,21 +198,89 @@ class TestServer : public com::ComObject<TestServer, IDispatch, IConnectionPoint
     std::vector<com::ComPtr<TestConnectionPoint>> points_;
 };
 
+// The folder of this program, without a trailing backslash.
+inline std::wstring exeFolder() {
+    wchar_t path[MAX_PATH] = {};
+    GetModuleFileNameW(nullptr, path, MAX_PATH);
+    std::wstring p(path);
+    return p.substr(0, p.rfind(L'\\'));
+}
+
+// A file's bytes; empty when it cannot be read.
+inline std::string readFile(const std::wstring& path) {
+    std::string bytes;
+    if (FILE* f = _wfopen(path.c_str(), L"rb")) {
+        char buffer[4096];
+        std::size_t n = 0;
+        while ((n = std::fread(buffer, 1, sizeof buffer, f)) > 0)
+            bytes.append(buffer, n);
+        std::fclose(f);
+    }
+    return bytes;
+}
+
+inline std::wstring guidText(REFGUID guid) {
+    wchar_t text[64] = {};
+    StringFromGUID2(guid, text, 64);
+    return text;
+}
+
+// Copies a registry key with everything below it (nothing when `from` is
+// missing).
+inline void copyKey(HKEY fromRoot, const std::wstring& from, HKEY toRoot, const std::wstring& to) {
+    HKEY source = nullptr, target = nullptr;
+    if (RegOpenKeyExW(fromRoot, from.c_str(), 0, KEY_READ, &source) != ERROR_SUCCESS) return;
+    if (RegCreateKeyExW(toRoot, to.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &target,
+                        nullptr) == ERROR_SUCCESS) {
+        RegCopyTreeW(source, nullptr, target);
+        RegCloseKey(target);
+    }
+    RegCloseKey(source);
+}
+
 // Runs a command line and returns its exit code (-1 when it did not start
-// or did not end within the time given).
-inline DWORD runProgram(std::wstring command, DWORD timeoutMs = 60000) {
+// or did not end within the time given). With `output`, what the program
+// writes to stdout and stderr is collected there.
+inline DWORD runProgram(std::wstring command, DWORD timeoutMs = 60000,
+                        std::string* output = nullptr) {
+    SECURITY_ATTRIBUTES sa{sizeof sa, nullptr, TRUE};
+    HANDLE readEnd = nullptr, writeEnd = nullptr;
     STARTUPINFOW si{};
     si.cb = sizeof si;
+    if (output && CreatePipe(&readEnd, &writeEnd, &sa, 0)) {
+        SetHandleInformation(readEnd, HANDLE_FLAG_INHERIT, 0);
+        si.dwFlags = STARTF_USESTDHANDLES;
+        si.hStdError = si.hStdOutput = writeEnd;
+        si.hStdInput = GetStdHandle(STD_INPUT_HANDLE);
+    }
     PROCESS_INFORMATION pi{};
-    if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &si,
-                        &pi))
-        return static_cast<DWORD>(-1);
+    const BOOL started = CreateProcessW(nullptr, command.data(), nullptr, nullptr,
+                                        writeEnd != nullptr, 0, nullptr, nullptr, &si, &pi);
+    if (writeEnd) CloseHandle(writeEnd);
     DWORD code = static_cast<DWORD>(-1);
-    if (WaitForSingleObject(pi.hProcess, timeoutMs) == WAIT_OBJECT_0)
-        GetExitCodeProcess(pi.hProcess, &code);
-    CloseHandle(pi.hThread);
-    CloseHandle(pi.hProcess);
+    if (started) {
+        char buffer[4096];
+        DWORD n = 0;
+        while (readEnd && ReadFile(readEnd, buffer, sizeof buffer, &n, nullptr) && n > 0)
+            output->append(buffer, n);
+        if (WaitForSingleObject(pi.hProcess, timeoutMs) == WAIT_OBJECT_0)
+            GetExitCodeProcess(pi.hProcess, &code);
+        CloseHandle(pi.hThread);
+        CloseHandle(pi.hProcess);
+    }
+    if (readEnd) CloseHandle(readEnd);
     return code;
+}
+
+// The automation error `f` raises, if any.
+template <class F>
+std::optional<AutomationError> raisedBy(F&& f) {
+    try {
+        f();
+    } catch (const AutomationError& e) {
+        return e;
+    }
+    return std::nullopt;
 }
 
 // The Unix path of a file under Wine (for Unix programs started on it),
@@ -342,13 +412,7 @@ inline XvfbRun rerunUnderXvfb(const wchar_t* childVariable, const std::string& g
         }
     }
     DeleteFileW(rcFile.c_str());
-    if (FILE* f = _wfopen(log.c_str(), L"rb")) {
-        char buffer[4096];
-        std::size_t n = 0;
-        while ((n = std::fread(buffer, 1, sizeof buffer, f)) > 0)
-            run.output.append(buffer, n);
-        std::fclose(f);
-    }
+    run.output = readFile(log);
     return run;
 }
 

@@ -20,6 +20,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 namespace hb {
@@ -188,22 +189,22 @@ class ConversionOracle : public ::testing::TestWithParam<TestLocale> {
         VariantClear(&src);
     }
 
-    void compareDouble(double d, std::initializer_list<VARTYPE> types) {
+    // Compares the conversion of a double or a currency amount.
+    template <class T>
+    void compareValue(VARTYPE from, T value, std::initializer_list<VARTYPE> types) {
         VARIANT src;
         VariantInit(&src);
-        V_VT(&src) = VT_R8;
-        V_R8(&src) = d;
+        V_VT(&src) = from;
+        std::string what;
+        if constexpr (std::is_same_v<T, double>) {
+            V_R8(&src) = value;
+            what = "double " + text(value);
+        } else {
+            V_CY(&src).int64 = value.scaled;
+            what = "currency " + text(static_cast<long long>(value.scaled));
+        }
         for (VARTYPE vt : types)
-            compare(src, Variant(d), vt, "double " + text(d), Match::Exact);
-    }
-
-    void compareCurrency(std::int64_t scaled) {
-        VARIANT src;
-        VariantInit(&src);
-        V_VT(&src) = VT_CY;
-        V_CY(&src).int64 = scaled;
-        compare(src, Variant(Currency{scaled}), VT_BSTR,
-                "currency " + text(static_cast<long long>(scaled)), Match::Exact);
+            compare(src, Variant(value), vt, what, Match::Exact);
     }
 
     enum class Match { Exact, Ulps, Outcome };
@@ -287,12 +288,12 @@ TEST_P(ConversionOracle, NumbersInText) {
           u"&HFFFF", u"&H10000", u"&HFFFFFFFF", u"&O17",      u"&o777",   u"&17",
           u"&H",     u"&HG",     u" &H1F ",     u"1e400",     u"-1e400",  u"1e-400",
           u"0e5",    u"00012",   u"\u00A05",    u"5\u00A0",   u"\u20AC5", u"12,50 \u20AC",
-          u"$5",     u"1 000,5", u"3-",         u"12,5\u20AC"})
+          u"$5",     u"1 000,5", u"3-",         u"12,5\u20AC"}) {
+        // Wine's oleaut32 answers overflow for &H and &O text as a double or
+        // currency: those are compared as integers only.
         compareText(other, {VT_I2, VT_I4});
-    for (const char16_t* other :
-         {u"", u" ", u"abc", u"1e400", u"-1e400", u"1e-400", u"0e5", u"00012", u"\u00A05",
-          u"5\u00A0", u"\u20AC5", u"12,50 \u20AC", u"$5", u"1 000,5", u"3-", u"12,5\u20AC"})
-        compareText(other, {VT_R8, VT_CY});
+        if (Str(other).find(u'&') == Str::npos) compareText(other, {VT_R8, VT_CY});
+    }
 }
 
 // Doubles to integers and currency: banker's rounding on the exact value.
@@ -326,7 +327,7 @@ TEST_P(ConversionOracle, DoublesToIntegersAndCurrency) {
     for (int k = 1; k <= 40; ++k)
         values.push_back(k * 0.00005);
     for (double d : values)
-        compareDouble(d, {VT_I2, VT_I4, VT_CY});
+        compareValue(VT_R8, d, {VT_I2, VT_I4, VT_CY});
 }
 
 // Currency and doubles to text in the locale.
@@ -336,7 +337,7 @@ TEST_P(ConversionOracle, NumbersToText) {
           std::int64_t{125000}, std::int64_t{-125000}, std::int64_t{12345678},
           std::int64_t{10000000}, std::int64_t{9223372036854775807LL},
           std::int64_t{-9223372036854775807LL - 1}, std::int64_t{9223372036854770000LL}})
-        compareCurrency(scaled);
+        compareValue(VT_CY, Currency{scaled}, {VT_BSTR});
 }
 
 // Dates as users type them: numbers in the locale's order with its own and

@@ -195,30 +195,22 @@ TEST_F(ComApartment, FailuresBecomeTheRunTimesErrors) {
         echo.exception.scode = c.scode;
         echo.exception.wCode = c.wCode;
         echo.exception.bstrDescription = c.description ? SysAllocString(c.description) : nullptr;
-        try {
-            client->call(u"Fail");
-            ADD_FAILURE() << "no error for " << std::hex << c.hr;
-        } catch (const AutomationError& e) {
-            EXPECT_EQ(e.number(), c.number) << std::hex << c.hr;
-            EXPECT_EQ(e.description(), c.expected) << std::hex << c.hr;
-        }
+        const auto e = test::raisedBy([&] { client->call(u"Fail"); });
+        ASSERT_TRUE(e) << std::hex << c.hr;
+        EXPECT_EQ(e->number(), c.number) << std::hex << c.hr;
+        EXPECT_EQ(e->description(), c.expected) << std::hex << c.hr;
     }
     // A name the server does not know is no member (438).
-    try {
-        client->call(u"NoSuchThing");
-        ADD_FAILURE() << "no error for an unknown name";
-    } catch (const AutomationError& e) {
-        EXPECT_EQ(e.number(), 438);
-    }
+    const auto unknown = test::raisedBy([&] { client->call(u"NoSuchThing"); });
+    ASSERT_TRUE(unknown);
+    EXPECT_EQ(unknown->number(), 438);
 }
 
 TEST_F(ComApartment, NamesAreResolvedOncePerTypeAndTypeNamesComeFromTheTypeInformation) {
     ComPtr<ITypeLib> library;
-    wchar_t path[MAX_PATH] = {};
-    GetModuleFileNameW(nullptr, path, MAX_PATH);
-    std::wstring dll(path);
-    dll = dll.substr(0, dll.rfind(L'\\') + 1) + L"HBAddin.dll";
-    ASSERT_EQ(LoadTypeLibEx(dll.c_str(), REGKIND_NONE, library.put()), S_OK);
+    ASSERT_EQ(
+        LoadTypeLibEx((test::exeFolder() + L"\\HBAddin.dll").c_str(), REGKIND_NONE, library.put()),
+        S_OK);
     ComPtr<ITypeInfo> paneType;
     ASSERT_EQ(library->GetTypeInfoOfGuid(IID__CustomTaskPane, paneType.put()), S_OK);
 
@@ -289,12 +281,9 @@ TEST_F(ComApartment, EventsArriveByNameWithCancelWrittenBackUntilUnadvised) {
     // No such event set, or a source without connection points: 438.
     ObjectPtr client = com::DispatchClient::wrap(server.get());
     for (const char16_t* set : {u"NoSuchEvents", u"InspectorEvents"}) {
-        try {
-            client->subscribe(set, std::make_shared<FunctionSink>(nullptr));
-            ADD_FAILURE() << toUtf8(set);
-        } catch (const AutomationError& e) {
-            EXPECT_EQ(e.number(), 438);
-        }
+        const auto e = test::raisedBy(
+            [&] { client->subscribe(set, std::make_shared<FunctionSink>(nullptr)); });
+        EXPECT_EQ(e ? e->number() : 0, 438) << toUtf8(set);
     }
 }
 
@@ -359,14 +348,13 @@ TEST_F(ComApartment, PlatformCreatesWindowsObjectsByProgIdAndRaises429ForUnknown
     EXPECT_EQ(dictionary.get(u"Item", {Variant(Str(u"Acme"))}), Variant(std::int32_t{3}));
 
     for (bool running : {false, true}) {
-        try {
+        const auto e = test::raisedBy([&] {
             running ? platform.getActiveObject(u"Hourbook.NoSuchClass")
                     : platform.createObject(u"Hourbook.NoSuchClass");
-            ADD_FAILURE() << "no error";
-        } catch (const AutomationError& e) {
-            EXPECT_EQ(e.number(), 429);
-            EXPECT_EQ(e.description(), u"ActiveX component can't create object");
-        }
+        });
+        ASSERT_TRUE(e) << running;
+        EXPECT_EQ(e->number(), 429);
+        EXPECT_EQ(e->description(), u"ActiveX component can't create object");
     }
 }
 

@@ -21,8 +21,6 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -39,12 +37,7 @@ using test::snapshot;
 #define HB_WIDEN2(s) L##s
 #define HB_WIDEN(s) HB_WIDEN2(s)
 
-std::wstring exeFolder() {
-    wchar_t path[MAX_PATH] = {};
-    GetModuleFileNameW(nullptr, path, MAX_PATH);
-    std::wstring p(path);
-    return p.substr(0, p.rfind(L'\\'));
-}
+using test::exeFolder;
 
 std::wstring localAppData() {
     wchar_t path[MAX_PATH] = {};
@@ -110,13 +103,6 @@ Snapshot relocated(Snapshot s, const std::wstring& from, const std::wstring& to)
     return s;
 }
 
-std::string contents(const std::wstring& path) {
-    std::ifstream in(path.c_str(), std::ios::binary);
-    std::ostringstream bytes;
-    bytes << in.rdbuf();
-    return bytes.str();
-}
-
 // The files and folders below a folder: relative name -> contents ("" and a
 // trailing backslash for a folder).
 std::map<std::wstring, std::string> files(const std::wstring& folder,
@@ -132,7 +118,7 @@ std::map<std::wstring, std::string> files(const std::wstring& folder,
             out[prefix + name + L"\\"] = "";
             out.merge(files(folder + L"\\" + name, prefix + name + L"\\"));
         } else {
-            out[prefix + name] = contents(folder + L"\\" + name);
+            out[prefix + name] = test::readFile(folder + L"\\" + name);
         }
     } while (FindNextFileW(find, &found));
     FindClose(find);
@@ -155,28 +141,13 @@ std::wstring productVersion(const std::wstring& code) {
     return version;
 }
 
-std::wstring guidText(REFGUID guid) {
-    wchar_t text[64] = {};
-    StringFromGUID2(guid, text, 64);
-    return text;
-}
-
 // The user's class keys of the add-in, copied into the machine's classes
 // while this lives (see the top of the file).
 class UserClassesSeenByCom {
   public:
     UserClassesSeenByCom() {
-        for (const std::wstring& key : keys()) {
-            HKEY from = nullptr, to = nullptr;
-            if (RegOpenKeyExW(HKEY_CURRENT_USER, key.c_str(), 0, KEY_READ, &from) != ERROR_SUCCESS)
-                continue;
-            if (RegCreateKeyExW(HKEY_LOCAL_MACHINE, key.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS,
-                                nullptr, &to, nullptr) == ERROR_SUCCESS) {
-                RegCopyTreeW(from, nullptr, to);
-                RegCloseKey(to);
-            }
-            RegCloseKey(from);
-        }
+        for (const std::wstring& key : keys())
+            test::copyKey(HKEY_CURRENT_USER, key, HKEY_LOCAL_MACHINE, key);
     }
     ~UserClassesSeenByCom() {
         for (const std::wstring& key : keys()) {
@@ -190,12 +161,12 @@ class UserClassesSeenByCom {
   private:
     static std::vector<std::wstring> keys() {
         const std::wstring classes = L"Software\\Classes\\";
-        return {classes + L"CLSID\\" + guidText(CLSID_OHBAddinDesigner),
-                classes + L"CLSID\\" + guidText(CLSID_Pane),
+        return {classes + L"CLSID\\" + test::guidText(CLSID_OHBAddinDesigner),
+                classes + L"CLSID\\" + test::guidText(CLSID_Pane),
                 classes + L"HBAddin.Connect",
                 classes + L"HBAddin.pane",
-                classes + L"TypeLib\\" + guidText(LIBID_HBAddin),
-                classes + L"Interface\\" + guidText(IID_IHBPane)};
+                classes + L"TypeLib\\" + test::guidText(LIBID_HBAddin),
+                classes + L"Interface\\" + test::guidText(IID_IHBPane)};
     }
 };
 
@@ -203,10 +174,10 @@ class UserClassesSeenByCom {
 // was when this ends.
 class KeptVendorKey {
   public:
-    KeptVendorKey() { copy(HKEY_CURRENT_USER, kVendor, kSaved); }
+    KeptVendorKey() { test::copyKey(HKEY_CURRENT_USER, kVendor, HKEY_CURRENT_USER, kSaved); }
     ~KeptVendorKey() {
         RegDeleteTreeW(HKEY_CURRENT_USER, kVendor);
-        copy(HKEY_CURRENT_USER, kSaved, kVendor);
+        test::copyKey(HKEY_CURRENT_USER, kSaved, HKEY_CURRENT_USER, kVendor);
         RegDeleteTreeW(HKEY_CURRENT_USER, kSaved);
         RegDeleteKeyW(HKEY_CURRENT_USER, kSaved);
     }
@@ -216,16 +187,6 @@ class KeptVendorKey {
   private:
     static constexpr wchar_t kVendor[] = L"Software\\Brindlewood";
     static constexpr wchar_t kSaved[] = L"Software\\HourbookInstallerTest.Saved";
-    static void copy(HKEY root, const wchar_t* from, const wchar_t* to) {
-        HKEY source = nullptr, target = nullptr;
-        if (RegOpenKeyExW(root, from, 0, KEY_READ, &source) != ERROR_SUCCESS) return;
-        if (RegCreateKeyExW(root, to, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &target, nullptr) ==
-            ERROR_SUCCESS) {
-            RegCopyTreeW(source, nullptr, target);
-            RegCloseKey(target);
-        }
-        RegCloseKey(source);
-    }
 };
 
 // Whether COM, asked for the designer by its ProgID, loads the DLL at path,
@@ -295,9 +256,9 @@ TEST_F(Installer, InstallsWhatTheOwnRegistrationWritesAndUninstallsToTheStateBef
                           registrationAreas()),
               "");
     std::map<std::wstring, std::string> expected = {
-        {L"HBAddin.dll", contents(exeFolder() + L"\\HBAddin.dll")},
+        {L"HBAddin.dll", test::readFile(exeFolder() + L"\\HBAddin.dll")},
         {L"HBPersonalSettingsSingle.exe",
-         contents(exeFolder() + L"\\HBPersonalSettingsSingle.exe")}};
+         test::readFile(exeFolder() + L"\\HBPersonalSettingsSingle.exe")}};
     EXPECT_TRUE(files(installFolder()) == expected) << "the installed files are the build's";
 
     {

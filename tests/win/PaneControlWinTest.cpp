@@ -22,13 +22,11 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <map>
 #include <string>
 #include <vector>
 
 #include "HBAddin_h.h"
 #include "win/ComTestSupport.h"
-#include "win/com/ComObject.h"
 
 namespace hb {
 namespace {
@@ -38,13 +36,7 @@ using com::ComPtr;
 constexpr wchar_t kChildVariable[] = L"HB_PANE_DISPLAY_CHILD";
 constexpr char kRecurrenceException[] = "IPM.OLE.CLASS.{00061055-0000-0000-C000-000000000046}";
 
-std::wstring testFolder() {
-    wchar_t path[MAX_PATH] = {};
-    GetModuleFileNameW(nullptr, path, MAX_PATH);
-    std::wstring p(path);
-    return p.substr(0, p.rfind(L'\\'));
-}
-
+using test::exeFolder;
 using test::unixPath;
 
 std::wstring text(HWND hwnd) {
@@ -88,97 +80,57 @@ void pumpMessages() {
 
 // ---------------------------------------------------------------- the appointment
 
-// What the pane reads and writes of an Outlook AppointmentItem, as a plain
-// automation object with a table of members.
-class FakeItem : public com::ComObject<FakeItem, IDispatch> {
-  public:
-    enum Member : DISPID { kCategories = 1, kSubject, kMessageClass, kParent, kSave };
+// What the pane reads and writes of an Outlook AppointmentItem: texts to
+// read and write, the Parent (an exception's series) and Save.
+struct FakeItem {
+    FakeItem() {
+        text(L"Categories", 1, categories, &categoryPuts);
+        text(L"Subject", 2, subject, nullptr);
+        text(L"MessageClass", 3, messageClass, nullptr);
+        server->member(L"Parent", 4, [this](WORD, std::vector<VARIANT*>&, VARIANT* r, EXCEPINFO*) {
+            if (!parent || !r) return DISP_E_MEMBERNOTFOUND;
+            V_VT(r) = VT_DISPATCH;
+            V_DISPATCH(r) = ComPtr<test::TestServer>(parent->server).detach();
+            return S_OK;
+        });
+        server->member(L"Save", 5, [this](WORD, std::vector<VARIANT*>&, VARIANT*, EXCEPINFO*) {
+            ++saves;
+            return S_OK;
+        });
+    }
+    FakeItem(const FakeItem&) = delete;
+    FakeItem& operator=(const FakeItem&) = delete;
 
+    ComPtr<test::TestServer> server = test::TestServer::create();
     std::wstring categories;
     std::wstring subject;
     std::wstring messageClass = L"IPM.Appointment";
-    ComPtr<FakeItem> parent;
+    FakeItem* parent = nullptr;
     std::vector<std::wstring> categoryPuts;
     int saves = 0;
 
-    ULONG references() {
-        AddRef();
-        return Release();
-    }
-
-    STDMETHODIMP GetTypeInfoCount(UINT* count) override {
-        *count = 0;
-        return S_OK;
-    }
-    STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo** info) override {
-        *info = nullptr;
-        return E_NOTIMPL;
-    }
-    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID, DISPID* ids) override {
-        static const std::map<std::wstring, DISPID> table = {
-            {L"categories", kCategories}, {L"subject", kSubject}, {L"messageclass", kMessageClass},
-            {L"parent", kParent},         {L"save", kSave},
-        };
-        HRESULT hr = S_OK;
-        for (UINT i = 0; i < count; ++i) {
-            std::wstring name = names[i];
-            for (wchar_t& c : name)
-                c = static_cast<wchar_t>(towlower(c));
-            auto it = table.find(name);
-            ids[i] = it == table.end() ? DISPID_UNKNOWN : it->second;
-            if (it == table.end()) hr = DISP_E_UNKNOWNNAME;
-        }
-        return hr;
-    }
-    STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* params, VARIANT* result,
-                        EXCEPINFO*, UINT*) override {
-        const bool put = (flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) != 0;
-        if (put) {
-            if (!params || params->cArgs != 1) return DISP_E_BADPARAMCOUNT;
-            VARIANT value;
-            VariantInit(&value);
-            if (FAILED(VariantChangeType(&value, &params->rgvarg[0], 0, VT_BSTR)))
-                return DISP_E_TYPEMISMATCH;
-            const std::wstring textValue(value.bstrVal, SysStringLen(value.bstrVal));
-            VariantClear(&value);
-            if (id == kCategories) {
-                categories = textValue;
-                categoryPuts.push_back(textValue);
-            } else if (id == kSubject) {
-                subject = textValue;
-            } else {
-                return DISP_E_MEMBERNOTFOUND;
-            }
-            return S_OK;
-        }
-        VARIANT ignored;
-        VARIANT* out = result ? result : &ignored;
-        VariantInit(out);
-        switch (id) {
-            case kCategories:
-                return textResult(categories, out);
-            case kSubject:
-                return textResult(subject, out);
-            case kMessageClass:
-                return textResult(messageClass, out);
-            case kParent:
-                if (!parent) return DISP_E_MEMBERNOTFOUND;
-                out->vt = VT_DISPATCH;
-                out->pdispVal = ComPtr<FakeItem>(parent).detach();
-                return S_OK;
-            case kSave:
-                ++saves;
-                return S_OK;
-            default:
-                return DISP_E_MEMBERNOTFOUND;
-        }
-    }
-
   private:
-    static HRESULT textResult(const std::wstring& value, VARIANT* out) {
-        out->vt = VT_BSTR;
-        out->bstrVal = SysAllocStringLen(value.data(), static_cast<UINT>(value.size()));
-        return S_OK;
+    void text(const wchar_t* name, DISPID id, std::wstring& field,
+              std::vector<std::wstring>* puts) {
+        server->member(name, id,
+                       [&field, puts](WORD flags, std::vector<VARIANT*>& args, VARIANT* result,
+                                      EXCEPINFO*) -> HRESULT {
+                           if (flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) {
+                               if (args.size() != 1) return DISP_E_BADPARAMCOUNT;
+                               VARIANT value;
+                               VariantInit(&value);
+                               if (FAILED(VariantChangeType(&value, args[0], 0, VT_BSTR)))
+                                   return DISP_E_TYPEMISMATCH;
+                               field.assign(value.bstrVal, SysStringLen(value.bstrVal));
+                               VariantClear(&value);
+                               if (puts) puts->push_back(field);
+                           } else if (result) {
+                               V_VT(result) = VT_BSTR;
+                               V_BSTR(result) =
+                                   SysAllocStringLen(field.data(), static_cast<UINT>(field.size()));
+                           }
+                           return S_OK;
+                       });
     }
 };
 
@@ -229,7 +181,7 @@ class PaneHosted : public ::testing::Test {
         ASSERT_TRUE(SUCCEEDED(OleInitialize(nullptr)));
         oleInitialized_ = true;
 
-        dll_ = LoadLibraryW((testFolder() + L"\\HBAddin.dll").c_str());
+        dll_ = LoadLibraryW((exeFolder() + L"\\HBAddin.dll").c_str());
         ASSERT_NE(dll_, nullptr);
         using GetClassObject = HRESULT(WINAPI*)(REFCLSID, REFIID, void**);
         auto getClassObject = function<GetClassObject>(dll_, "DllGetClassObject");
@@ -255,7 +207,7 @@ class PaneHosted : public ::testing::Test {
         static const bool initialized = init() != FALSE;
         ASSERT_TRUE(initialized);
 
-        item_ = FakeItem::create();
+        item_ = std::make_unique<FakeItem>();
     }
 
     void TearDown() override {
@@ -273,10 +225,9 @@ class PaneHosted : public ::testing::Test {
         frame_ = CreateWindowExW(0, L"STATIC", L"Hourbook for Outlook", WS_POPUP | WS_VISIBLE, 0, 0,
                                  width, height, nullptr, nullptr, nullptr, nullptr);
         ASSERT_NE(frame_, nullptr);
-        wchar_t clsid[64] = {};
-        StringFromGUID2(CLSID_Pane, clsid, 64);
-        container_ = CreateWindowExW(0, L"AtlAxWin", clsid, WS_CHILD | WS_VISIBLE, 0, 0, width,
-                                     height, frame_, nullptr, nullptr, nullptr);
+        container_ = CreateWindowExW(0, L"AtlAxWin", test::guidText(CLSID_Pane).c_str(),
+                                     WS_CHILD | WS_VISIBLE, 0, 0, width, height, frame_, nullptr,
+                                     nullptr, nullptr);
         ASSERT_NE(container_, nullptr);
         ComPtr<IUnknown> unknown;
         ASSERT_EQ(getControl_(container_, unknown.put()), S_OK);
@@ -292,7 +243,7 @@ class PaneHosted : public ::testing::Test {
     void show(FakeItem& item, const std::wstring& lists) {
         VARIANT appointment;
         appointment.vt = VT_DISPATCH;
-        appointment.pdispVal = &item;
+        appointment.pdispVal = item.server.get();
         ASSERT_EQ(put(L"objAppointment", appointment, DISPATCH_PROPERTYPUTREF), S_OK);
         VARIANT settings;
         settings.vt = VT_BSTR;
@@ -417,7 +368,7 @@ class PaneHosted : public ::testing::Test {
     HMODULE atl_ = nullptr;
     DWORD classCookie_ = 0;
     AtlAxGetControlFn getControl_ = nullptr;
-    ComPtr<FakeItem> item_;
+    std::unique_ptr<FakeItem> item_;
     HWND frame_ = nullptr;
     HWND container_ = nullptr;
     HWND pane_ = nullptr;
@@ -474,7 +425,7 @@ TEST_F(PaneHosted, FillsItsBoxesAndLaysThemOutAtEveryWidth) {
         EXPECT_FALSE(visible(combo));
 
     item_->categories = L"Globex" + listSeparator() + L" Smith";
-    ASSERT_NO_FATAL_FAILURE(show(*item_.get(), kThreeLists));
+    ASSERT_NO_FATAL_FAILURE(show(*item_, kThreeLists));
     const auto l = labels();
     const auto c = combos();
     ASSERT_EQ(l.size(), 3u);
@@ -510,7 +461,7 @@ TEST_F(PaneHosted, FillsItsBoxesAndLaysThemOutAtEveryWidth) {
     pick(c[1], L"Zo\u00EB");
     pumpMessages();
     EXPECT_EQ(selected(c[1]), L"Zo\u00EB");
-    EXPECT_TRUE(saveBitmap(frame_, testFolder() + L"\\pane.bmp"));
+    EXPECT_TRUE(saveBitmap(frame_, exeFolder() + L"\\pane.bmp"));
 
     resize(90, 600);
     expectLaidOut(90, false);
@@ -525,17 +476,17 @@ TEST_F(PaneHosted, APickWritesTheChoiceIntoTheAppointmentOrItsSeries) {
     };
     for (const Case& k : {Case{"appointment", false}, Case{"recurrence exception", true}}) {
         SCOPED_TRACE(k.name);
-        ComPtr<FakeItem> item = FakeItem::create();
-        ComPtr<FakeItem> series = FakeItem::create();
+        auto item = std::make_unique<FakeItem>();
+        auto series = std::make_unique<FakeItem>();
         item->categories = L"Acme";
         series->categories = L"Initech" + listSeparator() + L"Zo\u00EB";
         if (k.exception) {
             item->messageClass = std::wstring(
                 kRecurrenceException, kRecurrenceException + sizeof(kRecurrenceException) - 1);
-            item->parent = series;
+            item->parent = series.get();
         }
         ASSERT_NO_FATAL_FAILURE(host(185, 600));
-        ASSERT_NO_FATAL_FAILURE(show(*item.get(), kThreeLists));
+        ASSERT_NO_FATAL_FAILURE(show(*item, kThreeLists));
         const auto c = combos();
         ASSERT_EQ(c.size(), 3u);
 
@@ -545,8 +496,8 @@ TEST_F(PaneHosted, APickWritesTheChoiceIntoTheAppointmentOrItsSeries) {
         EXPECT_EQ(selected(c[1]), k.exception ? L"Zo\u00EB" : L"");
 
         pick(c[2], L"Travel");
-        FakeItem& written = k.exception ? *series.get() : *item.get();
-        FakeItem& untouched = k.exception ? *item.get() : *series.get();
+        FakeItem& written = k.exception ? *series : *item;
+        FakeItem& untouched = k.exception ? *item : *series;
         // The billing information text: every chosen value after the
         // user's separator.
         const std::wstring sep = listSeparator();
@@ -563,13 +514,13 @@ TEST_F(PaneHosted, APickWritesTheChoiceIntoTheAppointmentOrItsSeries) {
         frame_ = nullptr;
         control_.reset();
         pumpMessages();
-        EXPECT_EQ(item->references(), 1u);
+        EXPECT_EQ(test::refCount(item->server.get()), 1u);
     }
 }
 
 TEST_F(PaneHosted, TabMovesBetweenTheVisibleBoxes) {
     ASSERT_NO_FATAL_FAILURE(host(185, 600));
-    ASSERT_NO_FATAL_FAILURE(show(*item_.get(), L"Company:Acme;Globex;\r\nPerson:Jones;Smith;\r\n"));
+    ASSERT_NO_FATAL_FAILURE(show(*item_, L"Company:Acme;Globex;\r\nPerson:Jones;Smith;\r\n"));
     const auto c = combos();
     ASSERT_EQ(c.size(), 3u);
     EXPECT_FALSE(visible(c[2])) << "two lists: the third box stays hidden";
@@ -599,7 +550,7 @@ TEST_F(PaneHosted, TabMovesBetweenTheVisibleBoxes) {
 
 TEST(PaneControlXvfb, RunsTheHostedTestsUnderAnXServerOfTheirOwn) {
     if (const char* why = test::xvfbRerunUnavailable(kChildVariable)) GTEST_SKIP() << why;
-    const std::wstring folder = testFolder();
+    const std::wstring folder = exeFolder();
     DeleteFileW((folder + L"\\pane.bmp").c_str());
     // The picture the hosted tests take becomes the README's PNG.
     const std::string bmp = unixPath(folder + L"\\pane.bmp");

@@ -21,7 +21,6 @@
 #include <windows.h>
 
 #include <cstdio>
-#include <functional>
 #include <map>
 
 #include "win/ComTestSupport.h"
@@ -32,12 +31,7 @@ namespace {
 constexpr wchar_t kChildVariable[] = L"HB_SETTINGS_DISPLAY_CHILD";
 constexpr wchar_t kKey[] = L"Software\\Brindlewood\\Hourbook for Outlook\\Settings";
 
-std::wstring exeFolder() {
-    wchar_t path[MAX_PATH] = {};
-    GetModuleFileNameW(nullptr, path, MAX_PATH);
-    std::wstring p(path);
-    return p.substr(0, p.rfind(L'\\'));
-}
+using test::exeFolder;
 
 // Every value of the settings key as name -> text (REG_SZ only), read by
 // Windows; nullopt: no key.
@@ -65,48 +59,12 @@ struct Outcome {
     std::string err;
 };
 
-// Runs the program with arguments, stderr into a pipe.
+// Runs the program with arguments, its output collected.
 Outcome run(const std::wstring& arguments) {
-    SECURITY_ATTRIBUTES sa{sizeof(sa), nullptr, TRUE};
-    HANDLE readEnd = nullptr, writeEnd = nullptr;
     Outcome r;
-    if (!CreatePipe(&readEnd, &writeEnd, &sa, 0)) return r;
-    SetHandleInformation(readEnd, HANDLE_FLAG_INHERIT, 0);
-    STARTUPINFOW si{};
-    si.cb = sizeof(si);
-    si.dwFlags = STARTF_USESTDHANDLES;
-    si.hStdError = writeEnd;
-    si.hStdOutput = writeEnd;
-    si.hStdInput = GetStdHandle(STD_INPUT_HANDLE);
-    PROCESS_INFORMATION pi{};
-    std::wstring command = L"\"" + exeFolder() + L"\\HBPersonalSettingsSingle.exe\" " + arguments;
-    const BOOL started = CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr,
-                                        nullptr, &si, &pi);
-    CloseHandle(writeEnd);
-    if (started) {
-        char buffer[4096];
-        DWORD n = 0;
-        while (ReadFile(readEnd, buffer, sizeof buffer, &n, nullptr) && n > 0)
-            r.err.append(buffer, n);
-        WaitForSingleObject(pi.hProcess, INFINITE);
-        GetExitCodeProcess(pi.hProcess, &r.exitCode);
-        CloseHandle(pi.hThread);
-        CloseHandle(pi.hProcess);
-    }
-    CloseHandle(readEnd);
+    r.exitCode = test::runProgram(
+        L"\"" + exeFolder() + L"\\HBPersonalSettingsSingle.exe\" " + arguments, 60000, &r.err);
     return r;
-}
-
-std::string readAll(const std::wstring& path) {
-    std::string bytes;
-    if (FILE* f = _wfopen(path.c_str(), L"rb")) {
-        char buffer[4096];
-        std::size_t n = 0;
-        while ((n = std::fread(buffer, 1, sizeof buffer, f)) > 0)
-            bytes.append(buffer, n);
-        std::fclose(f);
-    }
-    return bytes;
 }
 
 void writeAll(const std::wstring& path, const std::string& bytes) {
@@ -135,7 +93,6 @@ class SettingsAppDialog : public ::testing::Test {
         deleteSettings();
     }
 
-  public:  // the table-driven test's inputs use these too
     // The dialog as the program opens it: the stored settings (the
     // construction defaults on a first start) in an editor.
     void open() {
@@ -303,70 +260,37 @@ TEST_F(SettingsAppDialog, CancelAndEscapeWriteNothing) {
 }
 
 TEST_F(SettingsAppDialog, EachRefusedInputShowsItsMessageAndWritesNothing) {
+    // Each: a text typed into a field, then a button pressed; the focus
+    // goes back to the field.
     struct Case {
         const char* what;
-        std::function<void(SettingsAppDialog&)> input;
+        int field;
+        const wchar_t* text;
+        int button;
         std::wstring says;
-        int focus;  // the control that gets the focus back
     };
     const Case cases[] = {
-        {"empty list name", [](SettingsAppDialog& t) { t.click(IDC_ADDLIST); },
-         L"must not be empty", IDC_LISTNAME},
-        {"colon in a list name", [](SettingsAppDialog& t) { t.addList(L"Customer:VIP", {}); },
-         L"\":\"", IDC_LISTNAME},
-        {"list named twice", [](SettingsAppDialog& t) { t.addList(L"CUSTOMER", {}); }, L"doubles",
-         IDC_LISTNAME},
-        {"semicolon in an entry",
-         [](SettingsAppDialog& t) {
-             t.type(IDC_ENTRYNAME, L"Acme;Globex");
-             t.click(IDC_ADDENTRY);
-         },
-         L"\";\"", IDC_ENTRYNAME},
-        {"list separator in an entry",
-         [](SettingsAppDialog& t) {
-             t.type(IDC_ENTRYNAME, L"Acme,Globex");
-             t.click(IDC_ADDENTRY);
-         },
-         L"list separator", IDC_ENTRYNAME},
-        {"entry twice",
-         [](SettingsAppDialog& t) {
-             t.type(IDC_ENTRYNAME, L"acme");
-             t.click(IDC_ADDENTRY);
-         },
-         L"doubles", IDC_ENTRYNAME},
-        {"rate not a number",
-         [](SettingsAppDialog& t) {
-             t.type(IDC_RATE, L"ninety");
-             t.click(IDOK);
-         },
-         L"Personal hourly rate", IDC_RATE},
-        {"empty folder",
-         [](SettingsAppDialog& t) {
-             t.type(IDC_VALUE, L"");
-             t.click(IDOK);
-         },
-         L"Access database folder", IDC_VALUE},
-        {"hours out of range",
-         [](SettingsAppDialog& t) {
-             t.type(IDC_CONVERTHOURS, L"25");
-             t.click(IDOK);
-         },
-         L"Convert full days to hours", IDC_CONVERTHOURS},
-        {"lunch not a number",
-         [](SettingsAppDialog& t) {
-             t.type(IDC_LUNCHHOURS, L"-0.5");
-             t.click(IDOK);
-         },
-         L"Remove lunch", IDC_LUNCHHOURS},
+        {"empty list name", IDC_LISTNAME, L"", IDC_ADDLIST, L"must not be empty"},
+        {"colon in a list name", IDC_LISTNAME, L"Customer:VIP", IDC_ADDLIST, L"\":\""},
+        {"list named twice", IDC_LISTNAME, L"CUSTOMER", IDC_ADDLIST, L"doubles"},
+        {"semicolon in an entry", IDC_ENTRYNAME, L"Acme;Globex", IDC_ADDENTRY, L"\";\""},
+        {"list separator in an entry", IDC_ENTRYNAME, L"Acme,Globex", IDC_ADDENTRY,
+         L"list separator"},
+        {"entry twice", IDC_ENTRYNAME, L"acme", IDC_ADDENTRY, L"doubles"},
+        {"rate not a number", IDC_RATE, L"ninety", IDOK, L"Personal hourly rate"},
+        {"empty folder", IDC_VALUE, L"", IDOK, L"Access database folder"},
+        {"hours out of range", IDC_CONVERTHOURS, L"25", IDOK, L"Convert full days to hours"},
+        {"lunch not a number", IDC_LUNCHHOURS, L"-0.5", IDOK, L"Remove lunch"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
         open();
         addList(L"Customer", {L"Acme"});
-        c.input(*this);
+        type(c.field, c.text);
+        click(c.button);
         ASSERT_EQ(boxes_->count(), 1);
         EXPECT_NE(boxes_->texts()[0].find(c.says), std::wstring::npos);
-        EXPECT_EQ(GetFocus(), item(c.focus));
+        EXPECT_EQ(GetFocus(), item(c.field));
         EXPECT_TRUE(IsWindow(dialog_)) << "the dialog stays open";
         EXPECT_EQ(rows(IDC_LISTS), std::vector<std::wstring>{L"Customer"});
         EXPECT_EQ(rows(IDC_ENTRIES), std::vector<std::wstring>{L"Acme"});
@@ -442,41 +366,37 @@ TEST_F(SettingsAppCommandLine, ImportThenExportRoundTripsTheBody) {
     DeleteFileW(file_.c_str());
     const Outcome exported = run(L"/EXPORT \"" + file_ + L"\"");
     EXPECT_EQ(exported.exitCode, 0u) << exported.err;
-    EXPECT_EQ(readAll(file_), body);
+    EXPECT_EQ(test::readFile(file_), body);
 }
 
 TEST_F(SettingsAppCommandLine, RefusedImportsSayWhyAndWriteNothing) {
     const std::string head = "2\r\nC:\\Data\\\r\n0\r\nFalse\r\nFalse\r\nFalse\r\n";
+    const std::wstring import = L"/import \"" + file_ + L"\"";
     writeAll(file_, head + "Customer:Acme;\r\n");
-    ASSERT_EQ(run(L"/import \"" + file_ + L"\"").exitCode, 0u);
+    ASSERT_EQ(run(import).exitCode, 0u);
     const auto before = registry();
-
     struct Case {
         const char* what;
-        std::string file;
+        std::string file;  // written to file_ first
+        std::wstring arguments;
         std::string says;
     };
     const Case cases[] = {
-        {"entry twice", head + "Customer:Acme;ACME;\r\n", "Line 7"},
-        {"no final line break", head + "Customer:Acme;", "last line"},
-        {"rate not a number", "2\r\nC:\\\r\nlots\r\nFalse\r\nFalse\r\nFalse\r\n", "Line 3"},
+        {"entry twice", head + "Customer:Acme;ACME;\r\n", import, "Line 7"},
+        {"no final line break", head + "Customer:Acme;", import, "last line"},
+        {"rate not a number", "2\r\nC:\\\r\nlots\r\nFalse\r\nFalse\r\nFalse\r\n", import, "Line 3"},
+        {"missing file", "", L"/import \"" + exeFolder() + L"\\no-such-file.txt\"",
+         "Could not read"},
+        {"unknown switch", "", L"/frobnicate", "Usage"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
         writeAll(file_, c.file);
-        const Outcome r = run(L"/import \"" + file_ + L"\"");
+        const Outcome r = run(c.arguments);
         EXPECT_NE(r.exitCode, 0u);
         EXPECT_NE(r.err.find(c.says), std::string::npos) << r.err;
         EXPECT_EQ(registry(), before);
     }
-
-    const Outcome missing = run(L"/import \"" + exeFolder() + L"\\no-such-file.txt\"");
-    EXPECT_NE(missing.exitCode, 0u);
-    EXPECT_NE(missing.err.find("Could not read"), std::string::npos) << missing.err;
-    const Outcome usage = run(L"/frobnicate");
-    EXPECT_NE(usage.exitCode, 0u);
-    EXPECT_NE(usage.err.find("Usage"), std::string::npos) << usage.err;
-    EXPECT_EQ(registry(), before);
 }
 
 // ---------------------------------------------------------------- under Xvfb

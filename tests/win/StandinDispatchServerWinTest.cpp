@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "ComTestSupport.h"
 #include "common/AutomationError.h"
 #include "common/DispatchObject.h"
 #include "win/com/ComObject.h"
@@ -99,18 +100,11 @@ TEST_F(DispatchServer, MembersTypeNameAndErrorsAsTheClientSeesThem) {
             {u"NoSuchThing", {}, err::NoSuchMember},
         };
         for (Case& c : cases) {
-            try {
-                client->call(c.member, c.args);
-                ADD_FAILURE() << "no error from " << toUtf8(c.member);
-            } catch (const AutomationError& e) {
-                EXPECT_EQ(e.number(), c.number) << toUtf8(c.member);
-            }
+            const auto e = test::raisedBy([&] { client->call(c.member, c.args); });
+            ASSERT_TRUE(e) << toUtf8(c.member);
+            EXPECT_EQ(e->number(), c.number) << toUtf8(c.member);
         }
-        try {
-            client->call(u"Fail");
-        } catch (const AutomationError& e) {
-            EXPECT_EQ(e.description(), u"Not found here");
-        }
+        EXPECT_EQ(test::raisedBy([&] { client->call(u"Fail"); })->description(), u"Not found here");
 
         // The same object comes back as the same COM object, and goes back
         // as the portable object it is.

@@ -19,13 +19,6 @@
 
 namespace {
 
-std::wstring folderOfThisProgram() {
-    wchar_t path[MAX_PATH * 4] = {};
-    GetModuleFileNameW(nullptr, path, MAX_PATH * 4);
-    std::wstring p = path;
-    return p.substr(0, p.find_last_of(L"\\/"));
-}
-
 DWORD run(const std::wstring& command) {
     return hb::test::runProgram(command, 120000);
 }
@@ -33,13 +26,13 @@ DWORD run(const std::wstring& command) {
 class StandinSession : public ::testing::Test {
   protected:
     static void SetUpTestSuite() {
-        ASSERT_EQ(run(L"regsvr32.exe /s \"" + folderOfThisProgram() + L"\\HBAddin.dll\""), 0u);
+        ASSERT_EQ(run(L"regsvr32.exe /s \"" + hb::test::exeFolder() + L"\\HBAddin.dll\""), 0u);
     }
     static void TearDownTestSuite() {
-        run(L"regsvr32.exe /s /u \"" + folderOfThisProgram() + L"\\HBAddin.dll\"");
+        run(L"regsvr32.exe /s /u \"" + hb::test::exeFolder() + L"\\HBAddin.dll\"");
     }
     static DWORD standin(const std::wstring& arguments) {
-        return run(L"\"" + folderOfThisProgram() + L"\\hb_standin.exe\" " + arguments);
+        return run(L"\"" + hb::test::exeFolder() + L"\\hb_standin.exe\" " + arguments);
     }
     static DWORD startAndQuit(int version) {
         return standin(L"--version " + std::to_wstring(version) + L" --startup-only");

@@ -209,10 +209,14 @@ int main() {
 
     // ---- the LANGUAGE resource
     checkLanguage(addin.resource(u"CUSTOM", u"LANGUAGE"), "");
+    check(addin.resource(u"custom", u"language").has_value() &&
+              !addin.resource(u"CUSTOM", u"NOSUCH").has_value(),
+          "resource names in any letter case; a missing one is none");
 
     // ---- read-only platform services
     Win32Platform p;
-    check(!addin.moduleFolder().empty(), "module folder", u8(addin.moduleFolder()));
+    check(addin.fileExists(addin.moduleFolder() + u"\\HBAddin.dll"), "module folder",
+          u8(addin.moduleFolder()));
     const auto docs = p.specialFolder(win::CsidlPersonal);
     check(docs && !docs->empty() && p.folderExists(*docs), "documents folder (CSIDL 5)",
           docs ? u8(*docs) : "");
