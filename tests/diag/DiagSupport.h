@@ -96,9 +96,8 @@ inline Str fullEnglishTable() {
 }
 
 // The platform, a simulated Outlook and a session on them.
-class DiagTest : public ::testing::Test {
-  protected:
-    DiagTest() {
+struct DiagEnv {
+    DiagEnv() {
         platform.setWindowsVersion({true, 2, 5, 1});
         platform.setAddinVersion({4, 0, 12});
         outlook.version = u"11.0.8169";
@@ -126,5 +125,7 @@ class DiagTest : public ::testing::Test {
     sim::Outlook outlook;
     hb::Session s{platform};
 };
+
+class DiagTest : public ::testing::Test, public DiagEnv {};
 
 }  // namespace hbtest

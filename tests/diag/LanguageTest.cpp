@@ -44,22 +44,17 @@ TEST(LanguageChoiceTest, LocaleTable) {
     }
 }
 
-TEST(LanguageChoiceTest, TheSystemLocaleDecides) {
+TEST(LanguageChoiceTest, TheSystemLocaleDecidesNotTheUsers) {
     hb::MemoryPlatform p;
     hb::Session s{p};
     p.setSystemDefaultLcid(1031);
+    hb::Locale english = hb::Locale::enUS();
+    p.setUserLocale(english);
     EXPECT_EQ(hb::fncGetlocalLanguage(s), German);
-    p.setSystemDefaultLcid(1046);
-    EXPECT_EQ(hb::fncGetlocalLanguage(s), English);
-    p.setSystemDefaultLcid(2070);
-    EXPECT_EQ(hb::fncGetlocalLanguage(s), Portuguese);
-    p.setSystemDefaultLcid(66567);
-    EXPECT_EQ(hb::fncGetlocalLanguage(s), English);
-    // The user's locale plays no part.
+    p.setSystemDefaultLcid(1033);
     hb::Locale fr;
     fr.listSeparator = u";";
     p.setUserLocale(fr);
-    p.setSystemDefaultLcid(1033);
     EXPECT_EQ(hb::fncGetlocalLanguage(s), English);
 }
 
@@ -121,19 +116,54 @@ class ReadPhrasesTest : public DiagTest {
     }
 };
 
-TEST_F(ReadPhrasesTest, ChosenColumnWithEnglishFallback) {
-    setLanguageTable(tableText({
-        tableLine(u"LNGABOUT", {{4, u"About"}, {7, u"Info"}}),
-        tableLine(u"LNGADD", {{4, u"Add"}}),
-        tableLine(u"LNGALL", {}),
-    }));
-    hb::subReadPhrases(s, German, false);
-    EXPECT_TRUE(boxes().empty());
-    EXPECT_EQ(keys(), (std::vector<Str>{u"LNGABOUT", u"LNGADD", u"LNGALL"}));
-    EXPECT_EQ(phrase(u"LNGABOUT"), u"Info");
-    EXPECT_EQ(phrase(u"LNGADD"), u"Add");  // empty German cell: English
-    EXPECT_EQ(phrase(u"LNGALL"), u"");     // empty English too: empty
-    EXPECT_EQ(hb::fncGetLastTrace(s), u"Reading language phrases from resource file");
+TEST_F(ReadPhrasesTest, ChosenColumnEnglishFallbackAndReportedLines) {
+    struct Case {
+        const char* what;
+        std::vector<Str> lines;  // none: no resource
+        std::int16_t language;
+        std::vector<std::pair<Str, Str>> phrases;  // the keys in order, their texts
+        Str reported;                              // the error number in the one report, or none
+    } cases[] = {
+        {"chosen column, English fallback",
+         {tableLine(u"LNGABOUT", {{4, u"About"}, {7, u"Info"}}),
+          tableLine(u"LNGADD", {{4, u"Add"}}), tableLine(u"LNGALL", {})},
+         German,
+         {{u"LNGABOUT", u"Info"}, {u"LNGADD", u"Add"}, {u"LNGALL", u""}},
+         u""},
+        {"short line keeps the previous text",
+         {tableLine(u"LNGABOUT", {{4, u"About"}, {7, u"Info"}}),
+          u"LNGADD\tPridat\tTilfoej\tToevoegen\tAdd",  // five fields: no German
+          tableLine(u"LNGALL", {{4, u"All"}, {7, u"Alle"}})},
+         German,
+         {{u"LNGABOUT", u"Info"}, {u"LNGADD", u"Info"}, {u"LNGALL", u"Alle"}},
+         u"\r\n#9\r\n"},
+        {"repeated key: the first stays",
+         {tableLine(u"LNGOK", {{4, u"OK"}}), tableLine(u"lngok", {{4, u"Okay"}}),
+          tableLine(u"LNGTO", {{4, u"To"}})},
+         English,
+         {{u"LNGOK", u"OK"}, {u"LNGTO", u"To"}},
+         u"\r\n#457\r\n"},
+        {"no resource", {}, English, {}, u" : subReadPhrases \r\n"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        DiagEnv env;
+        if (!c.lines.empty()) env.setLanguageTable(tableText(c.lines));
+        hb::subReadPhrases(env.s, c.language, false);
+        ASSERT_TRUE(env.s.colPhrases);
+        std::vector<std::pair<Str, Str>> got;
+        for (const auto& p : *env.s.colPhrases)
+            got.emplace_back(p->LangConstant, p->LangPhrase);
+        EXPECT_EQ(got, c.phrases);
+        if (c.reported.empty()) {
+            EXPECT_TRUE(env.boxes().empty());
+            EXPECT_EQ(hb::fncGetLastTrace(env.s), u"Reading language phrases from resource file");
+        } else {
+            ASSERT_EQ(env.boxes().size(), 1u);
+            EXPECT_NE(env.boxes()[0].text.find(c.reported), Str::npos);
+            EXPECT_NE(env.boxes()[0].text.find(u" : subReadPhrases \r\n"), Str::npos);
+        }
+    }
 }
 
 TEST_F(ReadPhrasesTest, LeadingMarkOrQuestionMarkAndTheUnterminatedLastLine) {
@@ -189,35 +219,6 @@ TEST_F(ReadPhrasesTest, ApostrophesRemovedDoubleQuotesKept) {
     EXPECT_EQ(phrase(u"LNGHIDEPERSONALMORE"), u"Hide More in personal settings");
 }
 
-TEST_F(ReadPhrasesTest, ShortLineKeepsThePreviousText) {
-    setLanguageTable(tableText({
-        tableLine(u"LNGABOUT", {{4, u"About"}, {7, u"Info"}}),
-        u"LNGADD\tPridat\tTilfoej\tToevoegen\tAdd",  // five fields: no German
-        tableLine(u"LNGALL", {{4, u"All"}, {7, u"Alle"}}),
-    }));
-    hb::subReadPhrases(s, German, false);
-    EXPECT_EQ(keys(), (std::vector<Str>{u"LNGABOUT", u"LNGADD", u"LNGALL"}));
-    EXPECT_EQ(phrase(u"LNGADD"), u"Info");
-    EXPECT_EQ(phrase(u"LNGALL"), u"Alle");
-    ASSERT_EQ(boxes().size(), 1u);
-    EXPECT_NE(boxes()[0].text.find(u"\r\n#9\r\n"), Str::npos);
-    EXPECT_NE(boxes()[0].text.find(u" : subReadPhrases \r\n"), Str::npos);
-}
-
-TEST_F(ReadPhrasesTest, RepeatedKeyIsReportedAndTheFirstStays) {
-    setLanguageTable(tableText({
-        tableLine(u"LNGOK", {{4, u"OK"}}),
-        tableLine(u"lngok", {{4, u"Okay"}}),
-        tableLine(u"LNGTO", {{4, u"To"}}),
-    }));
-    hb::subReadPhrases(s, English, false);
-    EXPECT_EQ(keys(), (std::vector<Str>{u"LNGOK", u"LNGTO"}));
-    EXPECT_EQ(phrase(u"LNGOK"), u"OK");
-    ASSERT_EQ(boxes().size(), 1u);
-    EXPECT_NE(boxes()[0].text.find(u"\r\n#457\r\n"), Str::npos);
-    EXPECT_NE(boxes()[0].text.find(u" : subReadPhrases \r\n"), Str::npos);
-}
-
 TEST_F(ReadPhrasesTest, EachLoadMakesANewCollection) {
     setLanguageTable(tableText({tableLine(u"LNGOK", {{4, u"OK"}})}));
     hb::subReadPhrases(s, English, false);
@@ -226,14 +227,6 @@ TEST_F(ReadPhrasesTest, EachLoadMakesANewCollection) {
     EXPECT_NE(s.colPhrases, first);
     EXPECT_EQ(s.colPhrases->count(), 1);
     EXPECT_TRUE(boxes().empty());
-}
-
-TEST_F(ReadPhrasesTest, MissingResourceIsReported) {
-    hb::subReadPhrases(s, English, false);
-    ASSERT_EQ(boxes().size(), 1u);
-    EXPECT_NE(boxes()[0].text.find(u" : subReadPhrases \r\n"), Str::npos);
-    ASSERT_TRUE(s.colPhrases);
-    EXPECT_EQ(s.colPhrases->count(), 0);
 }
 
 TEST_F(ReadPhrasesTest, AnsiText) {
@@ -320,11 +313,11 @@ TEST_F(ShippedTableTest, EveryKeyLoadsInEverySelectableColumn) {
     }
 }
 
-TEST_F(ShippedTableTest, EnglishTexts) {
-    hb::LoadLanguages(s, English);
-    ASSERT_TRUE(boxes().empty());
+TEST_F(ShippedTableTest, TheSystemLocaleChoosesTheTexts) {
+    platform.setSystemDefaultLcid(1046);  // Brazil: English
+    hb::LoadLanguages(s, hb::fncGetlocalLanguage(s));
     const hb::Phrases& p = s.phrases;
-    EXPECT_EQ(p.LNGREPORT, u"Report");
+    EXPECT_EQ(p.LNGADD, u"Add");
     EXPECT_EQ(p.LNGERRINAPP, u"There has been an error in this application.");
     // Apostrophes never reach the user; the literal marker stays as it stands.
     EXPECT_EQ(p.LNGHIDEPERSONALMORE, u"Hide More in personal settings");
@@ -332,20 +325,13 @@ TEST_F(ShippedTableTest, EnglishTexts) {
               u"Unable to set that chart type for this chart!\" & vbCrLf & "
               u"\"Please select another type.");
     EXPECT_NE(p.LNGSENDMEEMAIL.find(hb::kSupportEmail), Str::npos);
-}
 
-TEST_F(ShippedTableTest, LocaleChoosesTheTexts) {
+    hb::Session germany{platform};
     platform.setSystemDefaultLcid(1031);
-    hb::LoadLanguages(s, hb::fncGetlocalLanguage(s));
-    EXPECT_EQ(s.phrases.LNGADD, u"Hinzufügen");
-    EXPECT_EQ(s.phrases.LNGREPORT, s.colPhrases->item(u"LNGREPORT")->LangPhrase);
-    EXPECT_NE(s.phrases.LNGERRINAPP, u"There has been an error in this application.");
-
-    hb::Session brazil{platform};
-    platform.setSystemDefaultLcid(1046);
-    hb::LoadLanguages(brazil, hb::fncGetlocalLanguage(brazil));
-    EXPECT_EQ(brazil.phrases.LNGADD, u"Add");
-    EXPECT_EQ(brazil.phrases.LNGERRINAPP, u"There has been an error in this application.");
+    hb::LoadLanguages(germany, hb::fncGetlocalLanguage(germany));
+    EXPECT_EQ(germany.phrases.LNGADD, u"Hinzufügen");
+    EXPECT_EQ(germany.phrases.LNGREPORT, germany.colPhrases->item(u"LNGREPORT")->LangPhrase);
+    EXPECT_NE(germany.phrases.LNGERRINAPP, p.LNGERRINAPP);
     EXPECT_TRUE(boxes().empty());
 }
 #endif

@@ -13,51 +13,48 @@ namespace {
 using hb::win::MbIconCritical;
 using hb::win::MbOk;
 
-class OutlookCodeTest : public DiagTest {
-  protected:
+struct OutlookEnv : DiagEnv {
     void setMailboxName(const Str& name) { outlook.defaultStore().root->name = name; }
     Str userName() {
         connect();
         return hb::fncGetUserName(s);
     }
 };
+class OutlookCodeTest : public ::testing::Test, public OutlookEnv {};
 
 // ---- the user's name ----
 
-TEST_F(OutlookCodeTest, NameAfterTheDash) {
-    EXPECT_EQ(userName(), u"John Smith");
-    EXPECT_EQ(s.strCurrentUser, u"John Smith");
-    EXPECT_EQ(outlook.instruments().count(u"NameSpace", u"GetDefaultFolder"), 1u);
-}
-
-TEST_F(OutlookCodeTest, GermanMailbox) {
-    setMailboxName(u"Postfach - Hans Müller");
-    EXPECT_EQ(userName(), u"Hans Müller");
-}
-
-TEST_F(OutlookCodeTest, NameIsTrimmed) {
-    setMailboxName(u"Mailbox -   Jane Doe  ");
-    EXPECT_EQ(userName(), u"Jane Doe");
-}
-
-TEST_F(OutlookCodeTest, NameWithCommaIsTakenWhole) {
-    setMailboxName(u"Smith, John");
-    EXPECT_EQ(userName(), u"Smith, John");
-}
-
-TEST_F(OutlookCodeTest, PersonalFoldersGiveTheWindowsUser) {
-    setMailboxName(u"Personal Folders");
-    platform.setEnvironment(u"USERNAME", u"jsmith");
-    EXPECT_EQ(userName(), u"jsmith");
-    EXPECT_EQ(platform.componentAttempts(),
-              std::vector<hb::ScriptComponent>{hb::ScriptComponent::Shell});
-}
-
-TEST_F(OutlookCodeTest, MailboxNameLeavesAnEarlierNameAlone) {
-    setMailboxName(u"Personal Folders");
-    s.strCurrentUser = u"Earlier";
-    EXPECT_EQ(userName(), u"Earlier");
-    EXPECT_TRUE(platform.componentAttempts().empty());
+TEST(OutlookCodeNameTest, FromTheMailboxNameOrTheWindowsUser) {
+    struct Case {
+        Str mailbox;
+        Str earlier;  // a name the session already holds
+        bool noShell;
+        Str name;
+    } cases[] = {
+        {u"Mailbox - John Smith", u"", false, u"John Smith"},
+        {u"Postfach - Hans Müller", u"", false, u"Hans Müller"},
+        {u"Mailbox -   Jane Doe  ", u"", false, u"Jane Doe"},
+        {u"Smith, John", u"", false, u"Smith, John"},  // no dash: taken whole
+        {u"Personal Folders", u"", false, u"jsmith"},  // the Windows user
+        {u"Personal Folders", u"Earlier", false, u"Earlier"},
+        {u"Personal Folders", u"", true, u""},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(hb::toUtf8(c.mailbox + u"/" + c.earlier));
+        OutlookEnv t;
+        t.setMailboxName(c.mailbox);
+        t.platform.setEnvironment(u"USERNAME", u"jsmith");
+        t.s.strCurrentUser = c.earlier;
+        if (c.noShell) t.platform.failComponent(hb::ScriptComponent::Shell);
+        EXPECT_EQ(t.userName(), c.name);
+        EXPECT_EQ(t.s.strCurrentUser, c.name);
+        EXPECT_EQ(t.outlook.instruments().count(u"NameSpace", u"GetDefaultFolder"), 1u);
+        // The shell is asked only for a name the mailbox does not give.
+        const bool asksWindows = c.mailbox == u"Personal Folders" && c.earlier.empty();
+        EXPECT_EQ(t.platform.componentAttempts().size(), asksWindows ? 1u : 0u);
+        EXPECT_TRUE(t.boxes().empty());
+        EXPECT_FALSE(t.s.err);
+    }
 }
 
 TEST_F(OutlookCodeTest, MailboxFailureIsReportedAndTheWindowsUserTaken) {
@@ -67,14 +64,6 @@ TEST_F(OutlookCodeTest, MailboxFailureIsReportedAndTheWindowsUserTaken) {
     ASSERT_EQ(boxes().size(), 1u);
     EXPECT_NE(boxes()[0].text.find(u" : subGetSafeMailboxName \r\n"), Str::npos);
     EXPECT_EQ(hb::fncGetLastTrace(s), u"Getting current user full name from mailbox name");
-    EXPECT_FALSE(s.err);
-}
-
-TEST_F(OutlookCodeTest, WithoutShellTheNameStaysEmpty) {
-    setMailboxName(u"Personal Folders");
-    platform.failComponent(hb::ScriptComponent::Shell);
-    EXPECT_EQ(userName(), u"");
-    EXPECT_TRUE(boxes().empty());
     EXPECT_FALSE(s.err);
 }
 
@@ -114,7 +103,14 @@ TEST_F(OutlookCodeTest, VersionIsCached) {
     EXPECT_EQ(outlook.instruments().count(u"Version"), 1u);
 }
 
-TEST_F(OutlookCodeTest, VersionWithoutDotRaises) {
+TEST_F(OutlookCodeTest, MajorFromVersionAndAVersionWithoutDot) {
+    Str v = u"12.0.4518.1014";
+    EXPECT_EQ(hb::fncMajorFromVersion(v), 12);
+    EXPECT_EQ(v, u"12");
+    v = u"9.0.0.2711";
+    EXPECT_EQ(hb::fncMajorFromVersion(v), 9);
+    v = u"";
+    EXPECT_THROW(hb::fncMajorFromVersion(v), hb::AutomationError);
     connect();
     outlook.version = u"12";
     try {
@@ -124,16 +120,6 @@ TEST_F(OutlookCodeTest, VersionWithoutDotRaises) {
         EXPECT_EQ(e.number(), 5);
     }
     EXPECT_EQ(s.intOutlookVersion, 0);
-}
-
-TEST_F(OutlookCodeTest, MajorFromVersion) {
-    Str v = u"12.0.4518.1014";
-    EXPECT_EQ(hb::fncMajorFromVersion(v), 12);
-    EXPECT_EQ(v, u"12");
-    v = u"9.0.0.2711";
-    EXPECT_EQ(hb::fncMajorFromVersion(v), 9);
-    v = u"";
-    EXPECT_THROW(hb::fncMajorFromVersion(v), hb::AutomationError);
 }
 
 TEST_F(OutlookCodeTest, VersionStartsOutlookWhenNotHeld) {

@@ -25,34 +25,34 @@ TEST_F(TraceLogTest, SwitchIsOffAtLoadUnlessBuiltWithTrace) {
 #endif
 }
 
-TEST_F(TraceLogTest, RemembersTheLastTextWithTheSwitchOff) {
+TEST_F(TraceLogTest, SwitchOffRemembersTheLastTextAndKeepsThePendingError) {
     s.diag.blnTrace = false;
+    s.err.number = 13;
     hb::subTrace(s, u"Getting List separator from computer settings!");
-    EXPECT_EQ(hb::fncGetLastTrace(s), u"Getting List separator from computer settings!");
     hb::subTrace(s, u"Checking for remaining commandbars");
     EXPECT_EQ(hb::fncGetLastTrace(s), u"Checking for remaining commandbars");
     EXPECT_FALSE(platform.file(kLog).has_value());
     EXPECT_EQ(platform.calls("appendLine"), 0);
+    EXPECT_EQ(s.err.number, 13);
 }
 
-TEST_F(TraceLogTest, TwoLinesWithTheSwitchOn) {
+TEST_F(TraceLogTest, SwitchOnAppendsALinePerTextAndClearsThePendingError) {
+    platform.setFile(kLog, u"older line\r\n");
     s.diag.blnTrace = true;
+    s.err.number = 13;
     hb::subTrace(s, u"Reacting to Explorer Activate event");
+    EXPECT_FALSE(s.err);
     platform.setNow(platform.now() + 1.0 / 24 / 60);  // a minute later
     hb::subTrace(s, u"Checking for remaining commandbars");
+    hb::subTrace(s, u"");  // nothing written, the last text emptied
+    EXPECT_EQ(hb::fncGetLastTrace(s), u"");
+    EXPECT_EQ(platform.calls("appendLine"), 2);
     EXPECT_EQ(platform.file(kLog),
+              u"older line\r\n"
               u"Hourbook for Outlook Addin v4\t3/15/2024 9:30:00 AM\t"
               u"Reacting to Explorer Activate event\r\n"
               u"Hourbook for Outlook Addin v4\t3/15/2024 9:31:00 AM\t"
               u"Checking for remaining commandbars\r\n");
-}
-
-TEST_F(TraceLogTest, AppendsToAnExistingLog) {
-    platform.setFile(kLog, u"older line\r\n");
-    s.diag.blnTrace = true;
-    hb::subTrace(s, u"x");
-    EXPECT_EQ(platform.file(kLog),
-              u"older line\r\nHourbook for Outlook Addin v4\t3/15/2024 9:30:00 AM\tx\r\n");
 }
 
 TEST_F(TraceLogTest, DateAndTimeInTheUsersFormat) {
@@ -68,14 +68,6 @@ TEST_F(TraceLogTest, DateAndTimeInTheUsersFormat) {
     EXPECT_EQ(platform.file(kLog),
               u"Hourbook for Outlook Addin v4\t15.03.2024 09:30:00\t"
               u"Splitting the categories string ,Acme\r\n");
-}
-
-TEST_F(TraceLogTest, EmptyTextWritesNothing) {
-    s.diag.blnTrace = true;
-    hb::subTrace(s, u"first");
-    hb::subTrace(s, u"");
-    EXPECT_EQ(hb::fncGetLastTrace(s), u"");
-    EXPECT_EQ(platform.calls("appendLine"), 1);
 }
 
 // Records the paths the log is appended to.
@@ -101,7 +93,7 @@ TEST(TraceLogPathTest, TheFolderIsUsedAsItStands) {
                                          u"D:\\Office\\Hourbook\\BrindlewoodLog.txt"}));
 }
 
-TEST_F(TraceLogTest, WriteFailuresAreSilent) {
+TEST_F(TraceLogTest, WriteFailuresAndAMissingFolderAreSilent) {
     s.diag.blnTrace = true;
     platform.failNext("appendLine");
     hb::subTrace(s, u"lost");
@@ -109,26 +101,11 @@ TEST_F(TraceLogTest, WriteFailuresAreSilent) {
     EXPECT_EQ(platform.file(kLog),
               u"Hourbook for Outlook Addin v4\t3/15/2024 9:30:00 AM\tkept\r\n");
     EXPECT_EQ(hb::fncGetLastTrace(s), u"kept");
-}
-
-TEST_F(TraceLogTest, MissingFolderLosesTheLine) {
-    platform.setModuleFolder(u"C:\\Gone", false);
-    s.diag.blnTrace = true;
-    hb::subTrace(s, u"x");
-    EXPECT_TRUE(platform.filePaths().empty());
-    EXPECT_EQ(hb::fncGetLastTrace(s), u"x");
-}
-
-TEST_F(TraceLogTest, WritingClearsThePendingError) {
-    s.diag.blnTrace = true;
-    s.err.number = 13;
-    hb::subTrace(s, u"x");
     EXPECT_FALSE(s.err);
-    // With the switch off the pending error stays.
-    s.diag.blnTrace = false;
-    s.err.number = 13;
-    hb::subTrace(s, u"y");
-    EXPECT_EQ(s.err.number, 13);
+    platform.setModuleFolder(u"C:\\Gone", false);
+    hb::subTrace(s, u"x");
+    EXPECT_EQ(platform.filePaths().size(), 1u);
+    EXPECT_EQ(hb::fncGetLastTrace(s), u"x");
 }
 
 }  // namespace

@@ -34,10 +34,7 @@ TEST(SpecialFolders, CubeAndOlapFoldersBelowDocuments) {
     EXPECT_EQ(fncGetLocalCubePath(e.s, true), u"C:\\Users\\John\\Documents\\OLAP Cubes");
     EXPECT_EQ(fncGetLocalOLAPPath(e.s, true), u"C:\\Users\\John\\Documents\\My OLAP");
     EXPECT_TRUE(e.platform.folderExists(u"C:\\Users\\John\\Documents\\My OLAP"));
-}
-
-TEST(SpecialFolders, FailingSystemCallGivesEmptyText) {
-    Env e;
+    // A failing system call gives an empty folder.
     e.platform.failNext("specialFolder");
     EXPECT_EQ(fncGetSpecialFolder(e.s, 5, 0), u"");
     e.platform.failNext("specialFolder");
@@ -54,54 +51,6 @@ TEST(FileSystemObject, CreatedOnceAndShared) {
     EXPECT_EQ(e.platform.componentAttempts().size(), attempts);
     EXPECT_TRUE(e.platform.runs().empty());
     EXPECT_TRUE(e.noReport());
-}
-
-TEST(FileSystemObject, RepairedSilentlyWhenTheRepairHelps) {
-    Env e;
-    e.platform.failComponent(ScriptComponent::FileSystemObject, 2);  // direct and by ProgID
-    subSetupFS(e.s);
-    EXPECT_TRUE(e.s.blnFSAvailable);
-    EXPECT_TRUE(e.s.blnFSRepairTried);
-    ASSERT_EQ(e.platform.runs().size(), 1u);
-    EXPECT_EQ(e.platform.runs()[0].command, u"regsvr32 scrrun.dll /s");
-    EXPECT_EQ(e.platform.runs()[0].windowStyle, 2);
-    EXPECT_TRUE(e.noReport());
-    EXPECT_TRUE(e.platform.messageBoxes().empty());
-}
-
-TEST(FileSystemObject, RepairIsTriedOncePerSession) {
-    Env e;
-    e.platform.failComponent(ScriptComponent::FileSystemObject);
-    subSetupFS(e.s);
-    EXPECT_FALSE(e.s.blnFSAvailable);
-    ASSERT_EQ(e.platform.runs().size(), 1u);
-    auto r = e.takeReport();
-    ASSERT_TRUE(r);
-    EXPECT_EQ(r->procedure, u"subSetupFS");
-    EXPECT_EQ(r->number, 429);
-
-    subSetupFS(e.s);
-    EXPECT_EQ(e.platform.runs().size(), 1u);  // no second repair
-    r = e.takeReport();
-    ASSERT_TRUE(r);
-    EXPECT_EQ(r->procedure, u"subSetupFS");
-    // The shared object's members then fail as calls on Nothing.
-    EXPECT_THROW(fsFileExists(e.s, u"C:\\x"), AutomationError);
-}
-
-TEST(FileSystemObject, FailingRepairStartIsIgnored) {
-    Env e;
-    e.platform.failComponent(ScriptComponent::FileSystemObject, 2);
-    e.platform.failNext("run", 2, 1, u"The system cannot find the file specified.");
-    subSetupFS(e.s);
-    EXPECT_TRUE(e.s.blnFSAvailable);
-    EXPECT_EQ(e.s.err.number, 0);
-    EXPECT_TRUE(e.noReport());
-}
-
-TEST(FileSystemObject, ReadAllAndFileExists) {
-    Env e;
-    subSetupFS(e.s);
     e.platform.setFile(u"C:\\x\\a.txt", u"line1\r\nline2");
     EXPECT_TRUE(fsFileExists(e.s, u"C:\\x\\a.txt"));
     EXPECT_FALSE(fsFileExists(e.s, u"C:\\x\\b.txt"));
@@ -113,6 +62,63 @@ TEST(FileSystemObject, ReadAllAndFileExists) {
     } catch (const AutomationError& err) {
         EXPECT_EQ(err.number(), 53);
     }
+}
+
+// The scripting components are repaired (regsvr32, minimized) once per
+// session when they cannot be created; a repair that helps is silent.
+TEST(ScriptingComponents, ARepairThatHelpsIsSilent) {
+    struct Case {
+        ScriptComponent component;
+        int failures;  // the file-system object and dictionary: directly and by ProgID
+        bool failingRepairStart;
+        Str repair;
+    } cases[] = {
+        {ScriptComponent::FileSystemObject, 2, false, u"regsvr32 scrrun.dll /s"},
+        {ScriptComponent::FileSystemObject, 2, true, u"regsvr32 scrrun.dll /s"},
+        {ScriptComponent::Dictionary, 2, false, u"regsvr32 scrrun.dll /s"},
+        {ScriptComponent::Shell, 1, false, u"regsvr32 wshom.ocx /s"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(u8(c.repair) + (c.failingRepairStart ? " failing" : ""));
+        Env e;
+        e.platform.failComponent(c.component, c.failures);
+        if (c.failingRepairStart)
+            e.platform.failNext("run", 2, 1, u"The system cannot find the file specified.");
+        if (c.component == ScriptComponent::FileSystemObject) {
+            subSetupFS(e.s);
+            EXPECT_TRUE(e.s.blnFSAvailable);
+            EXPECT_TRUE(e.s.blnFSRepairTried);
+        } else if (c.component == ScriptComponent::Dictionary) {
+            EXPECT_TRUE(fncCreateDic<int>(e.s));
+        } else {
+            EXPECT_TRUE(fncGetShell(e.s));
+        }
+        ASSERT_EQ(e.platform.runs().size(), 1u);
+        EXPECT_EQ(e.platform.runs()[0].command, c.repair);
+        EXPECT_EQ(e.platform.runs()[0].windowStyle, 2);
+        EXPECT_EQ(e.s.err.number, 0);
+        EXPECT_TRUE(e.noReport());
+        EXPECT_TRUE(e.platform.messageBoxes().empty());
+    }
+}
+
+TEST(ScriptingComponents, FileSystemObjectRepairIsTriedOncePerSession) {
+    Env e;
+    e.platform.failComponent(ScriptComponent::FileSystemObject);
+    e.platform.failComponent(ScriptComponent::Dictionary);
+    for (int i = 0; i < 2; ++i) {
+        subSetupFS(e.s);
+        EXPECT_FALSE(e.s.blnFSAvailable);
+        auto r = e.takeReport();
+        ASSERT_TRUE(r);
+        EXPECT_EQ(r->procedure, u"subSetupFS");
+        EXPECT_EQ(r->number, 429);
+    }
+    // One repair of the scripting run time for both of its components.
+    EXPECT_FALSE(fncCreateDic<int>(e.s));
+    EXPECT_EQ(e.platform.runs().size(), 1u);
+    // The shared object's members then fail as calls on Nothing.
+    EXPECT_THROW(fsFileExists(e.s, u"C:\\x"), AutomationError);
 }
 
 TEST(CreateDic, TextCompareInsertionOrdered) {
@@ -146,19 +152,12 @@ TEST(CreateDic, TextCompareInsertionOrdered) {
     EXPECT_THROW(dic->setCompareMode(0), AutomationError);  // not while filled
 }
 
-TEST(CreateDic, BinaryModeIsCaseSensitive) {
-    ScriptingDictionary<int> dic;
-    EXPECT_EQ(dic.CompareMode(), 0);
-    dic.Add(u"a", 1);
-    dic.Add(u"A", 2);
-    EXPECT_EQ(dic.Count(), 2);
-}
-
 TEST(CreateDic, ThousandsOfKeysAddedAndRemovedStayFoundInOrder) {
     // Enough keys for the index to grow many times, removals from the
     // front, middle and end, and lookups in another letter case.
     for (const std::int32_t mode : {0, 1}) {
         ScriptingDictionary<int> dic;
+        EXPECT_EQ(dic.CompareMode(), 0);  // binary unless told
         dic.setCompareMode(mode);
         std::vector<Str> kept;
         for (int i = 0; i < 3000; ++i)
@@ -187,67 +186,35 @@ TEST(CreateDic, ThousandsOfKeysAddedAndRemovedStayFoundInOrder) {
     }
 }
 
-TEST(CreateDic, RepairOnceThenReport) {
+TEST(ScriptingComponents, DictionaryAndShellRepairOnceThenTellTheUser) {
     Env e;
-    e.platform.failComponent(ScriptComponent::Dictionary, 2);
-    auto dic = fncCreateDic<int>(e.s);
-    EXPECT_TRUE(dic);
-    ASSERT_EQ(e.platform.runs().size(), 1u);
-    EXPECT_EQ(e.platform.runs()[0].command, u"regsvr32 scrrun.dll /s");
-    EXPECT_TRUE(e.noReport());
-
-    Env f;
-    f.platform.failComponent(ScriptComponent::Dictionary);
-    EXPECT_FALSE(fncCreateDic<int>(f.s));
-    auto r = f.takeReport();
-    ASSERT_TRUE(r);
-    EXPECT_EQ(r->procedure, u"modScriptingDic.fncCreateDic");
-    EXPECT_EQ(r->description,
-              u"Attempting to create a new Scripting.Dictionary object. This component is usually "
-              u"installed with Internet Explorer 4.0 or later");
-    EXPECT_EQ(r->number, 429);
-    EXPECT_FALSE(fncCreateDic<int>(f.s));
-    EXPECT_EQ(f.platform.runs().size(), 1u);  // once per session
-}
-
-TEST(CreateDic, OneScriptingRuntimeRepairPerSessionForBothComponents) {
-    Env e;
-    e.platform.failComponent(ScriptComponent::FileSystemObject);
     e.platform.failComponent(ScriptComponent::Dictionary);
-    subSetupFS(e.s);
-    EXPECT_FALSE(fncCreateDic<int>(e.s));
-    EXPECT_EQ(e.platform.runs().size(), 1u);
-    auto r = e.takeReport();
-    ASSERT_TRUE(r);
-    EXPECT_EQ(r->procedure, u"subSetupFS");
-}
-
-TEST(Shell, RepairOnceThenCriticalMessage) {
-    Env e;
     e.platform.failComponent(ScriptComponent::Shell);
-    EXPECT_FALSE(fncGetShell(e.s));
-    ASSERT_EQ(e.platform.runs().size(), 1u);
-    EXPECT_EQ(e.platform.runs()[0].command, u"regsvr32 wshom.ocx /s");
-    EXPECT_EQ(e.platform.runs()[0].windowStyle, 2);
-    ASSERT_EQ(e.platform.messageBoxes().size(), 1u);
-    const auto& box = e.platform.messageBoxes()[0];
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_FALSE(fncCreateDic<int>(e.s));
+        auto r = e.takeReport();
+        ASSERT_TRUE(r);
+        EXPECT_EQ(r->procedure, u"modScriptingDic.fncCreateDic");
+        EXPECT_EQ(r->description,
+                  u"Attempting to create a new Scripting.Dictionary object. This component is "
+                  u"usually installed with Internet Explorer 4.0 or later");
+        EXPECT_EQ(r->number, 429);
+        EXPECT_FALSE(fncGetShell(e.s));
+    }
+    ASSERT_EQ(e.platform.runs().size(), 2u);  // once per session each
+    EXPECT_EQ(e.platform.runs()[1].command, u"regsvr32 wshom.ocx /s");
+    // The shell's failure is told in a message box of its own, every time
+    // (after the dictionary's error report).
+    ASSERT_EQ(e.platform.messageBoxes().size(), 4u);
+    EXPECT_EQ(e.platform.messageBoxes()[3].text, e.platform.messageBoxes()[1].text);
+    const auto& box = e.platform.messageBoxes()[1];
     EXPECT_EQ(box.caption, u"Hourbook for Outlook Addin v4");
     EXPECT_EQ(box.flags, win::MbIconCritical);
     EXPECT_EQ(box.text,
               u"ERROR\r\nAttempting to create a new Scripting.Dictionary object.\r\nThis component "
               u"is usually installed with Internet Explorer 4.0 or later\r\nPlease download the "
               u"Windows Scripting Runtime from Microsoft Downloads to resolve this issue!");
-    EXPECT_FALSE(fncGetShell(e.s));
-    EXPECT_EQ(e.platform.runs().size(), 1u);
     EXPECT_EQ(e.s.err.number, 0);
-}
-
-TEST(Shell, RepairedWhenItHelps) {
-    Env e;
-    e.platform.failComponent(ScriptComponent::Shell, 1);
-    EXPECT_TRUE(fncGetShell(e.s));
-    EXPECT_EQ(e.platform.runs().size(), 1u);
-    EXPECT_TRUE(e.platform.messageBoxes().empty());
 }
 
 struct ExecuteEnv : Env {
@@ -257,68 +224,71 @@ struct ExecuteEnv : Env {
     }
 };
 
-TEST(Execute, LinksGoToTheShellUntouched) {
-    for (Str link : {u"http://www.hourbook.invalid/", u"HTTPS://x.invalid", u"mailto:a@b.invalid",
-                     u"MailTo:support@hourbook.invalid", u"hTtP://x"}) {
+TEST(Execute, LinksAsTheyAreProgramsFromTheFolderOrTheAddinsFolder) {
+    const Str addin = u"C:\\Program Files\\Hourbook\\";
+    struct Case {
+        std::vector<Str> files;
+        Str program, arguments, folder;
+        Str command;
+    } cases[] = {
+        {{},
+         u"http://www.hourbook.invalid/",
+         u"ignored",
+         u"C:\\Folder",
+         u"http://www.hourbook.invalid/"},
+        {{}, u"HTTPS://x.invalid", u"", u"", u"HTTPS://x.invalid"},
+        {{}, u"mailto:a@b.invalid", u"", u"", u"mailto:a@b.invalid"},
+        {{}, u"MailTo:support@hourbook.invalid", u"", u"", u"MailTo:support@hourbook.invalid"},
+        {{}, u"hTtP://x", u"", u"", u"hTtP://x"},
+        {{u"D:\\Data\\HBReporting.exe", addin + u"HBReporting.exe"},
+         u"HBReporting",
+         u"",
+         u"D:\\Data\\",
+         u"\"D:\\Data\\HBReporting.exe\" "},
+        {{addin + u"Cubelens.exe"},
+         u"Cubelens",
+         u"D:\\Data\\",
+         u"D:\\Data",
+         u"\"" + addin + u"Cubelens.exe\" D:\\Data\\"},
+        {{addin + u"Cubelens.exe"},
+         u"Cubelens",
+         u"args",
+         u"",
+         u"\"" + addin + u"Cubelens.exe\" args"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(u8(c.program + u" " + c.folder));
         ExecuteEnv e;
-        subExecute(e.s, link, u"ignored", u"C:\\Folder");
-        ASSERT_EQ(e.platform.runs().size(), 1u) << u8(link);
-        EXPECT_EQ(e.platform.runs()[0].command, link);
+        for (const Str& f : c.files)
+            e.platform.setFile(f, u"");
+        subExecute(e.s, c.program, c.arguments, c.folder);
+        ASSERT_EQ(e.platform.runs().size(), 1u);
+        EXPECT_EQ(e.platform.runs()[0].command, c.command);
         EXPECT_EQ(e.platform.runs()[0].windowStyle, 1);
         EXPECT_TRUE(e.platform.messageBoxes().empty());
+        EXPECT_TRUE(e.noReport());
     }
 }
 
-TEST(Execute, ProgramOfTheGivenFolder) {
-    ExecuteEnv e;
-    e.platform.setFile(u"D:\\Data\\HBReporting.exe", u"");
-    e.platform.setFile(u"C:\\Program Files\\Hourbook\\HBReporting.exe", u"");
-    subExecute(e.s, u"HBReporting", u"", u"D:\\Data\\");
-    ASSERT_EQ(e.platform.runs().size(), 1u);
-    EXPECT_EQ(e.platform.runs()[0].command, u"\"D:\\Data\\HBReporting.exe\" ");
-    EXPECT_EQ(e.platform.runs()[0].windowStyle, 1);
-    EXPECT_EQ(e.s.diag.strLastTrace, u"Attempting to execute the path 'D:\\Data\\HBReporting.exe'");
-}
-
-TEST(Execute, FallsBackToTheAddinFolder) {
-    ExecuteEnv e;
-    e.platform.setFile(u"C:\\Program Files\\Hourbook\\Cubelens.exe", u"");
-    subExecute(e.s, u"Cubelens", u"D:\\Data\\", u"D:\\Data");
-    ASSERT_EQ(e.platform.runs().size(), 1u);
-    EXPECT_EQ(e.platform.runs()[0].command,
-              u"\"C:\\Program Files\\Hourbook\\Cubelens.exe\" D:\\Data\\");
-    e.platform.clearRuns();
-    subExecute(e.s, u"Cubelens", u"args", u"");
-    ASSERT_EQ(e.platform.runs().size(), 1u);
-    EXPECT_EQ(e.platform.runs()[0].command, u"\"C:\\Program Files\\Hourbook\\Cubelens.exe\" args");
-}
-
-TEST(Execute, MissingFileIsToldToTheUser) {
-    ExecuteEnv e;
-    subExecute(e.s, u"HBReporting", u"", u"D:\\Data");
-    EXPECT_TRUE(e.platform.runs().empty());
-    ASSERT_EQ(e.platform.messageBoxes().size(), 1u);
-    const auto& box = e.platform.messageBoxes()[0];
-    EXPECT_EQ(box.caption, u"Hourbook for Outlook Addin v4");
-    EXPECT_EQ(box.flags, win::MbIconCritical);
-    EXPECT_EQ(box.text,
-              u"Error trying to run the file at C:\\Program Files\\Hourbook\\HBReporting.exe");
-    EXPECT_TRUE(e.noReport());
-}
-
-TEST(Execute, FailingStartIsToldToTheUser) {
-    ExecuteEnv e;
-    e.platform.setFile(u"C:\\Program Files\\Hourbook\\HBReporting.exe", u"");
-    e.platform.failNext("run", 70, 1, u"Permission denied");
-    subExecute(e.s, u"HBReporting", u"", u"");
-    ASSERT_EQ(e.platform.messageBoxes().size(), 1u);
-    const auto& box = e.platform.messageBoxes()[0];
-    EXPECT_EQ(box.flags, win::MbIconCritical);
-    EXPECT_EQ(box.text,
-              u"Permission denied\r\nError trying to run the file at C:\\Program "
-              u"Files\\Hourbook\\HBReporting.exe");
-    EXPECT_EQ(e.s.err.number, 0);
-    EXPECT_TRUE(e.noReport());
+TEST(Execute, AMissingFileOrAFailingStartIsToldToTheUser) {
+    const Str text =
+        u"Error trying to run the file at C:\\Program Files\\Hourbook\\HBReporting.exe";
+    for (const bool present : {false, true}) {
+        ExecuteEnv e;
+        if (present) {
+            e.platform.setFile(u"C:\\Program Files\\Hourbook\\HBReporting.exe", u"");
+            e.platform.failNext("run", 70, 1, u"Permission denied");
+        }
+        subExecute(e.s, u"HBReporting", u"", u"D:\\Data");
+        EXPECT_EQ(e.platform.runs().size(), present ? 1u : 0u);
+        ASSERT_EQ(e.platform.messageBoxes().size(), 1u);
+        const auto& box = e.platform.messageBoxes()[0];
+        EXPECT_EQ(box.caption, u"Hourbook for Outlook Addin v4");
+        EXPECT_EQ(box.flags, win::MbIconCritical);
+        EXPECT_EQ(box.text, present ? u"Permission denied\r\n" + text : text);
+        EXPECT_EQ(e.s.err.number, 0);
+        EXPECT_TRUE(e.noReport());
+    }
 }
 
 TEST(Execute, TracesWhatItStarts) {
@@ -326,15 +296,12 @@ TEST(Execute, TracesWhatItStarts) {
     e.s.diag.blnTrace = true;
     e.platform.setFile(u"C:\\Program Files\\Hourbook\\HBPersonalSettings.exe", u"");
     subExecute(e.s, u"HBPersonalSettings", u"False", u"C:\\Program Files\\Hourbook\\");
-    const auto log = e.platform.file(u"C:\\Program Files\\Hourbook\\BrindlewoodLog.txt");
-    ASSERT_TRUE(log);
-    EXPECT_NE(log->find(u"Attempting to execute HBPersonalSettings False"), Str::npos);
-    EXPECT_NE(log->find(u"Attempting to execute the path 'C:\\Program "
-                        u"Files\\Hourbook\\HBPersonalSettings.exe'"),
+    const Str log =
+        e.platform.file(u"C:\\Program Files\\Hourbook\\BrindlewoodLog.txt").value_or(u"");
+    EXPECT_NE(log.find(u"\tAttempting to execute HBPersonalSettings False\r\n"), Str::npos);
+    EXPECT_NE(log.find(u"\tAttempting to execute the path 'C:\\Program "
+                       u"Files\\Hourbook\\HBPersonalSettings.exe'\r\n"),
               Str::npos);
-    ASSERT_EQ(e.platform.runs().size(), 1u);
-    EXPECT_EQ(e.platform.runs()[0].command,
-              u"\"C:\\Program Files\\Hourbook\\HBPersonalSettings.exe\" False");
 }
 
 TEST(Execute, WithoutAShellTheTrapReports) {

@@ -101,28 +101,18 @@ TEST(MetaDictionary, RecordsetWithAllFields) {
     EXPECT_EQ(rs->moveNextCalls, 4);
 }
 
-TEST(MetaDictionary, RecordsetReadsFromWhereItStands) {
-    Env e;
-    cMetaDictionary d(e.s);
-    auto rs = std::make_shared<FakeRecordset>(
-        std::vector<Str>{u"strName"},
-        std::vector<std::vector<Variant>>{{Variant(u"A")}, {Variant(u"B")}, {Variant(u"C")}});
-    rs->position = 1;
-    d.ReadFromRecordset(Variant(rs));
-    EXPECT_EQ(keys(d), (std::vector<Str>{u"B", u"C"}));
-    EXPECT_EQ(d.MetaDic->Item(u"B")->MetaID, 1);
-}
-
-TEST(MetaDictionary, OneFieldRecordsetRunsTheMetaId) {
+TEST(MetaDictionary, OneFieldRecordsetIsReadFromWhereItStandsAndRunsTheMetaId) {
     Env e;
     cMetaDictionary d(e.s);
     auto rs = std::make_shared<FakeRecordset>(std::vector<Str>{u"strName"},
-                                              std::vector<std::vector<Variant>>{{Variant(u"Ann")},
+                                              std::vector<std::vector<Variant>>{{Variant(u"Read")},
+                                                                                {Variant(u"Ann")},
                                                                                 {Variant::null()},
                                                                                 {Variant(u"")},
                                                                                 {Variant(u"Bob")},
                                                                                 {Variant(u"ann")},
                                                                                 {Variant(u"Cy")}});
+    rs->position = 1;
     d.ReadFromRecordset(Variant(rs));
     EXPECT_EQ(keys(d), (std::vector<Str>{u"Ann", u"Bob", u"Cy"}));
     // A Null or empty name adds nothing but still advances the count.

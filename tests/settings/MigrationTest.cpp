@@ -208,55 +208,59 @@ TEST(Migration, ConnectionChoiceIsTakenWithTheUserProperties) {
     EXPECT_FALSE(e.reg(u"ReportChoice"));
 }
 
-TEST(Migration, ValidBodyWithoutUserPropertiesZeroesThem) {
-    SimEnv e;
-    e.addSettingsAppointment(body(u"3", u"DSN=x"));
-    cPersonalSettings p(e.s);
-    p.GetValuesFromSettings();
-    EXPECT_EQ(p.lngReportChoice, 3);
-    EXPECT_EQ(p.intConvert24Hours, Variant(std::int16_t{0}));
-    EXPECT_EQ(p.intRemoveLunchHours, Variant(std::int16_t{0}));
-    EXPECT_FALSE(p.blnConvert24 || p.blnRemoveLunch || p.blnCreateLocalCube || p.blnStartGrid ||
-                 p.blnWriteSubject);
-}
-
-TEST(Migration, NonNumericFirstLineTakesNothingAtAll) {
-    SimEnv e;
-    auto appt = e.addSettingsAppointment(body(u"x", u"DSN=x", u"Company:Acme;\r\n"));
-    appt->addUserProperty(u"blnConvert24", sim::ol::YesNo, Variant(true));
-    cPersonalSettings p(e.s);
-    p.GetValuesFromSettings();
-    EXPECT_EQ(p.lngReportChoice, 2);
-    EXPECT_FALSE(p.blnFilterEvents);
-    EXPECT_TRUE(p.MetaDataLists.empty());
-    EXPECT_FALSE(p.blnConvert24);
-    EXPECT_EQ(p.intConvert24Hours, Variant(std::int16_t{8}));  // construction default kept
-}
-
-TEST(Migration, ShortBodyStillReadsTheUserProperties) {
-    SimEnv e;
-    auto appt = e.addSettingsAppointment(u"3\r\nDSN=x\r\n");
-    appt->addUserProperty(u"blnStartGrid", sim::ol::YesNo, Variant(true));
-    appt->addUserProperty(u"intRemoveLunchHours", sim::ol::Number, Variant(0.5));
-    cPersonalSettings p(e.s);
-    p.GetValuesFromSettings();
-    EXPECT_EQ(p.lngReportChoice, 2);  // the body is too short
-    EXPECT_TRUE(p.blnStartGrid);
-    EXPECT_EQ(p.intRemoveLunchHours, Variant(0.5));
-    EXPECT_EQ(p.intConvert24Hours, Variant(std::int16_t{0}));
-}
-
-TEST(Migration, LongBodyOverSeveralPieces) {
-    SimEnv e;
-    Str lists = u"Company:";
+TEST(Migration, TheBodyDecidesWhatIsTakenTheUserPropertiesAreReadWithIt) {
+    Str longList = u"Company:";
     for (int i = 0; i < 600; ++i)
-        lists += u"C" + toStr(i) + u";";
-    lists += u"\r\nPerson:Ann;\r\n";
-    e.addSettingsAppointment(body(u"3", u"DSN=x", lists));
-    cPersonalSettings p(e.s);
-    p.GetValuesFromSettings();
-    ASSERT_EQ(p.MetaDataLists.size(), 2u);
-    EXPECT_EQ(p.MetaDataLists[0]->MetaDic->Count(), 600);
+        longList += u"C" + toStr(i) + u";";
+    struct Case {
+        const char* what;
+        Str body;
+        Str yesNo;  // a Yes/No user property set on the appointment
+        std::int32_t choice;
+        std::vector<std::int32_t> listSizes;
+        Variant convertHours;
+    } cases[] = {
+        {"valid body, no user properties: zeroed",
+         body(u"3", u"DSN=x"),
+         u"",
+         3,
+         {},
+         Variant(std::int16_t{0})},
+        // Several 1000-character pieces.
+        {"long body",
+         body(u"3", u"DSN=x", longList + u"\r\nPerson:Ann;\r\n"),
+         u"",
+         3,
+         {600, 1},
+         Variant(std::int16_t{0})},
+        // Nothing at all, the construction defaults stay.
+        {"first line not a number",
+         body(u"x", u"DSN=x", u"Company:Acme;\r\n"),
+         u"blnConvert24",
+         2,
+         {},
+         Variant(std::int16_t{8})},
+        // Too short for the body, the user properties are still read.
+        {"short body", u"3\r\nDSN=x\r\n", u"blnStartGrid", 2, {}, Variant(std::int16_t{0})},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        SimEnv e;
+        auto appt = e.addSettingsAppointment(c.body);
+        if (!c.yesNo.empty()) appt->addUserProperty(c.yesNo, sim::ol::YesNo, Variant(true));
+        cPersonalSettings p(e.s);
+        p.GetValuesFromSettings();
+        EXPECT_EQ(p.lngReportChoice, c.choice);
+        EXPECT_EQ(p.blnFilterEvents, c.choice == 3);
+        std::vector<std::int32_t> sizes;
+        for (const auto& d : p.MetaDataLists)
+            sizes.push_back(d->MetaDic->Count());
+        EXPECT_EQ(sizes, c.listSizes);
+        EXPECT_EQ(p.intConvert24Hours, c.convertHours);
+        EXPECT_FALSE(p.blnConvert24 || p.blnRemoveLunch || p.blnCreateLocalCube ||
+                     p.blnWriteSubject);
+        EXPECT_EQ(p.blnStartGrid, c.yesNo == u"blnStartGrid");
+    }
 }
 
 // The Access database conditions (report choice 2).

@@ -6,99 +6,71 @@
 namespace hb::test {
 namespace {
 
-struct WatchEnv : SimEnv {
-    WatchEnv() { s.oAppointments = std::make_shared<cAppointments>(s); }
-    // An appointment of another folder copied into the calendar (ItemAdd).
-    std::shared_ptr<sim::Item> arrive(std::function<void(sim::Item&)> setUp) {
+const Variant kPostedInMarch{sim::makeDate(2024, 3, 31)};
+const Variant kNotPosted{Date{kNotPostedDay}};
+
+TEST(Watcher, ItemsAddedToTheCalendar) {
+    struct Case {
+        const char* what;
+        Str property;
+        Variant value;
+        bool failSave;
+        bool stopWatching;
+        Variant postedAfter;
+        int saves;
+    } cases[] = {
+        {"posted date reset and saved", u"strPosted", kPostedInMarch, false, false, kNotPosted, 1},
+        {"already reset: not saved again", u"strPosted", kNotPosted, false, false, kNotPosted, 0},
+        {"no posted date: left alone", u"other", kPostedInMarch, false, false, Variant::missing(),
+         0},
+        {"failing save ignored and cleared", u"strPosted", kPostedInMarch, true, false,
+         kPostedInMarch, 0},
+        {"watcher gone: no events", u"strPosted", kPostedInMarch, false, true, kPostedInMarch, 0},
+    };
+    EXPECT_DOUBLE_EQ(sim::makeDate(4501, 1, 1).days, kNotPostedDay);
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        SimEnv e;
+        e.s.oAppointments = std::make_shared<cAppointments>(e.s);
+        EXPECT_EQ(e.cal->liveItemsCollections(), 1u);
+        if (c.failSave) e.sc.instruments().failMember(u"Save");
+        if (c.stopWatching) e.s.oAppointments.reset();
+        // An appointment of another folder copied into the calendar (ItemAdd).
         auto item =
-            sc.outlook().make<sim::Item>(sim::ItemKind::Appointment, Str(sim::kAppointmentClass));
+            e.sc.outlook().make<sim::Item>(sim::ItemKind::Appointment, Str(sim::kAppointmentClass));
         item->subject = u"Copied";
         item->start = sim::makeDate(2024, 3, 4, 9);
         item->end = sim::makeDate(2024, 3, 4, 10);
-        setUp(*item);
-        cal->insert(item, true);
-        sc.outlook().pump();
-        return item;
+        item->addUserProperty(c.property, sim::ol::DateTime, c.value);
+        e.cal->insert(item, true);
+        e.sc.outlook().pump();
+        EXPECT_EQ(SimEnv::prop(item, u"strPosted"), c.postedAfter);
+        EXPECT_EQ(SimEnv::prop(item, c.property),
+                  c.property == u"strPosted" ? c.postedAfter : c.value);
+        EXPECT_EQ(item->saveCount, c.saves);
+        EXPECT_EQ(e.s.err.number, 0);
+        EXPECT_TRUE(e.noReport());
+        // Saving the item adds nothing, so there is no second event.
+        e.sc.outlook().pump();
+        EXPECT_EQ(item->saveCount, c.saves);
+        if (c.stopWatching) {
+            EXPECT_EQ(e.sc.instruments().liveSubscriptionCount(), 0u);
+        }
     }
-};
-
-TEST(Watcher, PostedDateIsResetAndSaved) {
-    WatchEnv e;
-    auto item = e.arrive([](sim::Item& i) {
-        i.addUserProperty(u"strPosted", sim::ol::DateTime, Variant(sim::makeDate(2024, 3, 31)));
-    });
-    EXPECT_EQ(SimEnv::prop(item, u"strPosted"), Variant(Date{949998.0}));
-    EXPECT_DOUBLE_EQ(sim::makeDate(4501, 1, 1).days, kNotPostedDay);
-    EXPECT_EQ(item->saveCount, 1);
-    EXPECT_EQ(e.s.err.number, 0);
-    EXPECT_TRUE(e.noReport());
 }
 
-TEST(Watcher, AlreadyResetIsNotSavedAgain) {
-    WatchEnv e;
-    auto item = e.arrive([](sim::Item& i) {
-        i.addUserProperty(u"strPosted", sim::ol::DateTime, Variant(Date{949998.0}));
-    });
-    EXPECT_EQ(item->saveCount, 0);
-    EXPECT_EQ(SimEnv::prop(item, u"strPosted"), Variant(Date{949998.0}));
-}
-
-TEST(Watcher, ItemWithoutThePropertyIsLeftAlone) {
-    WatchEnv e;
-    auto item = e.arrive([](sim::Item& i) {
-        i.addUserProperty(u"other", sim::ol::DateTime, Variant(sim::makeDate(2024, 3, 31)));
-    });
-    EXPECT_EQ(item->saveCount, 0);
-    EXPECT_EQ(SimEnv::prop(item, u"other"), Variant(sim::makeDate(2024, 3, 31)));
-    EXPECT_EQ(SimEnv::prop(item, u"strPosted"), Variant::missing());
-    EXPECT_EQ(e.s.err.number, 0);
-}
-
-TEST(Watcher, SaveFailureIsIgnoredAndCleared) {
-    WatchEnv e;
-    e.sc.instruments().failMember(u"Save");
-    auto item = e.arrive([](sim::Item& i) {
-        i.addUserProperty(u"strPosted", sim::ol::DateTime, Variant(sim::makeDate(2024, 3, 31)));
-    });
-    EXPECT_EQ(item->saveCount, 0);
-    EXPECT_EQ(e.s.err.number, 0);
-    EXPECT_TRUE(e.noReport());
-}
-
-TEST(Watcher, SavingTheItemAddsNothingSoNoSecondEvent) {
-    WatchEnv e;
-    auto item = e.arrive([](sim::Item& i) {
-        i.addUserProperty(u"strPosted", sim::ol::DateTime, Variant(sim::makeDate(2024, 3, 31)));
-    });
-    e.sc.outlook().pump();
-    EXPECT_EQ(item->saveCount, 1);
-}
-
-TEST(Watcher, OtherFoldersAreNotWatched) {
-    WatchEnv e;
-    auto inbox = e.sc.outlook().inbox();
+TEST(Watcher, OtherFoldersAreNotWatchedAndACalendarIsNeeded) {
+    SimEnv e;
+    e.s.oAppointments = std::make_shared<cAppointments>(e.s);
     auto item =
         e.sc.outlook().make<sim::Item>(sim::ItemKind::Appointment, Str(sim::kAppointmentClass));
-    item->addUserProperty(u"strPosted", sim::ol::DateTime, Variant(sim::makeDate(2024, 3, 31)));
-    inbox->insert(item, true);
+    item->addUserProperty(u"strPosted", sim::ol::DateTime, kPostedInMarch);
+    e.sc.outlook().inbox()->insert(item, true);
     e.sc.outlook().pump();
     EXPECT_EQ(item->saveCount, 0);
-}
 
-TEST(Watcher, DestructionStopsTheEvents) {
-    WatchEnv e;
-    EXPECT_EQ(e.cal->liveItemsCollections(), 1u);
-    e.s.oAppointments.reset();
-    auto item = e.arrive([](sim::Item& i) {
-        i.addUserProperty(u"strPosted", sim::ol::DateTime, Variant(sim::makeDate(2024, 3, 31)));
-    });
-    EXPECT_EQ(item->saveCount, 0);
-    EXPECT_EQ(e.sc.instruments().liveSubscriptionCount(), 0u);
-}
-
-TEST(Watcher, CreationWithoutCalendarRaises) {
-    Env e;
-    EXPECT_THROW(cAppointments a(e.s), AutomationError);
+    Env bare;
+    EXPECT_THROW(cAppointments a(bare.s), AutomationError);
 }
 
 }  // namespace
