@@ -1,28 +1,11 @@
 // The registry store's layout, round trips and errors.
+#include <functional>
+
 #include "SettingsTestSupport.h"
 #include "settings/modRegistryEntry.h"
 
 namespace hb::test {
 namespace {
-
-std::int32_t errorNumber(std::uint32_t n) {
-    return static_cast<std::int32_t>(n);
-}
-
-struct Raised {
-    std::int32_t number = 0;
-    Str description;
-};
-
-template <class F>
-std::optional<Raised> raisedBy(F&& f) {
-    try {
-        f();
-    } catch (const AutomationError& e) {
-        return Raised{e.number(), e.description()};
-    }
-    return std::nullopt;
-}
 
 TEST(RegistryStore, RegSzBelowTheFixedNameTrimmedAndRoundTripped) {
     Env e;
@@ -48,64 +31,70 @@ TEST(RegistryStore, RegSzBelowTheFixedNameTrimmedAndRoundTripped) {
     EXPECT_EQ(e.platform.openKeyCount(), 0u);
 }
 
-TEST(RegistryStore, BlankSectionOrKeyRaiseTheirErrors) {
-    Env e;
-    auto r = raisedBy([&] { SaveSettingString(e.s, u"Settings", u"   ", u"v"); });
-    ASSERT_TRUE(r);
-    EXPECT_EQ(r->number, errorNumber(0x800403EA));
-    EXPECT_EQ(r->description, u"Key may not be empty");
-    r = raisedBy([&] { GetSettingString(e.s, u"Settings", u"   ", u"d"); });
-    ASSERT_TRUE(r);
-    EXPECT_EQ(r->number, errorNumber(0x800403EA));
-    EXPECT_EQ(r->description, u"Key may not be empty");
-
-    r = raisedBy([&] { SaveSettingString(e.s, u" ", u"Key", u"v"); });
-    ASSERT_TRUE(r);
-    EXPECT_EQ(r->number, errorNumber(0x800403E9));
-    EXPECT_EQ(r->description, u"Section may not be empty");
-    r = raisedBy([&] { GetSettingString(e.s, u"", u"", u"d"); });
-    ASSERT_TRUE(r);  // the section is checked before the key
-    EXPECT_EQ(r->number, errorNumber(0x800403E9));
-    EXPECT_EQ(e.platform.calls("regCreateKey") + e.platform.calls("regOpenKey"), 0);
-    EXPECT_EQ(regerr::kAppNameEmpty, errorNumber(0x800403E8));
+TEST(RegistryStore, ErrorsRaisedWithTheirNumbersAndTheKeyClosed) {
+    constexpr std::uint32_t base = 0x80040000u + 2000u;
+    struct Case {
+        const char* what;
+        std::function<void(Env&)> setUp;
+        std::function<void(Session&)> call;
+        std::uint32_t number;
+        Str description;
+    } cases[] = {
+        {"blank key, save", [](Env&) {},
+         [](Session& s) { SaveSettingString(s, u"Settings", u"   ", u"v"); }, 0x800403EA,
+         u"Key may not be empty"},
+        {"blank key, read", [](Env&) {},
+         [](Session& s) { GetSettingString(s, u"Settings", u"   ", u"d"); }, 0x800403EA,
+         u"Key may not be empty"},
+        {"blank section, save", [](Env&) {},
+         [](Session& s) { SaveSettingString(s, u" ", u"Key", u"v"); }, 0x800403E9,
+         u"Section may not be empty"},
+        // The section is checked before the key.
+        {"blank section and key, read", [](Env&) {},
+         [](Session& s) { GetSettingString(s, u"", u"", u"d"); }, 0x800403E9,
+         u"Section may not be empty"},
+        {"a DWORD is no string",
+         [](Env& e) { e.platform.setDword(kSettingsKey, u"PaneWidth", 185); },
+         [](Session& s) { GetSettingString(s, u"Settings", u"PaneWidth", u"d"); }, base,
+         u"Registry data not a string"},
+        {"create fails", [](Env& e) { e.platform.failNext("regCreateKey", 5); },
+         [](Session& s) { SaveSettingString(s, u"Settings", u"K", u"v"); }, base + 5,
+         u"Could not open/create registry section"},
+        {"set fails", [](Env& e) { e.platform.failNext("regSetString", 1013); },
+         [](Session& s) { SaveSettingString(s, u"Settings", u"K", u"v"); }, base + 1013,
+         u"Could not set key value"},
+        {"open fails",
+         [](Env& e) {
+             e.platform.setString(kSettingsKey, u"K", u"v");
+             e.platform.failNext("regOpenKey", 5);
+         },
+         [](Session& s) { GetSettingString(s, u"Settings", u"K", u"d"); }, base + 5,
+         u"Could not open registry section"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        Env e;
+        c.setUp(e);
+        try {
+            c.call(e.s);
+            ADD_FAILURE() << "raised nothing";
+        } catch (const AutomationError& err) {
+            EXPECT_EQ(err.number(), static_cast<std::int32_t>(c.number));
+            EXPECT_EQ(err.description(), c.description);
+        }
+        EXPECT_EQ(e.platform.openKeyCount(), 0u);
+        if (c.number < base) {  // nothing opened for a blank name
+            EXPECT_EQ(e.platform.calls("regCreateKey") + e.platform.calls("regOpenKey"), 0);
+        }
+    }
+    EXPECT_EQ(regerr::kAppNameEmpty, static_cast<std::int32_t>(0x800403E8));
 }
 
-TEST(RegistryStore, DwordValueIsNotAString) {
+TEST(RegistryStore, NotFoundOnOpenOrAFailingQueryGiveTheDefault) {
     Env e;
-    e.platform.setDword(kSettingsKey, u"PaneWidth", 185);
-    auto r = raisedBy([&] { GetSettingString(e.s, u"Settings", u"PaneWidth", u"d"); });
-    ASSERT_TRUE(r);
-    EXPECT_EQ(r->description, u"Registry data not a string");
-    EXPECT_EQ(r->number, errorNumber(0x80040000u + 2000u));
-    EXPECT_EQ(e.platform.openKeyCount(), 0u);  // closed before raising
-}
-
-TEST(RegistryStore, FailingCreateSetAndOpenRaiseWithTheResultCode) {
-    Env e;
-    e.platform.failNext("regCreateKey", 5);
-    auto r = raisedBy([&] { SaveSettingString(e.s, u"Settings", u"K", u"v"); });
-    ASSERT_TRUE(r);
-    EXPECT_EQ(r->number, errorNumber(0x80040000u + 2000u + 5u));
-    EXPECT_EQ(r->description, u"Could not open/create registry section");
-
-    e.platform.failNext("regSetString", 1013);
-    r = raisedBy([&] { SaveSettingString(e.s, u"Settings", u"K", u"v"); });
-    ASSERT_TRUE(r);
-    EXPECT_EQ(r->number, errorNumber(0x80040000u + 2000u + 1013u));
-    EXPECT_EQ(r->description, u"Could not set key value");
-    EXPECT_EQ(e.platform.openKeyCount(), 0u);  // the key was closed in every case
-
     SaveSettingString(e.s, u"Settings", u"K", u"v");
-    e.platform.failNext("regOpenKey", 5);
-    r = raisedBy([&] { GetSettingString(e.s, u"Settings", u"K", u"d"); });
-    ASSERT_TRUE(r);
-    EXPECT_EQ(r->number, errorNumber(0x80040000u + 2000u + 5u));
-    EXPECT_EQ(r->description, u"Could not open registry section");
-
-    // Not found while opening is no error: the default.
     e.platform.failNext("regOpenKey", 2);
     EXPECT_EQ(GetSettingString(e.s, u"Settings", u"K", u"d"), u"d");
-    // A failing query is a missing value: the default.
     e.platform.failNext("regQueryValue", 2);
     EXPECT_EQ(GetSettingString(e.s, u"Settings", u"K", u"d"), u"d");
 }
