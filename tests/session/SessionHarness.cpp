@@ -8,6 +8,7 @@
 #include <iterator>
 #include <sstream>
 #include <stdexcept>
+#include <utility>
 
 #include "common/AutomationError.h"
 
@@ -31,8 +32,7 @@ const RecordingPaneView::Combo& RecordingPaneView::at(int index) const {
 }
 
 RecordingPaneView::Combo& RecordingPaneView::at(int index) {
-    if (index < 0 || index > 2) hb::raise(340, u"Control array element does not exist");
-    return combos[static_cast<std::size_t>(index)];
+    return const_cast<Combo&>(std::as_const(*this).at(index));
 }
 
 void RecordingPaneView::setLabel(int index, bool visible, const Str& caption) {
