@@ -38,11 +38,8 @@ TEST(FirstStart, NeitherStoreCreatesTheAppointmentAndZeroesTheSevenProperties) {
     EXPECT_FALSE(p.blnConvert24 || p.blnRemoveLunch || p.blnCreateLocalCube || p.blnStartGrid ||
                  p.blnWriteSubject);
     // Nothing from a body: the construction's report source stays.
-    EXPECT_EQ(p.lngReportChoice, 2);
-    EXPECT_EQ(p.strReportValue, kProgramFolder);
-    EXPECT_FALSE(p.blnFilterEvents || p.blnFilterPrivate || p.blnFilterRecurring);
-    EXPECT_TRUE(p.MetaDataLists.empty());
-    EXPECT_EQ(p.intPaneWidth, 185);
+    EXPECT_EQ(p.fncBuildBody(),
+              u"2\r\n" + kProgramFolder + u"\r\n0\r\nFalse\r\nFalse\r\nFalse\r\n");
     // Nothing is written to the registry until the first save.
     EXPECT_FALSE(e.platform.keyExists(u"Software\\Brindlewood"));
     EXPECT_EQ(e.platform.calls("regCreateKey"), 0);
@@ -91,30 +88,25 @@ TEST(SaveSettings, CategoriesCappedAt4000ButEverythingElseFull) {
 }
 
 TEST(SaveSettings, AppointmentFailuresDoNotStopTheRegistryPart) {
-    SimEnv e;
-    cPersonalSettings p(e.s);
-    fncGetSettingsAppointment(e.s);  // exists already
-    e.sc.instruments().failMember(u"Save");
-    e.sc.instruments().failMember(u"Categories");
-    p.SaveSettings();
-    EXPECT_TRUE(e.noReport());
-    EXPECT_EQ(e.s.err.number, 0);
-    EXPECT_EQ(e.platform.valueNames(kSettingsKey).size(), 17u);
-    // Without a Save the appointment keeps what it had.
-    EXPECT_EQ(e.settingsItem()->saveCount, 1);
-}
-
-TEST(SaveSettings, LongPropertyFailureIsReportedButTheSaveGoesOn) {
-    SimEnv e;
-    cPersonalSettings p(e.s);
-    fncGetSettingsAppointment(e.s);
-    e.sc.instruments().failMember(u"Add", u"UserProperties");
-    p.SaveSettings();
-    auto r = e.takeReport();
-    ASSERT_TRUE(r);
-    EXPECT_EQ(r->description, u"Failed to save Settings");
-    EXPECT_EQ(e.platform.valueNames(kSettingsKey).size(), 17u);
-    EXPECT_EQ(e.settingsItem()->saveCount, 2);
+    // Save and Categories fail silently; a failing long property is
+    // reported and the appointment is still saved.
+    for (const bool longProperty : {false, true}) {
+        SimEnv e;
+        cPersonalSettings p(e.s);
+        fncGetSettingsAppointment(e.s);  // exists already
+        if (longProperty) {
+            e.sc.instruments().failMember(u"Add", u"UserProperties");
+        } else {
+            e.sc.instruments().failMember(u"Save");
+            e.sc.instruments().failMember(u"Categories");
+        }
+        p.SaveSettings();
+        auto r = e.takeReport();
+        EXPECT_EQ(r ? r->description : u"", longProperty ? u"Failed to save Settings" : u"");
+        EXPECT_EQ(e.s.err.number, 0);
+        EXPECT_EQ(e.platform.valueNames(kSettingsKey).size(), 17u);
+        EXPECT_EQ(e.settingsItem()->saveCount, longProperty ? 2 : 1);
+    }
 }
 
 TEST(SaveSettings, AppointmentRoundTripThroughMigration) {
