@@ -1,5 +1,7 @@
 // The settings appointment, long properties and typed user
 // properties, against the simulated Outlook.
+#include <tuple>
+
 #include "SimSupport.h"
 #include "settings/modSettingsAppointment.h"
 
@@ -148,31 +150,25 @@ TEST(GetProperty, TypedValuesAndDefaults) {
     appt->addUserProperty(u"when", sim::ol::DateTime, Variant(sim::makeDate(2024, 3, 1)));
     Variant h = e.handle(appt);
     using namespace vbtype;
-    // Found.
-    EXPECT_EQ(fncGetProperty(e.s, h, u"num", vbInteger, Variant(Str())), Variant(0.75));
-    EXPECT_EQ(fncGetProperty(e.s, h, u"txt", vbInteger, Variant(Str())), Variant(std::int16_t{0}));
-    EXPECT_EQ(fncGetProperty(e.s, h, u"numtext", vbInteger, Variant(Str())), Variant(Str(u"12")));
-    EXPECT_EQ(fncGetProperty(e.s, h, u"num", vbString, Variant(Str())), Variant(Str(u"0.75")));
-    EXPECT_EQ(fncGetProperty(e.s, h, u"yes", vbBoolean, Variant(Str())), Variant(true));
-    EXPECT_EQ(fncGetProperty(e.s, h, u"numtext", vbBoolean, Variant(Str())), Variant(true));
-    EXPECT_EQ(fncGetProperty(e.s, h, u"when", vbDate, Variant(Str())),
-              Variant(sim::makeDate(2024, 3, 1)));
-    EXPECT_EQ(fncGetProperty(e.s, h, u"txt", vbDate, Variant(Str())), Variant(Date{0.0}));
-    EXPECT_EQ(fncGetProperty(e.s, h, u"txt", 5, Variant(Str())), Variant(Str(u"abc")));
-    EXPECT_TRUE(
-        fncGetProperty(e.s, h, u"txt", vbBoolean, Variant(Str())).isEmpty());  // CBool fails
-    // Missing.
-    EXPECT_EQ(fncGetProperty(e.s, h, u"none", vbInteger, Variant(Str())), Variant(std::int16_t{0}));
-    EXPECT_EQ(fncGetProperty(e.s, h, u"none", vbInteger, Variant(Str(u"7"))),
-              Variant(std::int16_t{7}));
-    EXPECT_EQ(fncGetProperty(e.s, h, u"none", vbInteger, Variant(std::int16_t{0})),
-              Variant(std::int16_t{0}));
-    EXPECT_EQ(fncGetProperty(e.s, h, u"none", vbDate, Variant(Str())), Variant(Date{0.0}));
-    EXPECT_EQ(fncGetProperty(e.s, h, u"none", vbString, Variant(Str())), Variant(Str()));
-    EXPECT_EQ(fncGetProperty(e.s, h, u"none", vbString, Variant(Str(u"d"))), Variant(Str(u"d")));
-    EXPECT_TRUE(fncGetProperty(e.s, h, u"none", vbBoolean, Variant(Str())).isEmpty());
-    EXPECT_EQ(fncGetProperty(e.s, h, u"none", vbBoolean, Variant(Str(u"1"))), Variant(true));
-    EXPECT_TRUE(fncGetProperty(e.s, h, u"none", 5, Variant(Str(u"x"))).isEmpty());
+    const Variant text{Str()}, empty, zero{std::int16_t{0}};
+    const std::tuple<Str, std::int16_t, Variant, Variant> cases[] = {
+        // clang-format off
+        {u"num", vbInteger, text, Variant(0.75)}, {u"txt", vbInteger, text, zero},
+        {u"numtext", vbInteger, text, Variant(u"12")}, {u"num", vbString, text, Variant(u"0.75")},
+        {u"yes", vbBoolean, text, Variant(true)}, {u"numtext", vbBoolean, text, Variant(true)},
+        {u"when", vbDate, text, Variant(sim::makeDate(2024, 3, 1))},
+        {u"txt", vbDate, text, Variant(Date{0.0})}, {u"txt", 5, text, Variant(u"abc")},
+        {u"txt", vbBoolean, text, empty},  // CBool fails
+        // Missing: the default, converted.
+        {u"none", vbInteger, text, zero}, {u"none", vbInteger, Variant(u"7"), Variant(std::int16_t{7})},
+        {u"none", vbInteger, zero, zero}, {u"none", vbDate, text, Variant(Date{0.0})},
+        {u"none", vbString, text, text}, {u"none", vbString, Variant(u"d"), Variant(u"d")},
+        {u"none", vbBoolean, text, empty}, {u"none", vbBoolean, Variant(u"1"), Variant(true)},
+        {u"none", 5, Variant(u"x"), empty},
+        // clang-format on
+    };
+    for (const auto& [name, type, dflt, expected] : cases)
+        EXPECT_EQ(fncGetProperty(e.s, h, name, type, dflt), expected) << u8(name) << " " << type;
     EXPECT_EQ(e.s.diag.strLastTrace, u"Reading the value of the Outlook property none");
     // An item that cannot be reached gives the default too.
     EXPECT_EQ(fncGetProperty(e.s, Variant(), u"num", vbInteger, Variant(Str())),
