@@ -39,12 +39,7 @@ TEST(Marking, OneEmptyMarkingPerListAndNoneWithoutSettings) {
     EXPECT_TRUE(empty.IsComplete());
     EXPECT_EQ(empty.MarkingCategories(), u"");
     Env bare;
-    try {
-        cMarking fails(bare.s);
-        ADD_FAILURE() << "no settings object, no marking";
-    } catch (const AutomationError& err) {
-        EXPECT_EQ(err.number(), 91);
-    }
+    EXPECT_EQ(errorOf([&] { cMarking fails(bare.s); }), 91);
 }
 
 TEST(Marking, BillingTextIntoMarkings) {
@@ -128,12 +123,7 @@ TEST(Marking, OutOfRangeListsRaiseOrAreReportedKeepingEarlierMarkings) {
     cMarking m(e.s);
     EXPECT_EQ(m.MetaName(1), u"");
     for (std::int16_t n : {0, 3}) {
-        try {
-            m.setMetaName(n, u"x");
-            ADD_FAILURE() << n;
-        } catch (const AutomationError& err) {
-            EXPECT_EQ(err.number(), 9);
-        }
+        EXPECT_EQ(errorOf([&] { m.setMetaName(n, u"x"); }), 9) << n;
         EXPECT_THROW(m.MetaName(n), AutomationError);
     }
     // The lists are reloaded with a third one after the marking was made.

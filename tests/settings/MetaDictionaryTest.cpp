@@ -140,12 +140,7 @@ TEST(MetaDictionary, RecordsetErrorsGoToTheCallerAndKeepEarlierRows) {
                                            Variant(u""), Variant(1.0), Variant::null()},
                                           {Variant(std::int32_t{3}), Variant(u"C"), Variant(u""),
                                            Variant(u""), Variant(1.0), Variant(true)}});
-    try {
-        d.ReadFromRecordset(Variant(rs));
-        FAIL();
-    } catch (const AutomationError& err) {
-        EXPECT_EQ(err.number(), 13);
-    }
+    EXPECT_EQ(errorOf([&] { d.ReadFromRecordset(Variant(rs)); }), 13);
     EXPECT_EQ(keys(d), (std::vector<Str>{u"A"}));
     EXPECT_TRUE(e.noReport());
 
@@ -166,12 +161,7 @@ TEST(MetaDictionary, WithoutDictionaryComponentCallsFailAsOnNothing) {
     auto r = e.takeReport();
     ASSERT_TRUE(r);
     EXPECT_EQ(r->procedure, u"modScriptingDic.fncCreateDic");
-    try {
-        d.AddMeta(u"A", u"", Currency{}, 0, u"");
-        FAIL();
-    } catch (const AutomationError& err) {
-        EXPECT_EQ(err.number(), 91);
-    }
+    EXPECT_EQ(errorOf([&] { d.AddMeta(u"A", u"", Currency{}, 0, u""); }), 91);
     d.AddMeta(u"", u"", Currency{}, 0, u"");  // an empty name is ignored first
     auto combo = std::make_shared<FakeCombo>();
     d.FillCombo(Variant(combo));

@@ -20,6 +20,17 @@ inline std::string u8(const Str& s) {
     return toUtf8(s);
 }
 
+// The number of the automation error f raises; 0 when it raises none.
+template <class F>
+std::int32_t errorOf(F&& f) {
+    try {
+        f();
+    } catch (const AutomationError& e) {
+        return e.number();
+    }
+    return 0;
+}
+
 // One error report as subErrorHandler built it.
 struct Report {
     Str description;
