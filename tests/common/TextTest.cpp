@@ -3,20 +3,12 @@
 
 #include "common/AutomationError.h"
 #include "common/Text.h"
+#include "support/ErrorOf.h"
 
 namespace hb {
 namespace {
 
 using text::Compare;
-
-std::int32_t errorOf(const std::function<void()>& f) {
-    try {
-        f();
-    } catch (const AutomationError& e) {
-        return e.number();
-    }
-    return 0;
-}
 
 TEST(Split, KeepsEmptyPiecesButEmptyTextHasNone) {
     EXPECT_TRUE(text::split(u"", u",").empty());

@@ -3,6 +3,7 @@
 
 #include "common/Object.h"
 #include "common/Variant.h"
+#include "support/ErrorOf.h"
 
 namespace hb {
 namespace {
@@ -30,15 +31,6 @@ class Thing : public Object {
     Str lastMember;
     Args lastArgs;
 };
-
-std::int32_t errorOf(const std::function<void()>& f) {
-    try {
-        f();
-    } catch (const AutomationError& e) {
-        return e.number();
-    }
-    return 0;
-}
 
 TEST(Variant, Types) {
     EXPECT_EQ(Variant().type(), Variant::Type::Empty);

@@ -16,22 +16,13 @@
 #include "platform/memory/MemoryPlatform.h"
 #include "sim/Instruments.h"
 #include "sim/Outlook.h"
+#include "support/ErrorOf.h"
 
 namespace hbtest {
 
+using hb::errorOf;
 using hb::Str;
 using hb::Variant;
-
-// The number of the automation error f raises; 0 when it raises none.
-template <class F>
-std::int32_t errorOf(F&& f) {
-    try {
-        f();
-    } catch (const hb::AutomationError& e) {
-        return e.number();
-    }
-    return 0;
-}
 
 // The LANGUAGE resource bytes of a text: UTF-16LE, with the byte-order mark
 // FF FE unless bom is false.

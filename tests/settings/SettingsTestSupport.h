@@ -13,22 +13,12 @@
 #include "common/Session.h"
 #include "common/Text.h"
 #include "platform/memory/MemoryPlatform.h"
+#include "support/ErrorOf.h"
 
 namespace hb::test {
 
 inline std::string u8(const Str& s) {
     return toUtf8(s);
-}
-
-// The number of the automation error f raises; 0 when it raises none.
-template <class F>
-std::int32_t errorOf(F&& f) {
-    try {
-        f();
-    } catch (const AutomationError& e) {
-        return e.number();
-    }
-    return 0;
 }
 
 // One error report as subErrorHandler built it.
