@@ -55,11 +55,9 @@ TEST(PersonalSettingsConstruction, DefaultsWithoutConnectionFile) {
     cPersonalSettings p(e.s);
     EXPECT_TRUE(e.noReport());
     EXPECT_TRUE(e.s.blnFSAvailable);
-    EXPECT_EQ(p.lngReportChoice, 2);
-    EXPECT_EQ(p.strReportValue, kAddinFolder);
-    EXPECT_TRUE(p.MetaDataLists.empty());
-    EXPECT_EQ(p.curPersonalRate, Currency{});
-    EXPECT_FALSE(p.blnFilterEvents || p.blnFilterPrivate || p.blnFilterRecurring);
+    // Choice, value, rate and filters as the body shows them; no lists.
+    EXPECT_EQ(p.fncBuildBody(), u"2\r\n" + kAddinFolder + u"\r\n0\r\nFalse\r\nFalse\r\nFalse\r\n");
+    EXPECT_EQ(p.fncMetadataList(), Variant(Str()));
     EXPECT_FALSE(p.blnConvert24 || p.blnRemoveLunch || p.blnCreateLocalCube || p.blnStartGrid ||
                  p.blnWriteSubject);
     EXPECT_EQ(p.intConvert24Hours, Variant(std::int16_t{8}));
@@ -70,8 +68,6 @@ TEST(PersonalSettingsConstruction, DefaultsWithoutConnectionFile) {
     EXPECT_TRUE(e.platform.folderExists(u"C:\\Users\\John\\Documents\\OLAP Cubes"));
     EXPECT_EQ(e.s.diag.strLastTrace, u"Assuming Access database");
     EXPECT_FALSE(e.platform.keyExists(u"Software\\Brindlewood"));
-    EXPECT_EQ(p.fncBuildBody(), u"2\r\n" + kAddinFolder + u"\r\n0\r\nFalse\r\nFalse\r\nFalse\r\n");
-    EXPECT_EQ(p.fncMetadataList(), Variant(Str()));
 }
 
 TEST(PersonalSettingsConstruction, ReportSourceFromThePathAndConnectionFiles) {
