@@ -52,7 +52,7 @@ Values valuesOf(const cPersonalSettings& settings, const Locale& loc) {
         MetaList list{dic->Caption, {}};
         if (dic->MetaDic) {
             for (const auto& entry : *dic->MetaDic)
-                list.entries.push_back(entry.first);
+                list.entries.emplace_back(entry.first);
         }
         v.lists.push_back(std::move(list));
     }

@@ -1,5 +1,12 @@
 #include "common/Text.h"
 
+#include <bit>
+#include <cstdint>
+#include <cstring>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 #include "common/AutomationError.h"
 
 namespace hb::text {
@@ -83,6 +90,35 @@ char16_t foldNonAscii(char16_t c) {
     return lowerChar(upperChar(c));
 }
 
+std::size_t findChar(StrView text, char16_t c, std::size_t from) {
+    const char16_t* p = text.data();
+    std::size_t i = from;
+#if defined(__SSE2__)
+    // Eight code units per compare.
+    const __m128i pattern = _mm_set1_epi16(static_cast<short>(c));
+    for (; i + 8 <= text.size(); i += 8) {
+        const __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + i));
+        const int hits = _mm_movemask_epi8(_mm_cmpeq_epi16(units, pattern));
+        if (hits != 0)
+            return i + static_cast<std::size_t>(std::countr_zero(static_cast<unsigned>(hits))) / 2;
+    }
+#else
+    // Four code units per 64-bit word: a lane equal to c becomes zero, and a
+    // zero lane is the first to borrow into its top bit.
+    constexpr std::uint64_t lanes = 0x0001000100010001ull;
+    const std::uint64_t pattern = c * lanes;
+    for (; i + 4 <= text.size(); i += 4) {
+        std::uint64_t word;
+        std::memcpy(&word, p + i, sizeof word);
+        const std::uint64_t x = word ^ pattern;
+        if (((x - lanes) & ~x & (0x8000 * lanes)) != 0) break;
+    }
+#endif
+    for (; i < text.size(); ++i)
+        if (p[i] == c) return i;
+    return StrView::npos;
+}
+
 std::vector<StrView> splitViews(StrView text, StrView delimiter) {
     std::vector<StrView> out;
     if (text.empty()) return out;
@@ -90,9 +126,17 @@ std::vector<StrView> splitViews(StrView text, StrView delimiter) {
         out.push_back(text);
         return out;
     }
+    // Each occurrence of the delimiter's first code unit is a candidate.
+    auto next = [&](std::size_t from) {
+        for (std::size_t at = findChar(text, delimiter[0], from); at != StrView::npos;
+             at = findChar(text, delimiter[0], at + 1)) {
+            if (text.substr(at, delimiter.size()) == delimiter) return at;
+        }
+        return StrView::npos;
+    };
     std::size_t pos = 0;
     for (;;) {
-        std::size_t hit = text.find(delimiter, pos);
+        std::size_t hit = next(pos);
         if (hit == StrView::npos) {
             out.push_back(text.substr(pos));
             return out;

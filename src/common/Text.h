@@ -42,6 +42,10 @@ inline char16_t foldChar(char16_t c) {
     if (c >= 0x80) return foldNonAscii(c);
     return (c >= u'A' && c <= u'Z') ? static_cast<char16_t>(c + 32) : c;
 }
+// Position (0-based) of the first c in text at or after from, or npos: the
+// settings and list texts run to hundreds of thousands of code units, so
+// they are scanned several code units at a time.
+std::size_t findChar(StrView text, char16_t c, std::size_t from = 0);
 // AscW-style code of the first character (raises 5 for an empty text).
 std::int32_t asc(StrView text);
 Str repeat(char16_t c, std::size_t count);

@@ -9,50 +9,37 @@
 
 namespace hb {
 
-// The entries of one list, carved one after another out of large blocks: a
-// list read from the settings holds tens of thousands of them, and one
-// heap allocation (and later one free) each made reading and replacing the
-// lists cost several times the parse itself. An entry's memory is given
-// back with the pool, when the list and every entry handed out are gone.
+// The entries of one list, constructed one after another in blocks: a list
+// read from the settings holds tens of thousands of them, and one heap
+// allocation (and later one free and one destructor call through the
+// shared pointer) each made reading and replacing the lists cost several
+// times the parse itself. Every entry handed out shares the ownership of
+// its block, so a block goes when the list and every entry taken from it
+// are gone.
 class EntryPool {
   public:
-    void* take(std::size_t bytes, std::size_t align) {
-        std::size_t at = (used_ + align - 1) & ~(align - 1);
-        if (blocks_.empty() || at + bytes > kBlock) {
-            // Not cleared: every entry is constructed in place.
-            blocks_.emplace_back(new std::byte[std::max(kBlock, bytes)]);
-            at = 0;
-        }
-        used_ = at + bytes;
-        return blocks_.back().get() + at;
+    std::shared_ptr<cMetaData> make() {
+        if (!block_ || block_->size() == block_->capacity())
+            startBlock(block_ ? std::min(block_->capacity() * 2, kMaxBlock) : kFirstBlock);
+        block_->emplace_back();
+        return std::shared_ptr<cMetaData>(block_, &block_->back());
+    }
+    // Room for n more entries in the current block.
+    void reserve(std::size_t n) {
+        if (!block_ || block_->capacity() - block_->size() < n) startBlock(n);
     }
 
   private:
-    static constexpr std::size_t kBlock = 64 * 1024;
-    std::vector<std::unique_ptr<std::byte[]>> blocks_;
-    std::size_t used_ = 0;
-};
-
-namespace {
-
-template <class U>
-struct PoolAllocator {
-    using value_type = U;
-    std::shared_ptr<EntryPool> pool;
-    explicit PoolAllocator(std::shared_ptr<EntryPool> p) : pool(std::move(p)) {}
-    template <class V>
-    PoolAllocator(const PoolAllocator<V>& other) : pool(other.pool) {}
-    U* allocate(std::size_t n) {
-        return static_cast<U*>(pool->take(n * sizeof(U), alignof(U)));
+    static constexpr std::size_t kFirstBlock = 16;
+    static constexpr std::size_t kMaxBlock = 4096;
+    // A block never grows past its first capacity: entries keep their place.
+    void startBlock(std::size_t capacity) {
+        auto block = std::make_shared<std::vector<cMetaData>>();
+        block->reserve(capacity);
+        block_ = std::move(block);
     }
-    void deallocate(U*, std::size_t) noexcept {}
-    template <class V>
-    bool operator==(const PoolAllocator<V>& other) const {
-        return pool == other.pool;
-    }
+    std::shared_ptr<std::vector<cMetaData>> block_;
 };
-
-}  // namespace
 
 cMetaDictionary::cMetaDictionary(Session& s) : s_(s), pool_(std::make_shared<EntryPool>()) {
     MetaDic = fncCreateDic<std::shared_ptr<cMetaData>>(s);
@@ -63,18 +50,25 @@ void cMetaDictionary::AddMeta(Str name, const Str& category, Currency hourlyRate
                               std::optional<bool> enabled) {
     // 1. An empty name is ignored.
     if (name.empty()) return;
-    // 2.
-    auto entry = std::allocate_shared<cMetaData>(PoolAllocator<cMetaData>(pool_));
-    entry->MetaName = std::move(name);
-    entry->Category = category;
-    entry->HourlyRate = hourlyRate;
-    entry->MetaID = metaID;
-    entry->SuperCategory = superCategory;
-    entry->Enabled = enabled.value_or(true);
-    // 3. The first entry of a name wins.
     if (!MetaDic) raise(err::ObjectVariableNotSet);
-    Str key = entry->MetaName;
-    MetaDic->tryAdd(std::move(key), std::move(entry));  // Exists, then Add
+    // 2./3. The first entry of a name wins (Exists, then Add); the entry is
+    // only made for a name not yet present.
+    MetaDic->tryAddWith(name, [&] {
+        auto entry = pool_->make();
+        entry->MetaName = std::move(name);
+        entry->Category = category;
+        entry->HourlyRate = hourlyRate;
+        entry->MetaID = metaID;
+        entry->SuperCategory = superCategory;
+        entry->Enabled = enabled.value_or(true);
+        return entry;
+    });
+}
+
+void cMetaDictionary::reserve(std::size_t entries, std::size_t nameChars) {
+    if (!MetaDic) return;
+    MetaDic->reserve(entries, nameChars);
+    pool_->reserve(entries);
 }
 
 Variant cMetaDictionary::fncSafeValue(const Variant& value, bool& numeric) {
@@ -126,7 +120,7 @@ void cMetaDictionary::FillCombo(const Variant& combo) noexcept {
         combo.call(u"Clear");
         if (!MetaDic) raise(err::ObjectVariableNotSet);
         for (const auto& entry : *MetaDic)
-            combo.call(u"AddItem", {Variant(entry.first)});
+            combo.call(u"AddItem", {Variant(Str(entry.first))});
     });
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 // One metadata list, an ordered name-keyed dictionary of cMetaData
 // whose keys match without regard to letter case (fncCreateDic).
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -31,6 +32,9 @@ class cMetaDictionary {
     // go to the caller.
     void AddMeta(Str name, const Str& category, Currency hourlyRate, std::int32_t metaID,
                  const Str& superCategory, std::optional<bool> enabled = std::nullopt);
+    // Room for this many entries whose names together have at most
+    // nameChars code units, so that adding them allocates nothing more.
+    void reserve(std::size_t entries, std::size_t nameChars);
     // One entry per remaining row of a recordset (EOF, MoveNext, Fields,
     // Fields.Count, Fields.Item(index or name).Value). No trap: errors go to
     // the caller and the rows added before stay.

@@ -161,15 +161,13 @@ void cPersonalSettings::parseMetadataLine(StrView line) {
     // arguments). Lists run to tens of thousands of names, so the pieces are
     // read in place and the dictionary is sized once.
     if (rest.empty()) return;
-    if (dic->MetaDic) {
-        std::size_t pieces = 1;
-        for (char16_t c : rest)
-            pieces += c == u';';
-        dic->MetaDic->reserve(pieces);
-    }
+    std::size_t separators = 0;
+    for (char16_t c : rest)
+        separators += c == u';';
+    dic->reserve(separators + 1, rest.size() - separators);
     std::size_t pos = 0;
     for (;;) {
-        const std::size_t end = rest.find(u';', pos);
+        const std::size_t end = text::findChar(rest, u';', pos);
         const StrView piece = rest.substr(pos, end == StrView::npos ? StrView::npos : end - pos);
         if (!piece.empty()) dic->AddMeta(Str(piece), Str(), Currency{}, 0, Str(), false);
         if (end == StrView::npos) return;
