@@ -112,52 +112,49 @@ TEST(SettingsEditorTest, MovesStopAtTheEndsAndRemovesTakeOneItem) {
 TEST(SettingsEditorTest, CheckNamesTheFirstValueThatWouldNotLoadBack) {
     struct Case {
         const char* what;
-        Locale loc;
         std::function<void(Values&)> change;
         std::optional<Field> refused;  // nullopt: accepted
         Str says;
+        Locale loc = Locale::enUS();
     };
     const Case cases[] = {
-        {"as given", Locale::enUS(), [](Values&) {}, std::nullopt, u""},
-        {"empty database folder", Locale::enUS(), [](Values& v) { v.reportValue = u"  "; },
-         Field::ReportValue, u"Access database folder"},
-        {"connection text over two lines", Locale::enUS(),
+        {"as given", [](Values&) {}, std::nullopt, u""},
+        {"empty database folder", [](Values& v) { v.reportValue = u"  "; }, Field::ReportValue,
+         u"Access database folder"},
+        {"connection text over two lines",
          [](Values& v) {
              v.reportChoice = 3;
              v.reportValue = u"Provider=x\r\nData Source=y";
          },
          Field::ReportValue, u"Connection text"},
-        {"rate not a number", Locale::enUS(), [](Values& v) { v.rate = u"12x"; }, Field::Rate,
+        {"rate not a number", [](Values& v) { v.rate = u"12x"; }, Field::Rate,
          u"Personal hourly rate"},
-        {"rate empty", Locale::enUS(), [](Values& v) { v.rate = u""; }, Field::Rate,
+        {"rate empty", [](Values& v) { v.rate = u""; }, Field::Rate, u"Personal hourly rate"},
+        {"rate beyond currency", [](Values& v) { v.rate = u"1e300"; }, Field::Rate,
          u"Personal hourly rate"},
-        {"rate beyond currency", Locale::enUS(), [](Values& v) { v.rate = u"1e300"; }, Field::Rate,
-         u"Personal hourly rate"},
-        {"numbers with the user's decimal comma", german(),
+        {"numbers with the user's decimal comma",
          [](Values& v) {
              v.rate = u"12,5";
              v.removeLunchHours = u"0,75";
          },
-         std::nullopt, u""},
-        {"a stored entry holding the list separator", Locale::enUS(),
+         std::nullopt, u"", german()},
+        {"a stored entry holding the list separator",
          [](Values& v) { v.lists[1].entries.push_back(u"Ann,Bob"); }, Field::Entry, u"Person: "},
-        {"a stored list named twice", Locale::enUS(),
+        {"a stored list named twice",
          [](Values& v) {
              v.lists.push_back({u"PERSON", {}});
          },
          Field::ListName, u"doubles"},
-        {"zero hours a day", Locale::enUS(), [](Values& v) { v.convert24Hours = u"0"; },
-         Field::Convert24Hours, u"Convert full days to hours"},
-        {"25 hours a day", Locale::enUS(), [](Values& v) { v.convert24Hours = u"25"; },
-         Field::Convert24Hours, u"Convert full days to hours"},
-        {"7.5 hours a day", Locale::enUS(), [](Values& v) { v.convert24Hours = u"7.5"; },
-         std::nullopt, u""},
-        {"lunch not a number", Locale::enUS(), [](Values& v) { v.removeLunchHours = u"half"; },
+        {"zero hours a day", [](Values& v) { v.convert24Hours = u"0"; }, Field::Convert24Hours,
+         u"Convert full days to hours"},
+        {"25 hours a day", [](Values& v) { v.convert24Hours = u"25"; }, Field::Convert24Hours,
+         u"Convert full days to hours"},
+        {"7.5 hours a day", [](Values& v) { v.convert24Hours = u"7.5"; }, std::nullopt, u""},
+        {"lunch not a number", [](Values& v) { v.removeLunchHours = u"half"; },
          Field::RemoveLunchHours, u"Remove lunch"},
-        {"negative lunch", Locale::enUS(), [](Values& v) { v.removeLunchHours = u"-1"; },
-         Field::RemoveLunchHours, u"Remove lunch"},
-        {"no lunch at all", Locale::enUS(), [](Values& v) { v.removeLunchHours = u"0"; },
-         std::nullopt, u""},
+        {"negative lunch", [](Values& v) { v.removeLunchHours = u"-1"; }, Field::RemoveLunchHours,
+         u"Remove lunch"},
+        {"no lunch at all", [](Values& v) { v.removeLunchHours = u"0"; }, std::nullopt, u""},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
