@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <memory>
+#include <new>
 #include <vector>
 
 #include "common/ErrorTrap.h"
@@ -18,27 +20,52 @@ namespace hb {
 // are gone.
 class EntryPool {
   public:
+    // A new entry with its fields at their defaults.
     std::shared_ptr<cMetaData> make() {
-        if (!block_ || block_->size() == block_->capacity())
-            startBlock(block_ ? std::min(block_->capacity() * 2, kMaxBlock) : kFirstBlock);
-        block_->emplace_back();
-        return std::shared_ptr<cMetaData>(block_, &block_->back());
+        if (!block_ || block_->full())
+            block_ = std::make_shared<Block>(block_ ? std::min(block_->capacity() * 2, kMaxBlock)
+                                                    : kFirstBlock);
+        return std::shared_ptr<cMetaData>(block_, block_->add());
     }
     // Room for n more entries in the current block.
     void reserve(std::size_t n) {
-        if (!block_ || block_->capacity() - block_->size() < n) startBlock(n);
+        if (!block_ || block_->room() < n) block_ = std::make_shared<Block>(n);
     }
 
   private:
     static constexpr std::size_t kFirstBlock = 16;
     static constexpr std::size_t kMaxBlock = 4096;
-    // A block never grows past its first capacity: entries keep their place.
-    void startBlock(std::size_t capacity) {
-        auto block = std::make_shared<std::vector<cMetaData>>();
-        block->reserve(capacity);
-        block_ = std::move(block);
-    }
-    std::shared_ptr<std::vector<cMetaData>> block_;
+
+    // Storage for a fixed number of entries, constructed in order; entries
+    // never move.
+    class Block {
+      public:
+        explicit Block(std::size_t capacity)
+            : items_(std::allocator<cMetaData>().allocate(capacity)), capacity_(capacity) {}
+        Block(const Block&) = delete;
+        Block& operator=(const Block&) = delete;
+        ~Block() {
+            std::destroy_n(items_, size_);
+            std::allocator<cMetaData>().deallocate(items_, capacity_);
+        }
+        std::size_t capacity() const { return capacity_; }
+        std::size_t room() const { return capacity_ - size_; }
+        bool full() const { return size_ == capacity_; }
+        // Default-initialised rather than value-initialised: the members'
+        // own initialisers give every field its value, and clearing the
+        // memory first is a good part of the cost of a large list.
+        cMetaData* add() {
+            cMetaData* entry = ::new (static_cast<void*>(items_ + size_)) cMetaData;
+            ++size_;
+            return entry;
+        }
+
+      private:
+        cMetaData* items_;
+        std::size_t capacity_;
+        std::size_t size_ = 0;
+    };
+    std::shared_ptr<Block> block_;
 };
 
 cMetaDictionary::cMetaDictionary(Session& s) : s_(s), pool_(std::make_shared<EntryPool>()) {
