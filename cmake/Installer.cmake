@@ -67,9 +67,11 @@ function(hb_msi_package target output version)
   set(upgrade_below ${CMAKE_MATCH_1}.${CMAKE_MATCH_2}.${next_patch})
 
   set(files $<TARGET_FILE:HBAddin>)
+  set(programs HBAddin)
   set(settings_exe "")
   if(TARGET HBPersonalSettingsSingle)
     list(APPEND files $<TARGET_FILE:HBPersonalSettingsSingle>)
+    list(APPEND programs HBPersonalSettingsSingle)
     set(settings_exe $<TARGET_FILE_NAME:HBPersonalSettingsSingle>)
   endif()
   set(wxs ${PROJECT_SOURCE_DIR}/installer/HBAddin.wxs)
@@ -91,6 +93,10 @@ function(hb_msi_package target output version)
     COMMENT "wixl: ${output}"
     VERBATIM)
   add_custom_target(${target} ${ARGN} DEPENDS ${output})
+  # The file paths above only make the package older than the programs; the
+  # targets must be built first, or a parallel build asks for the DLL before
+  # its rule ran.
+  add_dependencies(${target} ${programs})
 endfunction()
 
 set(HB_MSI_FILE ${CMAKE_BINARY_DIR}/HBAddin-${PROJECT_VERSION}-${hb_msi_arch}.msi)
