@@ -97,6 +97,10 @@ const Step kSession[] = {
      u"Company: Acme, Globex, Initech, Umbrella | Person: Smith, Jones | Activity: Travel, Office"},
     {Do::Select, u"Project kickoff", 0, nullptr, u"Acme, Smith, "},
     {Do::PickToolbar, u"Project kickoff", 1, u"Umbrella", u"Umbrella, Smith"},
+    {Do::OpenItem, u"Client call", 0, nullptr, nullptr},
+    {Do::PickPane, u"Client call", 3, u"Office", u"Globex, Jones, Office"},
+    {Do::PickPane, u"Client call", 1, u"Umbrella", u"Umbrella, Jones, Office"},
+    {Do::SaveAndClose, u"Client call", 0, nullptr, u"Umbrella, Jones, Office"},
 };
 
 struct Options {
