@@ -194,6 +194,9 @@ TEST_F(ReadPhrasesTest, ApostrophesRemovedDoubleQuotesKept) {
         tableLine(u"LNGERRCHART", {{4,
                                     u"\"Unable to set that chart type for this chart!\" & "
                                     u"vbCrLf & \"Please select another type.\""}}),
+        // The lines are split before the apostrophes go: CR ' LF in a text
+        // becomes a line break inside the phrase (found by the fuzzer).
+        tableLine(u"LNGTWOLINES", {{4, u"One\r'\nTwo"}}),
     }));
     hb::subReadPhrases(s, French, false);
     EXPECT_EQ(phrase(u"LNGHIDEPERSONALMORE"), u"Masquer « Plus » dans laperçu daujourdhui");
@@ -202,6 +205,8 @@ TEST_F(ReadPhrasesTest, ApostrophesRemovedDoubleQuotesKept) {
               u"vbCrLf & \"Please select another type.\"");
     hb::subReadPhrases(s, English, false);
     EXPECT_EQ(phrase(u"LNGHIDEPERSONALMORE"), u"Hide More in personal settings");
+    EXPECT_EQ(phrase(u"LNGTWOLINES"), u"One\r\nTwo");
+    EXPECT_EQ(keys().size(), 3u);
 }
 
 TEST_F(ReadPhrasesTest, EachLoadMakesANewCollection) {
