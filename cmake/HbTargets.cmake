@@ -75,7 +75,7 @@ if(HB_TESTS AND NOT HB_WINDOWS)
   hb_test(sim      hb_common hb_sim)
   hb_test(diag     hb_common hb_sim hb_diag)
   hb_test(settings hb_common hb_sim hb_diag hb_settings)
-  hb_test(session  hb_common hb_sim hb_diag hb_settings hb_session)
+  hb_test(session  hb_common hb_sim hb_diag hb_settings hb_session hb_settings_app)
   hb_test(settings-app hb_common hb_sim hb_diag hb_settings hb_settings_app)
 endif()
 

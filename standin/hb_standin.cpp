@@ -57,6 +57,8 @@ enum class Do {
     RenameList,     // in the settings dialog: rename list `box` to `entry`
     SettingsOk,     // press OK in the settings dialog: it saves and ends
     BackToOutlook,  // activate the main explorer again
+    MovePane,       // dock the open appointment window's task pane at position `box`
+    CheckStored,    // the registry's setting `entry` must hold `expect`
 };
 
 struct Step {
@@ -89,10 +91,18 @@ const Step kSession[] = {
     {Do::SaveAndClose, u"Code review", 0, nullptr, u"Initech, Jones"},
     {Do::OpenExplorer, u"Code review", 0, nullptr, u"Initech, Jones, "},
     {Do::CloseExplorer, nullptr, 0, nullptr, nullptr},
+    // The settings change while an appointment window shows its pane; the
+    // pane moved and the window closed afterwards keep what was saved.
+    {Do::OpenItem, u"Client call", 0, nullptr, nullptr},
     {Do::OpenSettings, nullptr, 0, nullptr, u"False"},
     {Do::AddEntry, nullptr, 1, u"Umbrella", nullptr},
     {Do::RenameList, nullptr, 3, u"Activity", nullptr},
     {Do::SettingsOk, nullptr, 0, nullptr, nullptr},
+    {Do::MovePane, nullptr, 3, nullptr, nullptr},
+    {Do::SaveAndClose, u"Client call", 0, nullptr, u"Globex, Jones, Travel"},
+    {Do::CheckStored, nullptr, 0, u"MetadataList",
+     u"Company:Acme;Globex;Initech;Umbrella;\r\nPerson:Smith;Jones;\r\nActivity:Travel;Office;\r\n"},
+    {Do::CheckStored, nullptr, 0, u"PaneDockPos", u"3"},
     {Do::BackToOutlook, nullptr, 0, nullptr,
      u"Company: Acme, Globex, Initech, Umbrella | Person: Smith, Jones | Activity: Travel, Office"},
     {Do::Select, u"Project kickoff", 0, nullptr, u"Acme, Smith, "},
@@ -116,6 +126,17 @@ std::string utf8(const Str& s) {
 
 std::string utf8(const std::wstring& s) {
     return hb::toUtf8(hb::com::fromWide(s.data(), s.size()));
+}
+
+// A value of the add-in's settings in the registry, as the add-in reads it.
+Str storedSetting(const Str& name) {
+    wchar_t buffer[4096] = {};
+    DWORD size = sizeof buffer;
+    if (RegGetValueW(HKEY_CURRENT_USER, L"Software\\Brindlewood\\Hourbook for Outlook\\Settings",
+                     hb::com::wide(name).c_str(), RRF_RT_REG_SZ, nullptr, buffer,
+                     &size) != ERROR_SUCCESS)
+        return u"(missing)";
+    return hb::com::fromWide(buffer, std::wcslen(buffer));
 }
 
 std::shared_ptr<sim::CommandBarControl> combo(const sim::Window& window, int n) {
@@ -311,6 +332,23 @@ void Session::act(const Step& step) {
             std::printf("\n> returns to the calendar window\n");
             sc_.returnToOutlook(sc_.explorer());
             break;
+        case Do::MovePane: {
+            std::printf("\n> moves the appointment window's task pane to dock position %d\n",
+                        step.box);
+            std::shared_ptr<sim::CustomTaskPane> shown;
+            if (inspector_)
+                for (const auto& p : inspector_->panes)
+                    if (!p->deleted) shown = p;
+            if (shown) {
+                sc_.dockPane(shown, step.box);
+            } else {
+                std::printf("   no task pane to move\n");
+                ++failures_;
+            }
+            break;
+        }
+        case Do::CheckStored:
+            break;
     }
     windows_.render();
     if (step.action == Do::Shot && !options_.shots.empty()) {
@@ -427,6 +465,11 @@ bool Session::expect(const Step& step) {
         actual = listsText(*sc_.explorer());
         what = "toolbar lists";
         std::printf("   the toolbar's lists: %s\n", utf8(actual).c_str());
+    } else if (step.action == Do::CheckStored) {
+        actual = storedSetting(step.entry);
+        what = "registry setting";
+        std::printf("\n> looks at the stored setting %s: \"%s\"\n", utf8(step.entry).c_str(),
+                    utf8(hb::text::replace(actual, u"\r\n", u"\\r\\n")).c_str());
     } else if (step.action == Do::PickPane) {
         actual = inspector_->currentItem->categories;
         what = "categories in the appointment window";

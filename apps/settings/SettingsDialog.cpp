@@ -297,6 +297,7 @@ void onOk(HWND dialog) {
         return onEntryCommand(dialog, IDC_ADDENTRY);
     DialogState& state = stateOf(dialog);
     readValues(dialog);
+    if (state.refusal) return say(dialog, *state.refusal);
     if (auto r = state.editor.check()) return refused(dialog, *r);
     if (!saveValues(state.s, state.editor)) return say(dialog, state.editor.texts().failedSave);
     finish(dialog, IDOK);

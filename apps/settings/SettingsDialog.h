@@ -1,4 +1,5 @@
 #pragma once
+#include <optional>
 // The settings dialog: shows a SettingsEditor's values, edits the metadata
 // lists through it, and on OK checks everything and saves through the
 // add-in's settings object. Cancel (or closing the window) writes nothing.
@@ -15,6 +16,9 @@ struct DialogState {
     SettingsEditor editor;
     // Set when the dialog ends: IDOK after a save, IDCANCEL otherwise.
     int result = 0;
+    // Why OK may not save (the settings kept in Outlook could not be read);
+    // OK then says so and the dialog stays.
+    std::optional<Str> refusal;
     bool modal = true;
 };
 

@@ -112,7 +112,11 @@ int dialog(HINSTANCE instance) {
     hb::LoadLanguages(s, hb::fncGetlocalLanguage(s));
     const hb::settingsapp::Texts texts = hb::settingsapp::textsFrom(s.phrases);
     hb::settingsapp::Loaded loaded = hb::settingsapp::loadValues(s);
-    if (!loaded.complete)
+    if (loaded.unread)
+        MessageBoxW(nullptr, reinterpret_cast<const wchar_t*>(loaded.unread->c_str()),
+                    reinterpret_cast<const wchar_t*>(texts.caption.c_str()),
+                    MB_OK | MB_ICONWARNING);
+    else if (!loaded.complete)
         MessageBoxW(nullptr,
                     L"Some of the stored settings could not be read. The dialog shows the "
                     L"defaults for them; OK saves what it shows.",
@@ -121,6 +125,7 @@ int dialog(HINSTANCE instance) {
     hb::settingsapp::DialogState state(
         s, hb::settingsapp::SettingsEditor(std::move(loaded.values), platform.userLocale(),
                                            hb::fncGetListSeparator(s), texts));
+    state.refusal = loaded.unread;
     hb::settingsapp::runSettingsDialog(instance, state);
     return kOk;
 }

@@ -8,6 +8,7 @@
 #include "common/Text.h"
 #include "settings/cPersonalSettings.h"
 #include "settings/modRegistryEntry.h"
+#include "settings/modSettingsAppointment.h"
 
 namespace hb::settingsapp {
 
@@ -44,15 +45,49 @@ Failure takeLists(const std::vector<Str>& fields, SettingsEditor& editor) {
 
 namespace {
 
+constexpr std::int32_t kFolderCalendar = 9;
+
+bool registryNeverWritten(Session& s) {
+    try {
+        return GetSettingString(s, u"Settings", u"ReportChoice", u"NULL") == u"NULL";
+    } catch (const std::exception&) {
+        return false;  // there, but unreadable: the load says so
+    }
+}
+
+// Before the registry is written the settings live only in the settings
+// appointment: without Outlook, or when Outlook cannot look it up, they
+// cannot be read, and a save would put empty lists in both stores.
+std::optional<Str> outlookNeeded(Session& s) {
+    if (!registryNeverWritten(s)) return std::nullopt;
+    if (auto why = connectOutlook(s, true)) return why;
+    bool unreadable = false;
+    (void)fncGetSettingsAppointment(s, &unreadable);
+    if (unreadable) return Str(u"its settings appointment could not be looked up");
+    return std::nullopt;
+}
+
 // Loads the settings as the add-in does; false when not all of the store
 // was taken.
 bool load(Session& s, cPersonalSettings& settings) {
     s.diag.blnErrorOccurred = false;
     settings.GetValuesFromSettings();
+    // A settings appointment whose body the add-in does not take over (its
+    // database folder does not fit this computer): its lists, rate and
+    // filters are still the user's and are shown, with this computer's
+    // report folder, for the user to save.
+    if (settings.blnLoadFailed() && settings.strRefusedBody()) {
+        const std::int32_t choice = settings.lngReportChoice;
+        const Str value = settings.strReportValue;
+        settings.FromString(*settings.strRefusedBody());
+        settings.lngReportChoice = choice;
+        settings.strReportValue = value;
+        return !s.diag.blnErrorOccurred;
+    }
     // A value the add-in cannot convert ends the load there (the error is
     // reported); a list text whose last line lacks its line break loses
     // that line (or, with none at all, every list) without a word.
-    bool complete = !s.diag.blnErrorOccurred;
+    bool complete = !s.diag.blnErrorOccurred && !settings.blnLoadFailed();
     try {
         const Str lists = GetSettingString(s, u"Settings", u"MetadataList", Str());
         if (!lists.empty() && text::right(lists, 2) != kCrLf) complete = false;
@@ -64,13 +99,59 @@ bool load(Session& s, cPersonalSettings& settings) {
 
 }  // namespace
 
+std::optional<Str> connectOutlook(Session& s, bool start) {
+    if (isSet(s.ofCalendar)) return std::nullopt;
+    try {
+        Variant app;
+        try {
+            app = s.platform.getActiveObject(u"Outlook.Application");
+        } catch (const std::exception&) {
+        }
+        if (!isSet(app) && start) app = s.platform.createObject(u"Outlook.Application");
+        if (!isSet(app)) return Str(u"Outlook is not running.");
+        const Variant calendar = app.call(u"GetNamespace", {Variant(u"MAPI")})
+                                     .call(u"GetDefaultFolder", {Variant(kFolderCalendar)});
+        if (!isSet(calendar)) return Str(u"Outlook has no default calendar.");
+        s.olApp = app;
+        s.ofCalendar = calendar;
+        return std::nullopt;
+    } catch (const AutomationError& e) {
+        return u"Outlook could not be reached: " + e.description();
+    } catch (const std::exception&) {
+        return Str(u"Outlook could not be reached.");
+    }
+}
+
 Loaded loadValues(Session& s) {
+    const bool firstStart = registryNeverWritten(s);
+    const std::optional<Str> outlook = outlookNeeded(s);
     cPersonalSettings settings(s);
-    const bool complete = load(s, settings);
-    return Loaded{valuesOf(settings, s.platform.userLocale()), complete};
+    Loaded loaded;
+    if (outlook) {
+        loaded.complete = false;
+        loaded.unread = u"The settings kept in Outlook could not be read (" + *outlook +
+                        u"). Start Outlook and open the settings again; nothing is saved "
+                        u"until then, so that your lists there are not replaced.";
+    } else {
+        loaded.complete = load(s, settings);
+        // Nothing saved anywhere yet: the settings every session starts with
+        // (the add-in's first load reads the missing hour values as 0).
+        if (firstStart && settings.MetaDataLists.empty() && !settings.strRefusedBody()) {
+            const cPersonalSettings fresh(s);
+            loaded.values = valuesOf(fresh, s.platform.userLocale());
+            return loaded;
+        }
+    }
+    loaded.values = valuesOf(settings, s.platform.userLocale());
+    return loaded;
 }
 
 bool saveValues(Session& s, const SettingsEditor& editor) {
+    // Settings that were never read are not replaced.
+    if (outlookNeeded(s)) return false;
+    // The settings appointment too, when Outlook runs; else the registry,
+    // which the add-in reads first, alone.
+    (void)connectOutlook(s, false);
     // A new object: its pane size and dock position are the ones every
     // session of the add-in starts with, and no earlier load can hold back
     // its save.
@@ -86,6 +167,7 @@ bool saveValues(Session& s, const SettingsEditor& editor) {
 }
 
 Failure exportBody(Session& s, std::string& utf8) {
+    if (auto why = outlookNeeded(s)) return u"The settings kept in Outlook could not be read: " + *why;
     cPersonalSettings settings(s);
     if (!load(s, settings)) return Str(u"The stored settings could not all be read.");
     // The body carries the report value on one line; a connection text of
@@ -119,6 +201,7 @@ Failure importBody(Session& s, const std::string& utf8, const Texts& texts) {
 
     const Locale loc = s.platform.userLocale();
     Loaded current = loadValues(s);
+    if (current.unread) return *current.unread;
     // The settings the body does not carry are taken from the store; where
     // it could not be read they would be replaced by defaults.
     if (!current.complete)

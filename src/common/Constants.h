@@ -1,4 +1,5 @@
 #pragma once
+#include <cstdint>
 // Texts and names that several modules share.
 #include "common/Str.h"
 
@@ -13,6 +14,9 @@ inline constexpr char16_t kRecurrenceExceptionClass[] =
     u"IPM.OLE.CLASS.{00061055-0000-0000-C000-000000000046}";
 inline constexpr char16_t kPaneProgId[] = u"HBAddin.pane";
 inline constexpr char16_t kCrLf[] = u"\r\n";
+
+// Outlook's error for an item or folder that does not exist (MAPI_E_NOT_FOUND).
+inline constexpr std::int32_t kOutlookNotFound = -2147221233;
 
 // The vendor's addresses (fictional, of the product's own domain).
 inline constexpr char16_t kSupportEmail[] = u"support@hourbook.invalid";

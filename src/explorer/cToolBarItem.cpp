@@ -120,10 +120,18 @@ void cToolBarItem::subAddButtons() {
     trap(s, u"cToolBarItem.subAddButtons", [&] {
         cPersonalSettings& settings = settingsOf(s);
 
-        // 1. After the settings program ran: one full rebuild.
-        if (s.blnSettingsChanged) {
+        // 1. After the settings program saved: one full rebuild. What counts
+        // is that the stored settings changed, not that the program was
+        // started: a window activated while its dialog is still open must
+        // not use up the rebuild before OK wrote anything, and a script's
+        // import changes the settings without any button pressed. Settings
+        // read again for a selection or a pane since the bar was built
+        // rebuild it too.
+        const bool stored = settings.fncStoreChanged();
+        if (stored || blnRebuildPending_) {
             subTrace(s, u"Rebuilding toolbar after changing settings");
-            settings.GetValuesFromSettings();
+            blnRebuildPending_ = false;
+            if (stored) settings.GetValuesFromSettings();
             RemoveToolbar();
             const Variant explorer = sessionApplication(s).call(u"ActiveExplorer");
             setOfbCurrCommandBar(fncGetToolbar(s, explorer));
@@ -407,10 +415,12 @@ void cToolBarItem::SaveValues() {
 void cToolBarItem::GetCurrentValues() {
     Session& s = s_;
     trap(s, u"cToolBarItem.GetCurrentValues", [&] {
-        if (s.blnSettingsChanged) {
+        // Read again once the settings program (or an import) has saved.
+        if (settingsOf(s).fncStoreChanged()) {
             subTrace(s, u"Getting the new values because the user has changed settings");
             settingsOf(s).GetValuesFromSettings();
             s.blnSettingsChanged = false;
+            blnRebuildPending_ = true;
         }
         subTrace(s, u"Checking Billing Information -property");
         const auto marking = std::make_shared<cMarking>(s);
@@ -543,6 +553,13 @@ void cToolBarItem::subAddCTP(const Variant& inspector) {
                                               }));
 
         cPersonalSettings& settings = settingsOf(s);
+        // The pane shows the lists as stored now, also when the settings
+        // program saved since the calendar last read them.
+        if (settings.fncStoreChanged()) {
+            settings.GetValuesFromSettings();
+            s.blnSettingsChanged = false;
+            blnRebuildPending_ = true;
+        }
         ctpSetUp_.emplace();
         pane.put(u"DockPosition", Variant(settings.intPaneDockPos));
         // A docked pane gets only the size across its dock side, a floating
@@ -600,7 +617,7 @@ void cToolBarItem::objCTP_DockPositionStateChange(const Variant& pane, bool from
             settings.intPaneDockPos = *dock;
             settings.intPaneHeight = *height;
             settings.intPaneWidth = *width;
-            settings.SaveSettings();
+            settings.SavePaneSettings();
         });
     }
     s.err.clear();

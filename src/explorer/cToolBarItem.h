@@ -84,6 +84,9 @@ class cToolBarItem : public std::enable_shared_from_this<cToolBarItem> {
         std::int32_t count = -1;
     };
     Filled filled_[3];
+    // The settings were read again after a save by the settings program
+    // before the bar was rebuilt for them: the next subAddButtons does it.
+    bool blnRebuildPending_ = false;
     Variant ouiCurrItem_;
     Variant ouiItems_;
     EventConnection ouiItemsEvents_;

@@ -76,6 +76,9 @@ class Platform {
     virtual std::int32_t regDeleteValue(RegKey key, const Str& name) = 0;
     virtual std::int32_t regDeleteTree(const Str& path) = 0;
     virtual void regCloseKey(RegKey key) = 0;
+    // The key's last write time (RegQueryInfoKey), as a number that changes
+    // whenever one of the key's values is set or deleted.
+    virtual std::int32_t regKeyWriteTime(RegKey key, std::uint64_t& stamp) = 0;
 
     // Folders and files. Paths use "\". Text files are read in the system
     // default (ANSI) encoding.

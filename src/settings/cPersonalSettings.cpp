@@ -285,12 +285,43 @@ void cPersonalSettings::SaveSettings() noexcept {
         SaveSettingString(s_, kSection, u"PaneWidth", toStr(intPaneWidth));
         SaveSettingString(s_, kSection, u"PaneHeight", toStr(intPaneHeight));
         SaveSettingString(s_, kSection, u"PaneDockPos", toStr(intPaneDockPos));
+        noteStoreSeen();
     });
+}
+
+void cPersonalSettings::SavePaneSettings() noexcept {
+    // As for every save, nothing after a load that failed or took only part
+    // of the stores.
+    if (loadFailed_) return;
+    // Only the three pane values are written: the add-in changes nothing
+    // else, and a whole save from this session's copy would put back lists,
+    // rates and filters older than what the settings program stored since.
+    const bool changedElsewhere = fncStoreChanged();
+    trap(s_, u"SaveSettings", [&] {
+        subTrace(s_, u"Saving personal settings to registry");
+        SaveSettingString(s_, kSection, u"PaneWidth", toStr(intPaneWidth));
+        SaveSettingString(s_, kSection, u"PaneHeight", toStr(intPaneHeight));
+        SaveSettingString(s_, kSection, u"PaneDockPos", toStr(intPaneDockPos));
+    });
+    // Another program's save that came before this one is still to be read.
+    if (!changedElsewhere) noteStoreSeen();
+}
+
+bool cPersonalSettings::fncStoreChanged() const noexcept {
+    return GetSectionWriteTime(s_.platform, kSection) != seenWriteTime_;
+}
+
+void cPersonalSettings::noteStoreSeen() noexcept {
+    seenWriteTime_ = GetSectionWriteTime(s_.platform, kSection);
 }
 
 bool cPersonalSettings::GetValuesFromSettings() noexcept {
     loadFailed_ = false;
+    refusedBody_.reset();
     ++generation_;
+    // Taken before reading: a save by another program while this load runs
+    // shows as a change afterwards and is read again.
+    noteStoreSeen();
     const bool ran = trap(s_, u"GetValuesFromSettings", [&] {
         const Locale loc = s_.platform.userLocale();
         // 1.
@@ -338,17 +369,29 @@ void cPersonalSettings::subReadExistingSettingAppointment2050() noexcept {
         const Locale loc = s_.platform.userLocale();
         // 1.
         subTrace(s_, u"Getting settings from appointment on 1 jan 2050");
-        // 2.
-        const Variant appointment = fncGetSettingsAppointment(s_);
-        if (!isSomething(appointment)) return;
+        // 2. An appointment that is there but could not be read leaves the
+        // load incomplete: the empty lists must not be saved over it.
+        bool unreadable = false;
+        const Variant appointment = fncGetSettingsAppointment(s_, &unreadable);
+        if (!isSomething(appointment)) {
+            if (unreadable) loadFailed_ = true;
+            return;
+        }
         // 3.
         const Str body = fncGetLongProperty(s_, appointment, u"Settings");
         const std::vector<StrView> fields = text::splitViews(body, kCrLf);
         // 4.
         if (fields.size() > 6) {
+            // A body that is not taken over leaves the load incomplete: the
+            // lists it holds are the user's, and saving the empty ones read
+            // here would replace them.
+            const auto refuse = [&] {
+                refusedBody_ = body;
+                loadFailed_ = true;
+            };
             // a. Not numeric: nothing at all is taken.
             const Str choiceText(fields[0]);
-            if (!isNumeric(Variant(choiceText), loc)) return;
+            if (!isNumeric(Variant(choiceText), loc)) return refuse();
             // b.
             const std::int16_t choice = textToInteger(choiceText, loc);
             const Str value(fields[1]);
@@ -366,14 +409,14 @@ void cPersonalSettings::subReadExistingSettingAppointment2050() noexcept {
                     // Single-user installation: the default database only.
                     if (!(text::equalsNoCase(storedDatabase, defaultDatabase) &&
                           fsFileExists(s_, storedDatabase))) {
-                        return;
+                        return refuse();
                     }
                 } else {
                     // Workgroup installation: a database elsewhere only.
                     if (!(fsFileExists(s_, programFolder + u"HBPersonalSettings.exe") &&
                           fsFileExists(s_, storedDatabase) &&
                           !text::equalsNoCase(storedDatabase, defaultDatabase))) {
-                        return;
+                        return refuse();
                     }
                 }
             }

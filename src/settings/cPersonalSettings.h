@@ -12,6 +12,7 @@
 // of the hour values is the user's, as the settings program writes them.
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "common/Session.h"
@@ -59,6 +60,15 @@ class cPersonalSettings {
 
     // Operations, in the order of the interface.
     void SaveSettings() noexcept;
+    // Stores the task pane's size and dock position, the only settings the
+    // add-in itself changes: the three registry values and nothing else, so
+    // that what the settings program saved meanwhile is never written over
+    // with this session's older copy.
+    void SavePaneSettings() noexcept;
+    // True when another program (the settings program, an import) has
+    // written the registry's settings since this object last read or wrote
+    // them: the fields are then older than what is stored.
+    bool fncStoreChanged() const noexcept;
     bool GetValuesFromSettings() noexcept;  // always True
     void FromString(const Str& strSettings) noexcept;
     // FromString for the task pane's own copy: the lists are taken even
@@ -80,6 +90,11 @@ class cPersonalSettings {
     // subPopulateMetadataList, FromString): a combo box filled at this
     // generation still shows the lists as they are.
     std::uint64_t generation() const { return generation_; }
+    // The settings body of the settings appointment when a first-start load
+    // found one but did not take it (its first line is no report choice, or
+    // its database folder does not fit this installation). The settings
+    // program offers its lists instead of empty ones.
+    const std::optional<Str>& strRefusedBody() const { return refusedBody_; }
 
   private:
     void classInitialize();
@@ -92,9 +107,14 @@ class cPersonalSettings {
                       bool rateMayFail = false);
     void parseBody(const Str& strSettings, bool rateMayFail);
 
+    // The registry's write time as this object last saw it (read or written).
+    void noteStoreSeen() noexcept;
+
     Session& s_;
     bool loadFailed_ = false;
     std::uint64_t generation_ = 0;
+    std::optional<std::uint64_t> seenWriteTime_;
+    std::optional<Str> refusedBody_;
 };
 
 }  // namespace hb

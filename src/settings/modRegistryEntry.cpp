@@ -12,16 +12,20 @@ namespace {
 
 // The checks both operations make, in the order application name, section,
 // key, and the key path.
-Str checkedPath(const Str& strSection, const Str& strKey) {
+Str sectionPath(const Str& strSection) {
     Str appName = kRegistryAppName;  // the host's product name would stand in for an empty one
     if (appName.empty()) appName = u"Hourbook for Outlook";
     const Str app = text::trim(appName);
     const Str section = text::trim(strSection);
-    const Str key = text::trim(strKey);
     if (app.empty()) raise(regerr::kAppNameEmpty, u"AppName may not be empty");
     if (section.empty()) raise(regerr::kSectionEmpty, u"Section may not be empty");
-    if (key.empty()) raise(regerr::kKeyEmpty, u"Key may not be empty");
     return u"Software\\Brindlewood\\" + app + u"\\" + section;
+}
+
+Str checkedPath(const Str& strSection, const Str& strKey) {
+    Str path = sectionPath(strSection);
+    if (text::trim(strKey).empty()) raise(regerr::kKeyEmpty, u"Key may not be empty");
+    return path;
 }
 
 }  // namespace
@@ -90,6 +94,20 @@ Str GetSettingString(Platform& p, const Str& strSection, const Str& strKey, cons
     }
     if (pending) throw *pending;
     return result;
+}
+
+std::optional<std::uint64_t> GetSectionWriteTime(Platform& p, const Str& strSection) noexcept {
+    try {
+        RegKey handle = 0;
+        if (p.regOpenKey(sectionPath(strSection), handle) != win::ErrorSuccess) return std::nullopt;
+        std::uint64_t stamp = 0;
+        const std::int32_t read = p.regKeyWriteTime(handle, stamp);
+        p.regCloseKey(handle);
+        if (read != win::ErrorSuccess) return std::nullopt;
+        return stamp;
+    } catch (...) {
+        return std::nullopt;
+    }
 }
 
 }  // namespace hb

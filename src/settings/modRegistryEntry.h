@@ -5,6 +5,7 @@
 // AutomationError in two ranges above the interface error base: 1000 + n
 // for an empty name, 2000 + the registry's result code for a failed call.
 #include <cstdint>
+#include <optional>
 
 #include "common/Session.h"
 
@@ -23,6 +24,11 @@ constexpr std::int32_t kRegistry = kBase + 2000;      // + the registry result c
 void SaveSettingString(Platform& p, const Str& strSection, const Str& strKey, const Str& strValue);
 // Reads one value; a missing key or value gives the default.
 Str GetSettingString(Platform& p, const Str& strSection, const Str& strKey, const Str& strDefault);
+
+// The section's last write time: changes whenever any program sets or
+// deletes one of its values. Nothing when the section does not exist or
+// cannot be read; never raises.
+std::optional<std::uint64_t> GetSectionWriteTime(Platform& p, const Str& strSection) noexcept;
 
 inline void SaveSettingString(Session& s, const Str& strSection, const Str& strKey,
                               const Str& strValue) {

@@ -32,16 +32,27 @@ Variant addUserProperty(const Variant& properties, const Str& name, std::int32_t
 
 }  // namespace
 
-Variant fncGetSettingsAppointment(Session& s) noexcept {
+Variant fncGetSettingsAppointment(Session& s, bool* blnUnreadable) noexcept {
     // Errors are ignored throughout.
     const Str subject = kSettingsSubject;
     Variant item;
+    if (blnUnreadable) *blnUnreadable = false;
     // 1.
     subTrace(s, u"Trying to find appointment " + subject);
-    // 2. The items collection's default item lookup by text.
+    // 2. The items collection's default item lookup by text. Only Outlook's
+    // "not found" means there is none: any other failure says nothing about
+    // the settings appointment, and making a new, empty one then would leave
+    // two, the empty one found first from then on.
     Variant items;
-    resumeNext(s, [&] { items = s.ofCalendar.get(u"Items"); });
-    resumeNext(s, [&] { item = items.call(u"Item", {Variant(subject)}); });
+    bool lookedUp = resumeNext(s, [&] { items = s.ofCalendar.get(u"Items"); });
+    if (lookedUp && !resumeNext(s, [&] { item = items.call(u"Item", {Variant(subject)}); })) {
+        lookedUp = s.err.number == kOutlookNotFound;
+    }
+    if (!lookedUp) {
+        s.err.clear();
+        if (blnUnreadable) *blnUnreadable = true;
+        return Variant::nothing();
+    }
     if (isSomething(item)) {
         // 3. A found item whose subject differs: search by a filter instead.
         Str found;

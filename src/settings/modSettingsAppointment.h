@@ -26,8 +26,11 @@ constexpr std::int16_t vbBoolean = 11;
 constexpr double kSettingsDay = 54789.0;
 
 // The settings appointment, created when missing; Nothing when it can be
-// neither found nor created (errors are ignored throughout).
-Variant fncGetSettingsAppointment(Session& s) noexcept;
+// neither found nor created (errors are ignored throughout). Only a lookup
+// that Outlook answers with "not found" counts as missing: when the lookup
+// itself fails, Nothing is returned and *blnUnreadable set, and no second
+// settings appointment is made beside the one that could not be read.
+Variant fncGetSettingsAppointment(Session& s, bool* blnUnreadable = nullptr) noexcept;
 // Creates and saves a new settings appointment. Raises on failure.
 Variant fncAddSettingsAppointment(Session& s);
 // Stores strValue as the long property strName of item (pieces strName0..k

@@ -3,8 +3,10 @@
 // appointments hold before and after the user's actions.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 
+#include "apps/settings/SettingsStore.h"
 #include "common/Constants.h"
 #include "session/ExplorerSupport.h"
 #include "session/SessionHarness.h"
@@ -40,13 +42,17 @@ Stores storesOf(SessionHarness& h) {
     return out;
 }
 
-// A settings appointment as an earlier save left it.
-std::shared_ptr<sim::Item> addSettingsAppointment(SessionHarness& h,
-                                                  const Str& subject = hb::kSettingsSubject) {
+// A settings appointment as an earlier save left it: the body, the lists
+// as categories and the body as the long property "Settings".
+std::shared_ptr<sim::Item> addSettingsAppointment(
+    SessionHarness& h, const Str& subject = hb::kSettingsSubject,
+    const Str& body = u"2\r\nC:\\Data\\\r\n0\r\nFalse\r\nFalse\r\nFalse\r\nCompany:Acme;\r\n") {
     auto item = h.outlook().calendar()->addAppointment(subject, sim::makeDate(2050, 1, 1, 0),
                                                        sim::makeDate(2050, 1, 1, 0));
-    item->body = u"2\r\nC:\\Data\\\r\n0\r\nFalse\r\nFalse\r\nFalse\r\nCompany:Acme;\r\n";
+    item->body = body;
     item->setCategories(u"Company:Acme;");
+    item->addUserProperty(u"Settings0", sim::ol::Text, Variant(body));
+    item->addUserProperty(u"SettingsCount", sim::ol::Number, Variant(std::int32_t{0}));
     return item;
 }
 
@@ -132,6 +138,8 @@ TEST(DataSafety, ShowingAPaneKeepsOddSettingsAndKeepsWorking) {
         EXPECT_EQ(h.setting(c.name), Str(c.value));
         EXPECT_EQ(h.setting(u"PaneDockPos"), Str(u"3"));
         if (c.reread) {
+            // The whole save, as the settings program makes it.
+            h.session().oPersonalSettings->SaveSettings();
             hb::cPersonalSettings reread(h.session());
             reread.FromString(storesOf(h).body);
             EXPECT_EQ(reread.strReportValue, c.reread);
@@ -186,6 +194,7 @@ TEST(DataSafety, AFindThatRaisesKeepsTheSettingsAppointmentFound) {
     h.start();
     h.instruments().failMember(u"Find", u"Items");
     openAndMovePane(h, appt);
+    h.session().oPersonalSettings->SaveSettings();
     h.instruments().clearFaults();
     const Stores after = storesOf(h);
     EXPECT_EQ(after.settingsAppointments, 1u);
@@ -242,6 +251,92 @@ TEST(DataSafety, AnotherWindowsFolderSwitchLeavesTheCalendarItsToolbar) {
     h.sc().switchFolder(calendarWindow, projects);
     EXPECT_EQ(addinBarsIn(*calendarWindow), 0u);
     EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
+}
+
+// The settings program saves while an appointment window shows its pane;
+// moving the pane and closing the window afterwards store the pane's place
+// and keep everything the program saved, in both stores.
+TEST(DataSafety, APaneMovedOrClosedAfterTheSettingsProgramSavedKeepsItsSettings) {
+    SessionHarness h;
+    h.setLists(workgroupLists());
+    auto appt = h.addAppointment(u"Review", u"Globex, Smith");
+    h.start();
+    auto inspector = h.sc().openInspector(appt);
+    auto pane = h.paneOf(*inspector);
+    ASSERT_TRUE(pane);
+
+    // The settings program, with a session of its own on this computer,
+    // reaching the running Outlook; the user adds an entry and a rate.
+    {
+        hb::Session program(h.platform());
+        hb::settingsapp::Loaded loaded = hb::settingsapp::loadValues(program);
+        ASSERT_TRUE(loaded.complete);
+        loaded.values.lists[0].entries.push_back(u"Umbrella");
+        loaded.values.rate = u"95";
+        ASSERT_TRUE(hb::settingsapp::saveValues(
+            program, hb::settingsapp::SettingsEditor(loaded.values, h.platform().userLocale(), u",")));
+    }
+    Stores saved = storesOf(h);
+    ASSERT_EQ(saved.settingsAppointments, 1u);
+    ASSERT_NE(saved.body.find(u"Umbrella"), Str::npos);
+
+    h.sc().dockPane(pane, kDockBottom);
+    h.sc().close(inspector);
+    Stores after = storesOf(h);
+    EXPECT_EQ(after.registry.at(u"PaneDockPos").second, u"3");
+    for (const char16_t* pane : {u"PaneDockPos", u"PaneWidth", u"PaneHeight"}) {
+        after.registry.erase(pane);
+        saved.registry.erase(pane);
+    }
+    EXPECT_EQ(after, saved);
+
+    // The calendar's toolbar shows the saved lists when Outlook comes back.
+    h.sc().returnToOutlook(h.sc().explorer());
+    h.sc().select(h.sc().explorer(), {appt});
+    const auto& entries = h.combo(*h.sc().explorer(), 1)->entries;
+    EXPECT_NE(std::find(entries.begin(), entries.end(), u"Umbrella"), entries.end());
+    EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
+}
+
+// A first start whose settings appointment is not taken over (its first
+// line is no report choice, its database is not on this computer) or
+// cannot be looked up: the lists in it stay, and no second settings
+// appointment is made, whatever the session saves.
+TEST(DataSafety, ASettingsAppointmentNotTakenOverIsNeverSavedOver) {
+    const Str lists = u"Company:Acme;Globex;\r\nPerson:Smith;\r\n";
+    struct Case {
+        const char* what;
+        Str body;
+        bool lookupFails;
+    };
+    const Case cases[] = {
+        {"first line no report choice", u"x\r\ny\r\n0\r\nFalse\r\nFalse\r\nFalse\r\n" + lists,
+         false},
+        {"database not on this computer",
+         u"2\r\nD:\\Old PC\\\r\n0\r\nFalse\r\nFalse\r\nFalse\r\n" + lists, false},
+        {"the lookup fails", u"2\r\nD:\\Old PC\\\r\n0\r\nFalse\r\nFalse\r\nFalse\r\n" + lists,
+         true},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        SessionHarness h;
+        auto stored = addSettingsAppointment(h, hb::kSettingsSubject, c.body);
+        auto appt = h.addAppointment(u"Review");
+        if (c.lookupFails) h.instruments().failMember(u"Item", u"Items");
+        h.start();
+        ASSERT_TRUE(h.loaded());
+        EXPECT_TRUE(h.session().oPersonalSettings->blnLoadFailed());
+        openAndMovePane(h, appt);
+        h.session().oPersonalSettings->SaveSettings();
+        h.instruments().clearFaults();
+
+        const Stores after = storesOf(h);
+        EXPECT_EQ(after.settingsAppointments, 1u);
+        EXPECT_EQ(stored->body, c.body);
+        EXPECT_EQ(stored->findUserProperty(u"Settings0")->value.toStr(), c.body);
+        EXPECT_FALSE(h.setting(u"ReportChoice"));
+        EXPECT_FALSE(h.setting(u"MetadataList"));
+    }
 }
 
 }  // namespace

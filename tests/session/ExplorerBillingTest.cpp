@@ -224,8 +224,8 @@ TEST_F(ExplorerBilling, BoxesAreRefilledOnlyWhenTheirListsChanged) {
     EXPECT_EQ(callsOf(h.instruments(), u"AddItem"), fills + third);
     EXPECT_EQ(combo(3)->entries.size(), third);
 
-    // Settings read again: every box once more.
-    h.session().blnSettingsChanged = true;
+    // Settings saved again (by the settings program): every box once more.
+    h.setSetting(u"MetadataList", *h.setting(u"MetadataList"));
     h.sc().select(ex, {a});
     EXPECT_EQ(callsOf(h.instruments(), u"AddItem"), fills + third + entries);
     EXPECT_EQ(combo(1)->entries.size(), 3u);

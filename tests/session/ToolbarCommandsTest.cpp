@@ -162,6 +162,39 @@ TEST_F(ToolbarCommands, AfterTheSettingsProgramTheBarIsRebuiltOnceWithTheNewList
     EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
 }
 
+// The settings are read again when they were saved, not when the program
+// was started: a window activated while the dialog is still open changes
+// nothing and leaves the rebuild for OK; a script's import, with no button
+// pressed, is read all the same.
+TEST_F(ToolbarCommands, TheBarFollowsTheStoredSettingsNotTheLaunch) {
+    for (const bool launched : {true, false}) {
+        SCOPED_TRACE(launched ? "Settings button" : "import by a script");
+        SessionHarness fresh;
+        fresh.setLists(workgroupLists());
+        fresh.addProgram(u"HBPersonalSettings.exe");
+        auto appt = fresh.addAppointment(u"Review", u"Dent, Smith");
+        fresh.start();
+        auto window = fresh.sc().explorer();
+        const auto bounce = [&] {
+            fresh.sc().close(fresh.sc().openInspector(fresh.outlook().inbox()->addMail(u"Note")));
+        };
+        if (launched) {
+            fresh.sc().click(fresh.button(*window, 1556));
+            const auto adds = callsOf(fresh.instruments(), u"Add");
+            bounce();  // the dialog is still open
+            EXPECT_EQ(callsOf(fresh.instruments(), u"Add"), adds);
+            EXPECT_TRUE(fresh.session().blnSettingsChanged);
+        }
+        fresh.setSetting(u"MetadataList", u"Client:Acme;Dent;\r\nPerson:Smith;\r\n");
+        bounce();
+        EXPECT_FALSE(fresh.session().blnSettingsChanged);
+        EXPECT_EQ(fresh.combo(*window, 1)->caption, u"Client");
+        fresh.sc().select(window, {appt});
+        EXPECT_EQ(fresh.combo(*window, 1)->text, u"Dent");
+        EXPECT_EQ(fresh.errorDialogs(), 0u) << fresh.messageBoxesText();
+    }
+}
+
 TEST_F(ToolbarCommands, AShownAppointmentRereadsTheSettingsAfterTheSettingsProgram) {
     h.addProgram(u"HBPersonalSettings.exe");
     auto appt = h.addAppointment(u"Review", u"Dent, Brown");

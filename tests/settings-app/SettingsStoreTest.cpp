@@ -9,6 +9,7 @@
 
 #include "apps/settings/SettingsStore.h"
 #include "platform/memory/MemoryPlatform.h"
+#include "settings/SimSupport.h"
 #include "settings/cPersonalSettings.h"
 
 namespace hb::settingsapp {
@@ -16,13 +17,19 @@ namespace {
 
 constexpr char16_t kKey[] = u"Software\\Brindlewood\\Hourbook for Outlook\\Settings";
 
+// The program on a computer where Outlook runs.
 struct Env {
     MemoryPlatform platform;
     Session s{platform};
+    sim::Scenario outlook;
     Env() {
         platform.setListSeparator(u",");
         platform.setDocumentsFolder(u"C:\\Users\\Ann\\Documents");
         platform.setModuleFolder(u"C:\\Program Files\\Hourbook");
+        platform.setActiveObject(
+            u"Outlook.Application",
+            outlook.instruments().toAddin(Variant(ObjectPtr(outlook.outlook().application())),
+                                          u"GetObject"));
     }
     std::map<Str, Str> registry() const {
         std::map<Str, Str> values;
@@ -189,6 +196,115 @@ TEST(SettingsStoreTest, ExportAndImportRefuseWhereTheStoreCannotBeCarried) {
     const auto before = env.registry();
     EXPECT_TRUE(importBody(env.s, "2\r\nC:\\\r\n0\r\nFalse\r\nFalse\r\nFalse\r\n").has_value());
     EXPECT_EQ(env.registry(), before);
+}
+
+// Before the registry was ever written the settings live only in the
+// settings appointment: the program reads it through Outlook, and where it
+// cannot, it saves nothing rather than empty lists.
+struct FirstStart : hb::test::SimEnv {
+    FirstStart() {
+        s.ofCalendar = Variant();  // the program has no Outlook of its own
+        platform.setListSeparator(u",");
+    }
+    void outlookRuns() {
+        platform.setActiveObject(u"Outlook.Application",
+                                 handle(sc.outlook().application()));
+    }
+    SettingsEditor editor(Values v) {
+        return SettingsEditor(std::move(v), platform.userLocale(), u",");
+    }
+    std::size_t registryValues() { return platform.valueNames(kKey).size(); }
+};
+
+const Str kOldBody = u"2\r\nC:\\Elsewhere\\\r\n12\r\nTrue\r\nFalse\r\nFalse\r\n"
+                     u"Company:Acme;Globex;\r\nPerson:Ann;\r\n";
+
+TEST(SettingsStoreTest, AFirstStartReadsTheListsKeptInOutlook) {
+    struct Case {
+        const char* what;
+        bool running, creatable;
+        Str body;
+        std::vector<MetaList> lists;  // what the dialog shows
+    };
+    const std::vector<MetaList> old = {{u"Company", {u"Acme", u"Globex"}}, {u"Person", {u"Ann"}}};
+    const Case cases[] = {
+        // The database folder of another computer: the body is not taken
+        // over as a whole, but its lists are shown with this computer's
+        // report folder.
+        {"Outlook running", true, false, kOldBody, old},
+        {"Outlook started for it", false, true, kOldBody, old},
+        // A first line that is no report choice: the same.
+        {"a body without a report choice", true, false,
+         u"x\r\ny\r\n0\r\nFalse\r\nFalse\r\nFalse\r\nCompany:Acme;Globex;\r\nPerson:Ann;\r\n", old},
+        {"no settings appointment yet", true, false, Str(), {}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        FirstStart env;
+        if (!c.body.empty()) env.addSettingsAppointment(c.body);
+        if (c.running) env.outlookRuns();
+        if (c.creatable)
+            env.platform.setCreatableObject(u"Outlook.Application",
+                                            env.handle(env.sc.outlook().application()));
+        Loaded loaded = loadValues(env.s);
+        EXPECT_FALSE(loaded.unread.has_value());
+        EXPECT_EQ(loaded.values.lists, c.lists);
+        EXPECT_EQ(loaded.values.reportValue, u"C:\\Program Files\\Hourbook\\");
+
+        // Saved, the lists are in both stores.
+        ASSERT_TRUE(saveValues(env.s, env.editor(loaded.values)));
+        EXPECT_EQ(env.platform.value(kKey, u"MetadataList")->text,
+                  c.lists.empty() ? Str() : Str(u"Company:Acme;Globex;\r\nPerson:Ann;\r\n"));
+        ASSERT_TRUE(env.settingsItem());
+        EXPECT_EQ(env.settingsItemCount(), 1u);
+        EXPECT_NE(env.settingsItem()->body.find(u"C:\\Program Files\\Hourbook\\"), Str::npos);
+    }
+}
+
+TEST(SettingsStoreTest, WithoutOutlookAFirstStartSavesNothing) {
+    FirstStart env;
+    auto item = env.addSettingsAppointment(kOldBody);
+    const Loaded loaded = loadValues(env.s);
+    ASSERT_TRUE(loaded.unread.has_value());
+    EXPECT_NE(loaded.unread->find(u"Outlook"), Str::npos) << toUtf8(*loaded.unread);
+    EXPECT_TRUE(loaded.values.lists.empty());
+
+    // Neither OK nor an import writes anything.
+    EXPECT_FALSE(saveValues(env.s, env.editor(loaded.values)));
+    const auto failure =
+        importBody(env.s, "2\r\nC:\\\r\n0\r\nFalse\r\nFalse\r\nFalse\r\nCompany:X;\r\n");
+    ASSERT_TRUE(failure.has_value());
+    std::string body;
+    EXPECT_TRUE(exportBody(env.s, body).has_value());
+    EXPECT_EQ(env.registryValues(), 0u);
+    EXPECT_EQ(item->body, kOldBody);
+
+    // A settings appointment Outlook cannot look up is not replaced either,
+    // nor is a second one made beside it.
+    env.outlookRuns();
+    env.sc.instruments().failMember(u"Item", u"Items");
+    const Loaded blocked = loadValues(env.s);
+    EXPECT_TRUE(blocked.unread.has_value());
+    EXPECT_FALSE(saveValues(env.s, env.editor(blocked.values)));
+    EXPECT_EQ(env.registryValues(), 0u);
+    EXPECT_EQ(env.settingsItemCount(), 1u);
+}
+
+TEST(SettingsStoreTest, ASaveAlsoUpdatesTheSettingsAppointmentWhenOutlookRuns) {
+    FirstStart env;
+    env.outlookRuns();
+    ASSERT_TRUE(saveValues(env.s, env.editor(sample())));
+    ASSERT_TRUE(env.settingsItem());
+    EXPECT_NE(env.settingsItem()->body.find(u"Company:Acme;Globex;\r\nPerson:Ann;\r\nExtra:\r\n"),
+              Str::npos);
+
+    // Outlook closed after the registry was written once: the registry
+    // alone, which the add-in reads first.
+    FirstStart closed;
+    closed.platform.setString(kKey, u"ReportChoice", u"2");
+    ASSERT_TRUE(saveValues(closed.s, closed.editor(sample())));
+    EXPECT_GT(closed.registryValues(), 0u);
+    EXPECT_FALSE(closed.settingsItem());
 }
 
 }  // namespace

@@ -119,5 +119,38 @@ TEST_F(RegistryStoreWinTest, BlankNamesAreRefused) {
     }
 }
 
+// The section's write time, as Windows keeps it for the key: unchanged by
+// reading, changed by every value written, by this store or by any other
+// program's own registry call, and nothing for a section not yet there.
+TEST_F(RegistryStoreWinTest, TheSectionsWriteTimeChangesWithEveryWriteAndNoRead) {
+    EXPECT_FALSE(GetSectionWriteTime(p_, section_).has_value());
+    SaveSettingString(p_, section_, u"MetadataList", u"Company:Acme;\r\n");
+    const auto first = GetSectionWriteTime(p_, section_);
+    ASSERT_TRUE(first.has_value());
+    EXPECT_EQ(GetSettingString(p_, section_, u"MetadataList", u""), u"Company:Acme;\r\n");
+    EXPECT_EQ(GetSectionWriteTime(p_, section_), first);
+
+    // The registry's times move on with the system clock: writes a clock
+    // tick apart.
+    Sleep(20);
+    SaveSettingString(p_, section_, u"PaneDockPos", u"3");
+    const auto second = GetSectionWriteTime(p_, section_);
+    ASSERT_TRUE(second.has_value());
+    EXPECT_GT(*second, *first);
+
+    Sleep(20);
+    HKEY key = nullptr;
+    ASSERT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, wideKeyPath().c_str(), 0, KEY_SET_VALUE, &key),
+              ERROR_SUCCESS);
+    const wchar_t text[] = L"Client:Dent;\r\n";
+    ASSERT_EQ(RegSetValueExW(key, L"MetadataList", 0, REG_SZ, reinterpret_cast<const BYTE*>(text),
+                             sizeof text),
+              ERROR_SUCCESS);
+    RegCloseKey(key);
+    const auto third = GetSectionWriteTime(p_, section_);
+    ASSERT_TRUE(third.has_value());
+    EXPECT_GT(*third, *second);
+}
+
 }  // namespace
 }  // namespace hb

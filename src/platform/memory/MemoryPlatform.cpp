@@ -175,9 +175,7 @@ std::int32_t MemoryPlatform::regSetString(RegKey key, const Str& name, const Str
     v.type = win::RegSz;
     v.text = text;
     v.sizeBytes = text.empty() ? 0 : static_cast<std::uint32_t>(text.size() + 1);
-    auto it = k->values.find(name);
-    if (it == k->values.end()) it = k->values.emplace(name, StoredValue{name, {}}).first;
-    it->second.value = std::move(v);
+    storeValue(*k, name, std::move(v));
     return win::ErrorSuccess;
 }
 
@@ -190,9 +188,7 @@ std::int32_t MemoryPlatform::regSetDword(RegKey key, const Str& name, std::uint3
     v.type = win::RegDword;
     v.sizeBytes = 4;
     v.dword = dword;
-    auto it = k->values.find(name);
-    if (it == k->values.end()) it = k->values.emplace(name, StoredValue{name, {}}).first;
-    it->second.value = std::move(v);
+    storeValue(*k, name, std::move(v));
     return win::ErrorSuccess;
 }
 
@@ -201,7 +197,9 @@ std::int32_t MemoryPlatform::regDeleteValue(RegKey key, const Str& name) {
     if (failing("regDeleteValue", &f)) return f.code;
     Key* k = nullptr;
     if (auto rc = handleKey(key, k, true)) return rc;
-    return k->values.erase(name) ? win::ErrorSuccess : win::ErrorFileNotFound;
+    if (!k->values.erase(name)) return win::ErrorFileNotFound;
+    k->written = ++writeClock_;
+    return win::ErrorSuccess;
 }
 
 std::int32_t MemoryPlatform::regDeleteTree(const Str& path) {
@@ -225,6 +223,22 @@ void MemoryPlatform::regCloseKey(RegKey key) {
     handles_.erase(key);
 }
 
+std::int32_t MemoryPlatform::regKeyWriteTime(RegKey key, std::uint64_t& stamp) {
+    Failure f;
+    if (failing("regKeyWriteTime", &f)) return f.code;
+    Key* k = nullptr;
+    if (auto rc = handleKey(key, k, false)) return rc;
+    stamp = k->written;
+    return win::ErrorSuccess;
+}
+
+void MemoryPlatform::storeValue(Key& key, const Str& name, RegValue value) {
+    auto it = key.values.find(name);
+    if (it == key.values.end()) it = key.values.emplace(name, StoredValue{name, {}}).first;
+    it->second.value = std::move(value);
+    key.written = ++writeClock_;
+}
+
 bool MemoryPlatform::keyExists(const Str& path) const {
     return findKey(splitKeyPath(path)) != nullptr;
 }
@@ -245,9 +259,7 @@ void MemoryPlatform::setString(const Str& path, const Str& name, const Str& text
     v.text = text;
     v.sizeBytes =
         sizeBytes ? *sizeBytes : (text.empty() ? 0 : static_cast<std::uint32_t>(text.size() + 1));
-    auto it = k.values.find(name);
-    if (it == k.values.end()) it = k.values.emplace(name, StoredValue{name, {}}).first;
-    it->second.value = std::move(v);
+    storeValue(k, name, std::move(v));
 }
 
 void MemoryPlatform::setDword(const Str& path, const Str& name, std::uint32_t dword) {
@@ -256,9 +268,7 @@ void MemoryPlatform::setDword(const Str& path, const Str& name, std::uint32_t dw
     v.type = win::RegDword;
     v.sizeBytes = 4;
     v.dword = dword;
-    auto it = k.values.find(name);
-    if (it == k.values.end()) it = k.values.emplace(name, StoredValue{name, {}}).first;
-    it->second.value = std::move(v);
+    storeValue(k, name, std::move(v));
 }
 
 void MemoryPlatform::setRawValue(const Str& path, const Str& name, std::uint32_t type,
@@ -267,9 +277,7 @@ void MemoryPlatform::setRawValue(const Str& path, const Str& name, std::uint32_t
     RegValue v;
     v.type = type;
     v.sizeBytes = sizeBytes;
-    auto it = k.values.find(name);
-    if (it == k.values.end()) it = k.values.emplace(name, StoredValue{name, {}}).first;
-    it->second.value = std::move(v);
+    storeValue(k, name, std::move(v));
 }
 
 void MemoryPlatform::createKey(const Str& path) {

@@ -6,7 +6,7 @@
 //
 // Failure injection: every service has a name, the name of its member
 // function ("regCreateKey", "regOpenKey", "regQueryValue", "regSetString",
-// "regSetDword", "regDeleteValue", "regDeleteTree", "specialFolder",
+// "regSetDword", "regDeleteValue", "regDeleteTree", "regKeyWriteTime", "specialFolder",
 // "fileExists", "folderExists", "createFolder", "readTextFile",
 // "appendLine", "moduleFolder", "resource", "createComponent", "getActiveObject",
 // "createObject", "messageBox", "run", "expandEnvironment", "localeInfo",
@@ -47,6 +47,7 @@ class MemoryPlatform : public Platform {
     std::int32_t regDeleteValue(RegKey key, const Str& name) override;
     std::int32_t regDeleteTree(const Str& path) override;
     void regCloseKey(RegKey key) override;
+    std::int32_t regKeyWriteTime(RegKey key, std::uint64_t& stamp) override;
 
     std::optional<Str> specialFolder(int csidl) override;
     bool fileExists(const Str& path) override;
@@ -208,6 +209,7 @@ class MemoryPlatform : public Platform {
         Str name;
         std::map<Str, StoredValue, NoCaseLess> values;
         std::map<Str, Key, NoCaseLess> subkeys;
+        std::uint64_t written = 0;  // the clock at the last value set or deleted
     };
     struct Handle {
         std::vector<Str> path;
@@ -225,6 +227,9 @@ class MemoryPlatform : public Platform {
     const Key* findKey(const std::vector<Str>& parts) const;
     Key* findKey(const std::vector<Str>& parts);
     Key& makeKey(const std::vector<Str>& parts);
+    // Sets a value (keeping the letter case of its first writing) and the
+    // key's write time.
+    void storeValue(Key& key, const Str& name, RegValue value);
     std::int32_t handleKey(RegKey handle, Key*& key, bool write);
     static Str normPath(const Str& path);
     static Str parentPath(const Str& path);
@@ -236,6 +241,7 @@ class MemoryPlatform : public Platform {
     Key root_;
     std::map<RegKey, Handle> handles_;
     RegKey nextHandle_ = kFirstHandle;
+    std::uint64_t writeClock_ = 0;  // every value write ticks it
 
     Str documents_ = u"C:\\Users\\John\\Documents";
     Str moduleFolder_ = u"C:\\Program Files\\Hourbook";

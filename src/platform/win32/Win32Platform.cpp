@@ -215,6 +215,14 @@ void Win32Platform::regCloseKey(RegKey key) {
     if (key != 0) RegCloseKey(hkey(key));
 }
 
+std::int32_t Win32Platform::regKeyWriteTime(RegKey key, std::uint64_t& stamp) {
+    FILETIME written{};
+    const LONG r = RegQueryInfoKeyW(hkey(key), nullptr, nullptr, nullptr, nullptr, nullptr,
+                                    nullptr, nullptr, nullptr, nullptr, nullptr, &written);
+    stamp = (static_cast<std::uint64_t>(written.dwHighDateTime) << 32) | written.dwLowDateTime;
+    return r;
+}
+
 // ---------------------------------------------------------------- folders and files
 
 std::optional<Str> Win32Platform::specialFolder(int csidl) {

@@ -22,6 +22,7 @@ class Win32Platform : public Platform {
     std::int32_t regDeleteValue(RegKey key, const Str& name) override;
     std::int32_t regDeleteTree(const Str& path) override;
     void regCloseKey(RegKey key) override;
+    std::int32_t regKeyWriteTime(RegKey key, std::uint64_t& stamp) override;
 
     std::optional<Str> specialFolder(int csidl) override;
     bool fileExists(const Str& path) override;
