@@ -16,6 +16,7 @@
 #include "apps/settings/SettingsStore.h"
 #include "platform/win32/Win32Platform.h"
 #include "settings/cPersonalSettings.h"
+#include "sim/Scenario.h"
 
 #include <gtest/gtest.h>
 #include <windows.h>
@@ -86,10 +87,12 @@ class SettingsAppDialog : public ::testing::Test {
             GTEST_SKIP() << "no X display for Wine's windows; SettingsAppXvfb runs these tests "
                             "under an Xvfb server of its own";
         deleteSettings();
+        s_.ofCalendar = Variant(ObjectPtr(outlook_.outlook().calendar()));
     }
     void TearDown() override {
         if (dialog_ && IsWindow(dialog_)) DestroyWindow(dialog_);
         boxes_.reset();
+        s_.ofCalendar = Variant();
         deleteSettings();
     }
 
@@ -169,6 +172,9 @@ class SettingsAppDialog : public ::testing::Test {
 
     Win32Platform platform_;
     Session s_{platform_};
+    // The Outlook the program reads the settings appointment from (a first
+    // start: the registry holds nothing yet).
+    sim::Scenario outlook_;
     std::unique_ptr<DialogState> state_;
     HWND dialog_ = nullptr;
     std::unique_ptr<test::MessageBoxWatcher> boxes_;
@@ -335,9 +341,21 @@ TEST_F(SettingsAppDialog, KeyboardReachesEveryControlInOrder) {
 
 // ---------------------------------------------------------------- the command line
 
+// Outlook does not run for these: the registry was written once before
+// (ReportChoice), so the program needs only the registry.
 class SettingsAppCommandLine : public ::testing::Test {
   protected:
-    void SetUp() override { deleteSettings(); }
+    void SetUp() override {
+        deleteSettings();
+        HKEY key = nullptr;
+        if (RegCreateKeyExW(HKEY_CURRENT_USER, kKey, 0, nullptr, 0, KEY_SET_VALUE, nullptr, &key,
+                            nullptr) == ERROR_SUCCESS) {
+            const wchar_t choice[] = L"2";
+            RegSetValueExW(key, L"ReportChoice", 0, REG_SZ, reinterpret_cast<const BYTE*>(choice),
+                           sizeof choice);
+            RegCloseKey(key);
+        }
+    }
     void TearDown() override {
         deleteSettings();
         DeleteFileW(file_.c_str());
@@ -397,6 +415,19 @@ TEST_F(SettingsAppCommandLine, RefusedImportsSayWhyAndWriteNothing) {
         EXPECT_NE(r.err.find(c.says), std::string::npos) << r.err;
         EXPECT_EQ(registry(), before);
     }
+}
+
+// Before the registry was ever written the settings are only in Outlook:
+// without it, neither /import nor /export touches anything.
+TEST_F(SettingsAppCommandLine, AFirstStartWithoutOutlookImportsNothing) {
+    deleteSettings();
+    writeAll(file_, "2\r\nC:\\Data\\\r\n0\r\nFalse\r\nFalse\r\nFalse\r\nCustomer:Acme;\r\n");
+    const Outcome imported = run(L"/import \"" + file_ + L"\"");
+    EXPECT_NE(imported.exitCode, 0u);
+    EXPECT_NE(imported.err.find("Outlook could not be reached"), std::string::npos) << imported.err;
+    const Outcome exported = run(L"/export \"" + file_ + L"\"");
+    EXPECT_NE(exported.exitCode, 0u);
+    EXPECT_FALSE(registry().has_value());
 }
 
 // ---------------------------------------------------------------- under Xvfb
