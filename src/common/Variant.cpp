@@ -51,8 +51,40 @@ num::Parsed parseOrRaise(const Str& s, const Locale& loc) {
     return *p;
 }
 
-// A boolean word ("True"/"False" in any letter case), if the text is one.
+// The value of "&H"/"&O" text in an integer of the given width: the digits
+// are its bits (so "&HFFFF" is -1 in 16 bits), a sign negates that; more
+// digits than the width overflow.
+std::int64_t radixInteger(const num::Parsed& p, int bits) {
+    const std::uint64_t mask = bits == 16 ? 0xFFFFull : 0xFFFFFFFFull;
+    if (p.radixValue > mask) raise(err::Overflow);
+    const std::int64_t x = bits == 16 ? static_cast<std::int16_t>(p.radixValue)
+                                      : static_cast<std::int32_t>(p.radixValue);
+    return p.negative ? -x : x;
+}
+
+// A parsed number as a Double, or nullopt when it is beyond the Double's
+// range. Hexadecimal and octal text is a 32-bit signed value, as the system
+// reads it for a Double.
+std::optional<double> parsedDouble(const num::Parsed& p) {
+    if (p.radix) {
+        if (p.radixValue > 0xFFFFFFFFull) return std::nullopt;
+        return static_cast<double>(radixInteger(p, 32));
+    }
+    return num::toDouble(p);
+}
+
+// A text's Double (CDbl), raising 13 or 6.
+double textDouble(const Str& s, const Locale& loc) {
+    auto d = parsedDouble(parseOrRaise(s, loc));
+    if (!d) raise(err::Overflow);
+    return *d;
+}
+
+// A boolean word, if the text is one: "True"/"False" in any letter case, or
+// "#TRUE#"/"#FALSE#" (as the run time writes booleans to files) exactly so.
 std::optional<bool> boolWord(const Str& s) {
+    if (s == u"#TRUE#") return true;
+    if (s == u"#FALSE#") return false;
     auto eq = [&](const char16_t* w) {
         std::size_t n = std::char_traits<char16_t>::length(w);
         if (s.size() != n) return false;
@@ -105,14 +137,9 @@ std::int64_t toIntegral(const Variant& in, const Locale& loc, std::int64_t lo, s
             const Str& s = as<Str>(v);
             num::Parsed p = parseOrRaise(s, loc);
             if (p.radix) {
-                std::uint64_t mask = (hexBits == 16) ? 0xFFFFull : 0xFFFFFFFFull;
-                std::uint64_t x = p.radixValue;
-                if (x > mask) raise(err::Overflow);
-                std::int64_t sx =
-                    (hexBits == 16) ? static_cast<std::int16_t>(x) : static_cast<std::int32_t>(x);
-                if (p.negative) sx = -sx;
-                if (sx < lo || sx > hi) raise(err::Overflow);
-                return sx;
+                const std::int64_t x = radixInteger(p, hexBits);
+                if (x < lo || x > hi) raise(err::Overflow);
+                return x;
             }
             auto x = num::toScaledInteger(p, 0);
             if (!x || *x < lo || *x > hi) raise(err::Overflow);
@@ -228,6 +255,18 @@ Variant Variant::byRef(std::shared_ptr<Variant> slot) {
     return v;
 }
 
+Variant Variant::error(std::int32_t scode) {
+    Variant v;
+    v.v_ = ErrorTag{scode};
+    return v;
+}
+
+std::int32_t Variant::errorCode() const {
+    const Variant& v = deref();
+    if (v.type() != Type::Error) raise(err::TypeMismatch);
+    return std::get<ErrorTag>(v.v_).scode;
+}
+
 Variant::Type Variant::type() const {
     return static_cast<Type>(v_.index());
 }
@@ -285,12 +324,8 @@ double Variant::toDouble(const Locale& loc) const {
             return as<Date>(v).days;
         case Type::Boolean:
             return as<bool>(v) ? -1.0 : 0.0;
-        case Type::String: {
-            num::Parsed p = parseOrRaise(as<Str>(v), loc);
-            auto d = num::toDouble(p);
-            if (!d) raise(err::Overflow);
-            return *d;
-        }
+        case Type::String:
+            return textDouble(as<Str>(v), loc);
         default:
             raise(err::TypeMismatch);
     }
@@ -317,11 +352,7 @@ Currency Variant::toCurrency(const Locale& loc) const {
             return Currency::fromUnits(as<bool>(v) ? -1 : 0);
         case Type::String: {
             num::Parsed p = parseOrRaise(as<Str>(v), loc);
-            if (p.radix) {
-                auto x = static_cast<std::int64_t>(p.radixValue);
-                if (p.radixValue > 0xFFFFFFFFull) raise(err::Overflow);
-                return Currency::fromUnits(p.negative ? -x : x);
-            }
+            if (p.radix) return Currency::fromUnits(radixInteger(p, 32));
             auto x = num::toScaledInteger(p, 4);
             if (!x) raise(err::Overflow);
             return Currency{*x};
@@ -351,11 +382,11 @@ bool Variant::toBool(const Locale& loc) const {
         case Type::Boolean:
             return as<bool>(v);
         case Type::String: {
+            // A number counts by its Double, as the system converts: "1E400"
+            // overflows and "1E-400", which is 0 as a Double, is False.
             const Str& s = as<Str>(v);
             if (auto b = boolWord(s)) return *b;
-            num::Parsed p = parseOrRaise(s, loc);
-            if (p.radix) return p.radixValue != 0;
-            return !num::isZero(p);
+            return textDouble(s, loc) != 0.0;
         }
         default:
             raise(err::TypeMismatch);
@@ -460,7 +491,7 @@ bool isNumeric(const Variant& in, const Locale& loc) {
         case Variant::Type::String: {
             // As the run time: the text must convert to a Double.
             auto p = num::parse(as<Str>(v), loc);
-            return p.has_value() && num::toDouble(*p).has_value();
+            return p.has_value() && parsedDouble(*p).has_value();
         }
         default:
             return false;
@@ -515,6 +546,9 @@ std::string debugString(const Variant& in) {
             return prefix + "Missing";
         case Variant::Type::ByRef:
             return "ByRef (no slot)";
+        case Variant::Type::Error:
+            std::snprintf(buf, sizeof buf, "Error 0x%08X", static_cast<unsigned>(v.errorCode()));
+            return prefix + buf;
     }
     return "?";
 }

@@ -49,6 +49,7 @@ class Variant {
         Object,   // possibly Nothing
         Missing,  // an omitted optional argument
         ByRef,    // a slot the callee may write (Cancel)
+        Error,    // an error value (CVErr) with its status code
     };
 
     Variant() = default;
@@ -71,6 +72,9 @@ class Variant {
     static Variant missing();
     static Variant nothing() { return Variant(ObjectPtr()); }
     static Variant byRef(std::shared_ptr<Variant> slot);
+    // An error value carrying a status code (an HRESULT; the run time's
+    // CVErr(n) is 0x800A0000 + n). It converts to nothing else (13).
+    static Variant error(std::int32_t scode);
 
     Type type() const;
     bool isEmpty() const { return type() == Type::Empty; }
@@ -80,6 +84,10 @@ class Variant {
     bool isNothing() const;  // an object variant holding no object
     bool isString() const { return type() == Type::String; }
     bool isByRef() const { return type() == Type::ByRef; }
+    bool isError() const { return type() == Type::Error; }
+    // The status code of an error value (seen through a by-reference slot);
+    // raises 13 for any other value.
+    std::int32_t errorCode() const;
 
     // A by-reference slot's target (the variant itself otherwise).
     const Variant& deref() const;
@@ -118,8 +126,13 @@ class Variant {
     struct MissingTag {
         bool operator==(const MissingTag&) const = default;
     };
+    struct ErrorTag {
+        std::int32_t scode;
+        bool operator==(const ErrorTag&) const = default;
+    };
+    // In the order of Type, whose values are these indexes.
     std::variant<std::monostate, NullTag, std::int16_t, std::int32_t, double, Currency, Date, Str,
-                 bool, ObjectPtr, MissingTag, std::shared_ptr<Variant>>
+                 bool, ObjectPtr, MissingTag, std::shared_ptr<Variant>, ErrorTag>
         v_;
     friend struct VariantAccess;
 };
@@ -131,8 +144,8 @@ bool isSet(const Variant& v);
 // IsNumeric: numbers, booleans, Empty (as in the run time), and texts that
 // parse as a number in the locale (blanks around, sign, decimal separator,
 // thousands separators, exponent, "&H"/"&O" prefixes) and convert to a
-// Double (so "1E400" is not numeric). Empty text, Null,
-// dates and objects are not numeric.
+// Double (so "1E400" and "&H100000000" are not numeric). Empty text, Null,
+// dates, objects and error values are not numeric.
 bool isNumeric(const Variant& v, const Locale& loc = Locale::current());
 // IsDate: a date value, or a text that parses as a date in the locale.
 bool isDate(const Variant& v, const Locale& loc = Locale::current());

@@ -167,7 +167,10 @@ TEST(Conversions, CLngAndCDbl) {
         {S(u"1.234,5"), 1234.5, &kDe},
         // "." groups thousands in German, also after the decimal comma.
         {S(u"1234.5"), 12345.0, &kDe}, {S(u"1,2.3"), 1.23, &kDe}, {S(u"1E400"), kOverflow},
-        {S(u"x1"), kMismatch}, {Variant::null(), kNull}},
+        {S(u"x1"), kMismatch}, {Variant::null(), kNull},
+        // Hexadecimal text is a 32-bit signed value, as for CLng.
+        {S(u"&H80000000"), -2147483648.0}, {S(u"&HFFFFFFFF"), -1.0},
+        {S(u"&H7FFFFFFF"), 2147483647.0}, {S(u"&H100000000"), kOverflow}},
         [](const Variant& v, const Locale& l) { return v.toDouble(l); });
 }
 
@@ -185,7 +188,7 @@ TEST(Conversions, CCurFourDecimalsHalfToEvenFromTheExactValue) {
         // 10000 rounded on the way.
         {Variant(922337203685477.0), 9223372036854770000}, {Variant(0.00025), 3},
         {Variant(0.00015), 1}, {Variant(-2.5), -25000}, {Variant(922337203685477.625), kOverflow},
-        {Variant(kInf), kOverflow}},
+        {Variant(kInf), kOverflow}, {S(u"&HFFFFFFFF"), -10000}, {S(u"&H100000000"), kOverflow}},
         [](const Variant& v, const Locale& l) { return v.toCurrency(l).scaled; });
 }
 
@@ -217,7 +220,14 @@ TEST(Conversions, CBoolAndCStr) {
         {S(u"True"), true}, {S(u"TRUE"), true}, {S(u"tRuE"), true}, {S(u"False"), false},
         {S(u"false"), false}, {S(u"0"), false}, {S(u"-1"), true}, {S(u" 2.5 "), true},
         {S(u"0.0"), false}, {S(u"yes"), kMismatch}, {S(u""), kMismatch},
-        {S(u"Truee"), kMismatch}, {Variant::null(), kNull}, {Variant::nothing(), kMismatch}},
+        {S(u"Truee"), kMismatch}, {Variant::null(), kNull}, {Variant::nothing(), kMismatch},
+        // As the run time writes them to files; only so.
+        {S(u"#TRUE#"), true}, {S(u"#FALSE#"), false}, {S(u"#true#"), kMismatch},
+        {S(u" #TRUE#"), kMismatch},
+        // Numbers count by their Double: beyond its range they overflow, below
+        // its smallest value they are zero; hexadecimal text is 32 bits.
+        {S(u"1E400"), kOverflow}, {S(u"2e308"), kOverflow}, {S(u"1E-400"), false},
+        {S(u"&H80000000"), true}, {S(u"&H100000000"), kOverflow}},
         [](const Variant& v, const Locale& l) { return v.toBool(l); });
     const double d = dt::serial(2024, 3, 5);
     Locale iso;
@@ -316,7 +326,7 @@ TEST(Conversions, IsNumericAndIsDate) {
         {D(1.0), false}, {Variant::nothing(), false}, {Variant::missing(), false},
         {S(u""), false}, {S(u" "), false}, {S(u"  12 "), true}, {S(u"-12.5"), true},
         {S(u"+.5"), true}, {S(u"1,000"), true}, {S(u"1e-3"), true}, {S(u"&H10"), true},
-        {S(u"&O17"), true}, {S(u"1E400"), false}, {S(u"12a"), false}, {S(u"1.2.3"), false},
+        {S(u"&O17"), true}, {S(u"&H100000000"), false}, {S(u"1E400"), false}, {S(u"12a"), false}, {S(u"1.2.3"), false},
         {S(u"-"), false}, {S(u"True"), false}, {S(u",5"), false}, {S(u"1,5"), true, &kDe},
         {S(u"1.000,5"), true, &kDe}, {S(u"1,000.5"), true, &kDe}, {S(u"1,000,5"), false, &kDe}},
         [](const Variant& v, const Locale& l) { return isNumeric(v, l); });

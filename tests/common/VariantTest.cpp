@@ -50,6 +50,28 @@ TEST(Variant, Types) {
     EXPECT_FALSE(Variant(std::make_shared<Thing>()).isNothing());
     EXPECT_FALSE(Variant().isNothing());
     EXPECT_TRUE(Variant::missing().isMissing());
+    EXPECT_EQ(Variant::error(-2146826246).type(), Variant::Type::Error);
+}
+
+// An error value keeps its code, is equal only to the same code, and
+// converts to nothing else.
+TEST(Variant, ErrorValues) {
+    const Variant e = Variant::error(-2146826246);  // CVErr(2042)
+    EXPECT_TRUE(e.isError());
+    EXPECT_EQ(e.errorCode(), -2146826246);
+    EXPECT_EQ(Variant::byRef(std::make_shared<Variant>(e)).errorCode(), -2146826246);
+    EXPECT_EQ(e, Variant::error(-2146826246));
+    EXPECT_NE(e, Variant::error(-2147467259));
+    EXPECT_NE(e, Variant(std::int32_t{-2146826246}));
+    EXPECT_FALSE(isNumeric(e));
+    EXPECT_EQ(debugString(e), "Error 0x800A07FA");
+    for (auto convert :
+         {+[](const Variant& v) { v.toInteger(); }, +[](const Variant& v) { v.toLong(); },
+          +[](const Variant& v) { v.toDouble(); }, +[](const Variant& v) { v.toCurrency(); },
+          +[](const Variant& v) { v.toBool(); }, +[](const Variant& v) { v.toStr(); },
+          +[](const Variant& v) { v.toDate(); }})
+        EXPECT_EQ(errorOf([&] { convert(e); }), 13);
+    EXPECT_EQ(errorOf([&] { Variant(std::int32_t{5}).errorCode(); }), 13);
 }
 
 TEST(Variant, ByRefSlots) {

@@ -113,6 +113,9 @@ Outcome system(VARIANT& src, VARTYPE vt, LCID lcid) {
         case VT_BSTR:
             o.value = show(Str(V_BSTR(&dst), V_BSTR(&dst) + SysStringLen(V_BSTR(&dst))));
             break;
+        case VT_BOOL:
+            o.value = V_BOOL(&dst) ? "True" : "False";
+            break;
         default:
             ADD_FAILURE() << "no comparison for type " << vt;
     }
@@ -144,6 +147,9 @@ Outcome addin(const Variant& v, VARTYPE vt, const Locale& loc) {
                 break;
             case VT_BSTR:
                 o.value = show(v.toStr(loc));
+                break;
+            case VT_BOOL:
+                o.value = v.toBool(loc) ? "True" : "False";
                 break;
             default:
                 break;
@@ -279,7 +285,7 @@ TEST_P(ConversionOracle, NumbersInText) {
                 for (const Str& c : symbols) {
                     Str input = replaceAll(c, u"{X}", replaceAll(s, u"{X}", number + e));
                     input = replaceAll(input, u"{C}", loc_.currencySymbol);
-                    compareText(input, {VT_I2, VT_I4, VT_R8, VT_CY});
+                    compareText(input, {VT_I2, VT_I4, VT_R8, VT_CY, VT_BOOL});
                 }
     }
     for (const char16_t* other :
@@ -290,10 +296,26 @@ TEST_P(ConversionOracle, NumbersInText) {
           u"0e5",    u"00012",   u"\u00A05",    u"5\u00A0",   u"\u20AC5", u"12,50 \u20AC",
           u"$5",     u"1 000,5", u"3-",         u"12,5\u20AC"}) {
         // Wine's oleaut32 answers overflow for &H and &O text as a double or
-        // currency: those are compared as integers only.
+        // currency: those are compared as integers only (and below).
         compareText(other, {VT_I2, VT_I4});
-        if (Str(other).find(u'&') == Str::npos) compareText(other, {VT_R8, VT_CY});
+        if (Str(other).find(u'&') == Str::npos) compareText(other, {VT_R8, VT_CY, VT_BOOL});
     }
+}
+
+// Booleans from text: the words, "#TRUE#"/"#FALSE#" as the run time writes
+// them to files, and numbers, which count by their Double (so beyond its
+// range they overflow and below its smallest value they are zero).
+// Hexadecimal text is a 32-bit signed value as a Double too; Wine answers
+// overflow for &H text beyond 0x7FFFFFFF whose negation does not fit either
+// ("&HFFFFFFFF", -1 in Windows), so those are left out.
+TEST_P(ConversionOracle, BooleansAndHexadecimalText) {
+    for (const char16_t* t : {u"True", u"tRUE", u"False", u"#TRUE#", u"#FALSE#", u"#true#",
+                              u" #TRUE# ", u"#TRUE", u"TRUE#", u"Wahr", u"Vrai", u"1E400", u"2e308",
+                              u"-1e400", u"1E-400", u"1e-320", u"-0", u"0e9", u"2{D}5"})
+        compareText(replaceAll(t, u"{D}", loc_.decimalSeparator), {VT_BOOL, VT_R8});
+    for (const char16_t* t : {u"&H80000000", u"&H10", u"&H0", u"&H8000", u"&H7FFFFFFF",
+                              u"&O20000000000", u"&H100000000", u"&HFFFFFFFFFFFFFFFFF"})
+        compareText(t, {VT_R8, VT_BOOL, VT_I4});
 }
 
 // Doubles to integers and currency: banker's rounding on the exact value.

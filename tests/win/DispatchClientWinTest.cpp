@@ -87,6 +87,7 @@ TEST_F(ComApartment, EveryValueTypeCrossesBothWays) {
         Variant(true),
         Variant(false),
         Variant::nothing(),
+        Variant::error(MAKE_HRESULT(1, FACILITY_CONTROL, 2042)),
     };
     for (const Variant& v : values) {
         Args args{v};
@@ -136,6 +137,79 @@ TEST_F(ComApartment, TypesWithoutASubtypeBecomeTheNearestOneAsWindowsConvertsThe
     V_VT(&ref) = VT_I4 | VT_BYREF;
     V_I4REF(&ref) = &target;
     EXPECT_EQ(com::fromVARIANT(ref), Variant(std::int32_t{7}));
+}
+
+// Decimals keep their value: as Currency where it holds them exactly (four
+// decimals at most, within its range), else as the nearest Double, which
+// oleaut32 gives as the oracle.
+TEST_F(ComApartment, DecimalsKeepTheirValueAsCurrencyOrElseDouble) {
+    struct Case {
+        const wchar_t* text;
+        std::int64_t currency;  // scaled by 10000; 0: the Double
+    };
+    const Case cases[] = {{L"0.75", 7500},
+                          {L"-0.75", -7500},
+                          {L"2.5", 25000},
+                          {L"0.1", 1000},
+                          {L"5", 50000},
+                          {L"0.0001", 1},
+                          {L"922337203685477.5807", 922337203685477LL * 10000 + 5807},
+                          {L"-922337203685477.5808", -922337203685477LL * 10000 - 5808},
+                          {L"0.00005", 0},
+                          {L"922337203685477.5808", 0},
+                          {L"0.3333333333333333333333333333", 0},
+                          {L"79228162514264337593543950335", 0}};
+    for (const Case& c : cases) {
+        VARIANT in;
+        VariantInit(&in);
+        ASSERT_EQ(VarDecFromStr(const_cast<OLECHAR*>(c.text), 0x0409, 0, &V_DECIMAL(&in)), S_OK);
+        V_VT(&in) = VT_DECIMAL;
+        const Variant got = com::fromVARIANT(in);
+        if (c.currency) {
+            EXPECT_EQ(got, Variant(Currency{c.currency})) << c.text;
+        } else {
+            double nearest = 0;
+            ASSERT_EQ(VarR8FromDec(&V_DECIMAL(&in), &nearest), S_OK);
+            EXPECT_EQ(got, Variant(nearest)) << c.text;
+        }
+        DECIMAL* ref = &V_DECIMAL(&in);
+        VARIANT byRef;
+        V_VT(&byRef) = VT_DECIMAL | VT_BYREF;
+        V_DECIMALREF(&byRef) = ref;
+        EXPECT_EQ(com::fromVARIANT(byRef), got) << c.text;
+    }
+}
+
+// An error value other than "parameter not found" stays an error value with
+// its status code, goes back to COM as the same VT_ERROR, and converts to
+// nothing else (13), as in oleaut32.
+TEST_F(ComApartment, ErrorValuesKeepTheirCodeBothWays) {
+    const SCODE codes[] = {MAKE_HRESULT(1, FACILITY_CONTROL, 2042), E_FAIL, DISP_E_TYPEMISMATCH,
+                           S_OK};
+    for (SCODE sc : codes) {
+        VARIANT in;
+        VariantInit(&in);
+        V_VT(&in) = VT_ERROR;
+        V_ERROR(&in) = sc;
+        const Variant got = com::fromVARIANT(in);
+        EXPECT_EQ(got, Variant::error(sc));
+        EXPECT_FALSE(isNumeric(got)) << std::hex << sc;
+        VARIANT back;
+        VariantInit(&back);
+        com::toVARIANT(got, back);
+        EXPECT_EQ(V_VT(&back), VT_ERROR) << std::hex << sc;
+        EXPECT_EQ(V_ERROR(&back), sc) << std::hex << sc;
+        VARIANT asLong;
+        VariantInit(&asLong);
+        EXPECT_EQ(VariantChangeType(&asLong, &in, 0, VT_I4), DISP_E_TYPEMISMATCH);
+        for (auto convert :
+             {+[](const Variant& v) { v.toLong(); }, +[](const Variant& v) { v.toDouble(); },
+              +[](const Variant& v) { v.toStr(); }, +[](const Variant& v) { v.toBool(); }}) {
+            const auto e = test::raisedBy([&] { convert(got); });
+            ASSERT_TRUE(e) << std::hex << sc;
+            EXPECT_EQ(e->number(), 13);
+        }
+    }
 }
 
 TEST_F(ComApartment, CallsUseTheRunTimesFlagsNamedPutArgumentAndMissingArguments) {

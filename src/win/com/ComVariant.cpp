@@ -1,5 +1,7 @@
 #include "win/com/ComVariant.h"
 
+#include <cstdint>
+#include <optional>
 #include <utility>
 
 #include "common/ErrorTrap.h"
@@ -60,6 +62,33 @@ Str describe(std::int32_t number, HRESULT hr) {
     while (!system.empty() && (system.back() == u'\n' || system.back() == u'\r'))
         system.pop_back();
     return system.empty() ? Str(u"Automation error") : u"Automation error\r\n" + system;
+}
+
+// A decimal's amount scaled by 10000 when Currency holds it exactly: at most
+// four decimals (after trailing zeros) and within Currency's range. Worked
+// out on the decimal's own digits, since the system's conversion to Currency
+// may go through a Double and lose the last ones.
+std::optional<std::int64_t> exactCurrency(const DECIMAL& d) {
+    std::uint32_t limbs[3] = {d.Hi32, d.Mid32, d.Lo32};  // most significant first
+    int scale = d.scale;
+    for (; scale > 4; --scale) {
+        std::uint64_t rest = 0;
+        for (std::uint32_t& limb : limbs) {
+            const std::uint64_t x = (rest << 32) | limb;
+            limb = static_cast<std::uint32_t>(x / 10);
+            rest = x % 10;
+        }
+        if (rest) return std::nullopt;
+    }
+    if (limbs[0]) return std::nullopt;
+    std::uint64_t m = (std::uint64_t{limbs[1]} << 32) | limbs[2];
+    for (; scale < 4; ++scale) {
+        if (m > UINT64_MAX / 10) return std::nullopt;
+        m *= 10;
+    }
+    const bool negative = (d.sign & DECIMAL_NEG) != 0;
+    if (m > static_cast<std::uint64_t>(INT64_MAX) + (negative ? 1 : 0)) return std::nullopt;
+    return negative ? static_cast<std::int64_t>(0 - m) : static_cast<std::int64_t>(m);
 }
 
 }  // namespace
@@ -124,7 +153,18 @@ Variant fromVARIANT(const VARIANT& in) {
         case VT_ERROR: {
             const SCODE sc = ref ? *V_ERRORREF(v) : V_ERROR(v);
             if (sc == DISP_E_PARAMNOTFOUND) return Variant::missing();
-            return Variant(static_cast<std::int32_t>(sc));
+            return Variant::error(static_cast<std::int32_t>(sc));
+        }
+        case VT_DECIMAL: {
+            // The run time's subtypes have no Decimal, and an integer would
+            // round its fraction away (0.75 would be 1): Currency where it
+            // holds the amount exactly, else the Double the system makes of it.
+            const DECIMAL& d = ref ? *V_DECIMALREF(v) : V_DECIMAL(v);
+            if (auto scaled = exactCurrency(d)) return Variant(Currency{*scaled});
+            double r = 0;
+            const HRESULT hr = VarR8FromDec(const_cast<DECIMAL*>(&d), &r);
+            if (FAILED(hr)) raise(errorNumberOf(hr));
+            return Variant(r);
         }
         case VT_DISPATCH: {
             IDispatch* d = ref ? *V_DISPATCHREF(v) : V_DISPATCH(v);
@@ -138,8 +178,8 @@ Variant fromVARIANT(const VARIANT& in) {
             return Variant(DispatchClient::wrap(d.get()));
         }
         default: {
-            // Bytes, unsigned and wide integers, decimals: a Long where the
-            // value fits, else a Double, through the system's own conversion.
+            // Bytes, unsigned and wide integers: a Long where the value fits,
+            // else a Double, through the system's own conversion.
             VARIANT tmp;
             VariantInit(&tmp);
             HRESULT hr = VariantChangeType(&tmp, const_cast<VARIANT*>(v), 0, VT_I4);
@@ -204,6 +244,10 @@ void toVARIANT(const Variant& value, VARIANT& out) {
         case Variant::Type::Missing:
             V_VT(&out) = VT_ERROR;
             V_ERROR(&out) = DISP_E_PARAMNOTFOUND;
+            break;
+        case Variant::Type::Error:
+            V_VT(&out) = VT_ERROR;
+            V_ERROR(&out) = v.errorCode();
             break;
     }
 }

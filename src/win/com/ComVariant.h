@@ -28,14 +28,17 @@ class ScopedVariant {
 };
 
 // The value a VARIANT holds (through VT_BYREF). Objects become dispatch
-// clients; VT_ERROR DISP_E_PARAMNOTFOUND is Missing; integer and real types
-// the run time has no subtype for become the nearest one it has. Arrays and
-// records raise 13.
+// clients; VT_ERROR DISP_E_PARAMNOTFOUND is Missing, any other VT_ERROR an
+// error value with its code; integer and real types the run time has no
+// subtype for become the nearest one it has (a Long where the value fits,
+// else a Double); a decimal becomes Currency where that holds it exactly,
+// else a Double, never an integer. Arrays and records raise 13.
 Variant fromVARIANT(const VARIANT& v);
 
 // Writes value into out (which must be initialised; it is cleared first).
-// A by-reference value writes its target. An object must be a dispatch
-// client, or one the object exporter turns into an IDispatch; others raise 13.
+// A by-reference value writes its target; an error value is VT_ERROR with
+// its code. An object must be a dispatch client, or one the object exporter
+// turns into an IDispatch; others raise 13.
 void toVARIANT(const Variant& value, VARIANT& out);
 
 // Turns a portable object that is no dispatch client into an IDispatch
