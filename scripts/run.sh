@@ -93,7 +93,7 @@ else
     # Wine draws the windows' frames itself: there is no window manager.
     standin_wine reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d N /f >/dev/null 2>&1
     dll_win=$(hb_winpath "$win64/HBAddin.dll")
-    addin_key='HKCU\Software\Microsoft\Office\Outlook\Addins\HBAddin.Connect'
+    addin_key='HKLM\Software\Microsoft\Office\Outlook\Addins\HBAddin.Connect'
     if standin_wine regsvr32 /s "$dll_win" && standin_wine reg query "$addin_key" >/dev/null 2>&1; then
         echo "   regsvr32 HBAddin.dll: registered; Outlook's add-in key $addin_key"
         rm -rf "$shots"

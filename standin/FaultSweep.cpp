@@ -77,13 +77,14 @@ RunResult runOnce(SweepPhase phase, int version, std::uint64_t failAt) {
             addins->release();
         }
         if (!addins->failures().empty()) {
-            for (const auto& f : addins->failures())
-                r.broken.push_back(utf8(f.what));
             // The next load must find the add-in enabled again.
             DWORD three = 3;
-            RegSetKeyValueW(HKEY_CURRENT_USER,
-                            (std::wstring(kAddinsKey) + L"\\HBAddin.Connect").c_str(),
-                            L"LoadBehavior", REG_DWORD, &three, sizeof three);
+            for (const auto& f : addins->failures()) {
+                r.broken.push_back(utf8(f.what));
+                if (f.progId == L"HBAddin.Connect")
+                    RegSetKeyValueW(f.hive, (std::wstring(kAddinsKey) + L"\\" + f.progId).c_str(),
+                                    L"LoadBehavior", REG_DWORD, &three, sizeof three);
+            }
         }
         for (const hb::Str& e : sc.addinErrors)
             r.broken.push_back("connection failed: " + utf8(e));

@@ -1,6 +1,8 @@
 #include "standin/LoadedAddins.h"
 
+#include <algorithm>
 #include <stdexcept>
+#include <utility>
 
 #include "common/Text.h"
 #include "standin/TaskPaneFactory.h"
@@ -16,10 +18,33 @@ std::wstring hresultText(const wchar_t* call, HRESULT hr) {
     return text;
 }
 
-void setLoadBehavior(const std::wstring& progId, DWORD value) {
+void setLoadBehavior(HKEY hive, const std::wstring& progId, DWORD value) {
     const std::wstring key = std::wstring(kAddinsKey) + L"\\" + progId;
-    RegSetKeyValueW(HKEY_CURRENT_USER, key.c_str(), L"LoadBehavior", REG_DWORD, &value,
-                    sizeof value);
+    RegSetKeyValueW(hive, key.c_str(), L"LoadBehavior", REG_DWORD, &value, sizeof value);
+}
+
+// The ProgIDs of one hive's add-ins key with LoadBehavior 3, in the order
+// the key lists them.
+void startupAddins(HKEY hive, std::vector<std::pair<std::wstring, HKEY>>& out) {
+    HKEY key = nullptr;
+    if (RegOpenKeyExW(hive, kAddinsKey, 0, KEY_READ, &key) != ERROR_SUCCESS) return;
+    wchar_t name[256];
+    for (DWORD i = 0;; ++i) {
+        DWORD length = 256;
+        if (RegEnumKeyExW(key, i, name, &length, nullptr, nullptr, nullptr, nullptr) !=
+            ERROR_SUCCESS)
+            break;
+        const bool listed = std::any_of(out.begin(), out.end(), [&](const auto& a) {
+            return _wcsicmp(a.first.c_str(), name) == 0;
+        });
+        DWORD behavior = 0, size = sizeof behavior;
+        if (!listed &&
+            RegGetValueW(key, name, L"LoadBehavior", RRF_RT_REG_DWORD, nullptr, &behavior, &size) ==
+                ERROR_SUCCESS &&
+            behavior == 3)
+            out.emplace_back(name, hive);
+    }
+    RegCloseKey(key);
 }
 
 // An empty custom array, as Office passes it.
@@ -32,23 +57,10 @@ struct CustomArray {
 }  // namespace
 
 void LoadedAddins::load() {
-    HKEY key = nullptr;
-    if (RegOpenKeyExW(HKEY_CURRENT_USER, kAddinsKey, 0, KEY_READ, &key) != ERROR_SUCCESS) return;
-    std::vector<std::wstring> progIds;
-    wchar_t name[256];
-    for (DWORD i = 0;; ++i) {
-        DWORD length = 256;
-        if (RegEnumKeyExW(key, i, name, &length, nullptr, nullptr, nullptr, nullptr) !=
-            ERROR_SUCCESS)
-            break;
-        DWORD behavior = 0, size = sizeof behavior;
-        if (RegGetValueW(key, name, L"LoadBehavior", RRF_RT_REG_DWORD, nullptr, &behavior, &size) ==
-                ERROR_SUCCESS &&
-            behavior == 3)
-            progIds.emplace_back(name);
-    }
-    RegCloseKey(key);
-    for (const std::wstring& progId : progIds) {
+    std::vector<std::pair<std::wstring, HKEY>> addins;
+    startupAddins(HKEY_CURRENT_USER, addins);
+    startupAddins(HKEY_LOCAL_MACHINE, addins);
+    for (const auto& [progId, hive] : addins) {
         CLSID clsid{};
         HRESULT hr = CLSIDFromProgID(progId.c_str(), &clsid);
         hb::com::ComPtr<IUnknown> object;
@@ -59,18 +71,21 @@ void LoadedAddins::load() {
         if (SUCCEEDED(hr)) addin = object.as<_IDTExtensibility2>();
         if (!addin) {
             failures_.push_back(
-                {progId, hresultText(SUCCEEDED(hr) ? L"QueryInterface" : L"CoCreateInstance",
-                                     SUCCEEDED(hr) ? E_NOINTERFACE : hr)});
-            setLoadBehavior(progId, 2);
+                {progId,
+                 hresultText(SUCCEEDED(hr) ? L"QueryInterface" : L"CoCreateInstance",
+                             SUCCEEDED(hr) ? E_NOINTERFACE : hr),
+                 hive});
+            setLoadBehavior(hive, progId, 2);
             continue;
         }
-        loaded_.push_back({progId, addin});
+        loaded_.push_back({progId, addin, hive});
     }
 }
 
 void LoadedAddins::fail(std::size_t index, const std::wstring& what) {
-    failures_.push_back({loaded_[index].progId, what});
-    setLoadBehavior(loaded_[index].progId, 2);
+    const Entry& e = loaded_[index];
+    failures_.push_back({e.progId, what, e.hive});
+    setLoadBehavior(e.hive, e.progId, 2);
     loaded_.erase(loaded_.begin() + static_cast<std::ptrdiff_t>(index));
 }
 
@@ -120,7 +135,7 @@ void LoadedAddins::each(const wchar_t* what,
     for (Entry& e : loaded_) {
         CustomArray custom;
         const HRESULT hr = call(*e.addin.get(), &custom.array);
-        if (FAILED(hr)) failures_.push_back({e.progId, hresultText(what, hr)});
+        if (FAILED(hr)) failures_.push_back({e.progId, hresultText(what, hr), e.hive});
     }
 }
 

@@ -1,12 +1,13 @@
 #pragma once
 // The COM add-ins Outlook loads at start-up, loaded as Outlook loads them:
-// every ProgID under HKCU\Software\Microsoft\Office\Outlook\Addins whose
-// LoadBehavior is 3 is created by its ProgID (CLSIDFromProgID,
+// every ProgID under Software\Microsoft\Office\Outlook\Addins of the
+// current user and of the machine (the user's first; a ProgID listed in both
+// is the user's) whose LoadBehavior is 3 is created by its ProgID (CLSIDFromProgID,
 // CoCreateInstance) and connected through _IDTExtensibility2; from Office
 // 12 on it is offered the task pane factory (ICustomTaskPaneConsumer).
 // An add-in that cannot be created or whose connection fails is not loaded:
-// its LoadBehavior is rewritten to 2 and the failure reported, and Outlook
-// goes on without it.
+// its LoadBehavior is rewritten to 2 where it was registered and the failure
+// reported, and Outlook goes on without it.
 //
 // Plugged into the scenario driver as its add-in: the driver makes
 // Office's calls in Office's order, and they reach every loaded add-in
@@ -26,10 +27,12 @@ class LoadedAddins : public sim::Addin {
     struct Entry {
         std::wstring progId;
         hb::com::ComPtr<_IDTExtensibility2> addin;
+        HKEY hive = nullptr;  // where it is registered
     };
     struct Failure {
         std::wstring progId;
         std::wstring what;
+        HKEY hive = nullptr;
     };
 
     // Creates every add-in registered to load at start-up.
@@ -57,7 +60,7 @@ class LoadedAddins : public sim::Addin {
     std::vector<Failure> failures_;
 };
 
-// The add-ins key of Outlook in the current user's registry.
+// The add-ins key of Outlook, in the user's and in the machine's hive.
 inline constexpr wchar_t kAddinsKey[] = L"Software\\Microsoft\\Office\\Outlook\\Addins";
 
 }  // namespace standin

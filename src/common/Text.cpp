@@ -269,4 +269,24 @@ Str repeat(char16_t c, std::size_t count) {
     return Str(count, c);
 }
 
+Str quoteArgument(StrView argument) {
+    if (!argument.empty() && argument.find_first_of(u" \t\n\v\"") == StrView::npos)
+        return Str(argument);
+    Str out(1, u'"');
+    std::size_t backslashes = 0;
+    for (const char16_t c : argument) {
+        if (c == u'\\') {
+            ++backslashes;
+            continue;
+        }
+        // Backslashes are plain text unless a quote follows them.
+        out.append(c == u'"' ? backslashes * 2 + 1 : backslashes, u'\\');
+        backslashes = 0;
+        out.push_back(c);
+    }
+    out.append(backslashes * 2, u'\\');
+    out.push_back(u'"');
+    return out;
+}
+
 }  // namespace hb::text

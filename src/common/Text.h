@@ -50,4 +50,11 @@ std::size_t findChar(StrView text, char16_t c, std::size_t from = 0);
 std::int32_t asc(StrView text);
 Str repeat(char16_t c, std::size_t count);
 
+// One argument of a Windows command line, written so that the started
+// program's CommandLineToArgvW (or its C run time) gives back exactly this
+// text: an argument with blanks, tabs or quotes goes in double quotes, an
+// inner quote is escaped with a backslash, and backslashes are doubled where
+// a quote follows them (the closing one included). An empty argument is "".
+Str quoteArgument(StrView argument);
+
 }  // namespace hb::text

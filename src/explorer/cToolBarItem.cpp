@@ -481,10 +481,10 @@ void cToolBarItem::cmdReport_Click() {
             case 1:
             case 3:
             case 4:
-                subExecute(s, u"HBReporting", Str(), Str());
+                subExecute(s, u"HBReporting", {}, Str());
                 break;
             case 2:
-                subExecute(s, u"HBReporting", Str(), settings.strReportValue);
+                subExecute(s, u"HBReporting", {}, settings.strReportValue);
                 break;
             default:
                 break;
@@ -512,7 +512,7 @@ void cToolBarItem::subLaunchSettings(bool flag) {
             }
         }
         if (!program.empty()) {
-            subExecute(s, program, flag ? Str(u"True") : Str(u"False"), folder);
+            subExecute(s, program, {flag ? Str(u"True") : Str(u"False")}, folder);
         }
     });
 }
@@ -522,10 +522,10 @@ void cToolBarItem::cmdStatistics_Click() {
     trap(s, u"cToolBarItem.cmdStatistics_Click", [&] {
         const cPersonalSettings& settings = settingsOf(s);
         if (settings.lngReportChoice == 2) {
-            subExecute(s, u"Cubelens", settings.strReportValue, Str());
+            subExecute(s, u"Cubelens", {settings.strReportValue}, Str());
         } else if (settings.lngReportChoice == 4 ||
                    (settings.lngReportChoice == 3 && settings.blnCreateLocalCube)) {
-            subExecute(s, u"Cubelens", fncGetLocalCubePath(s, true), Str());
+            subExecute(s, u"Cubelens", {fncGetLocalCubePath(s, true)}, Str());
         }
     });
 }

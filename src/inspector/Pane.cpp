@@ -169,7 +169,8 @@ void Pane::setSettings(const Str& settings) {
 void Pane::cmbMeta_Click(int /*index*/) {
     Session& s = s_;
     if (blnLoading_) return;
-    view_.doEvents();
+    // Pending window messages are not run first: pumping them here let a
+    // close the host had queued free the control in the middle of the pick.
 
     resumeNext(s, [&] { objMarking_ = std::make_shared<cMarking>(s); });
     for (int i = 0; i < kComboCount; ++i) {

@@ -26,7 +26,9 @@ class PaneView {
     virtual void setComboListIndex(int index, int item) = 0;  // -1: no selection
     virtual Str comboText(int index) const = 0;
     virtual void layout() = 0;  // the resize routine
-    virtual void doEvents() {}  // let pending window messages run
+    // Lets pending window messages run. Never called from a pick: a message
+    // run there may be the host's close, freeing the control mid-pick.
+    virtual void doEvents() {}
 };
 
 class Pane {

@@ -108,8 +108,9 @@ class Platform {
     // A modal message box; returns the button pressed (IDOK, IDYES, ...).
     virtual std::int32_t messageBox(const Str& text, const Str& caption, std::uint32_t flags) = 0;
     // The shell's Run: starts a command line or opens a link, without waiting.
-    // Raises an AutomationError when the start fails.
-    virtual void run(const Str& command, int windowStyle) = 0;
+    // A program starts in workingFolder, or in the caller's current folder
+    // when that is empty. Raises an AutomationError when the start fails.
+    virtual void run(const Str& command, int windowStyle, const Str& workingFolder) = 0;
     virtual Str expandEnvironment(const Str& text) = 0;
 
     // GetLocaleInfo: returns the length including the terminating zero (0 on

@@ -63,37 +63,45 @@ Str fsReadAll(Session& s, const Str& path) {
     return *content;
 }
 
-void subExecute(Session& s, const Str& program, const Str& arguments, const Str& folder) noexcept {
+void subExecute(Session& s, const Str& program, const std::vector<Str>& arguments,
+                const Str& folder) noexcept {
     trap(s, u"modFileHandling.subExecute", [&] {
+        Str argumentText;
+        for (const Str& argument : arguments) {
+            argumentText.push_back(u' ');
+            argumentText += text::quoteArgument(argument);
+        }
         // 1.
-        subTrace(s, u"Attempting to execute " + program + u" " + arguments);
+        subTrace(s, u"Attempting to execute " + program + argumentText);
         // 2.
         std::shared_ptr<WshShell> shell = fncGetShell(s);
-        auto run = [&](const Str& command, int windowStyle) {
+        auto run = [&](const Str& command, int windowStyle, const Str& workingFolder) {
             if (!shell) raise(err::ObjectVariableNotSet);
-            shell->Run(command, windowStyle);
+            shell->Run(command, windowStyle, workingFolder);
         };
         // 3. Web and mail links go to the shell as they are.
         const Str head = text::upper(text::left(program, 4));
         if (head == u"HTTP" || head == u"MAIL") {
-            run(program, win::SwShowNormal);
+            run(program, win::SwShowNormal, Str());
             return;
         }
-        // The program file, in the given folder or else in the add-in's
-        // folder. The shared file-system object is made sure of first: the
-        // choice of folder already asks it whether the file exists.
+        // The program file comes from the add-in's own folder only, never
+        // from the given one: that is the workgroup's report folder, which
+        // every member can write to, and a program planted there would run
+        // with the user's rights. The given folder becomes the program's
+        // working folder instead, when it exists.
         subSetupFS(s);
-        Str file;
-        if (!folder.empty()) file = fncNoTrailingSlash(folder) + u"\\" + program + u".exe";
-        if (folder.empty() || !fsFileExists(s, file)) {
-            file = fncNoTrailingSlash(s.platform.moduleFolder()) + u"\\" + program + u".exe";
-        }
+        const Str file = fncNoTrailingSlash(s.platform.moduleFolder()) + u"\\" + program + u".exe";
+        Str workingFolder;
+        if (!folder.empty() && fsFolderExists(s, folder)) workingFolder = folder;
         subTrace(s, u"Attempting to execute the path '" + file + u"'");
         const Str crlf = kCrLf;
         if (fsFileExists(s, file)) {
             // 6. Run it normal; a failing start is told to the user.
             s.err.clear();
-            resumeNext(s, [&] { run(u"\"" + file + u"\" " + arguments, win::SwShowNormal); });
+            resumeNext(s, [&] {
+                run(u"\"" + file + u"\"" + argumentText, win::SwShowNormal, workingFolder);
+            });
             if (s.err) {
                 s.platform.messageBox(
                     s.err.description + crlf + s.phrases.LNGERROREXECUTE + u" " + file,

@@ -1,6 +1,8 @@
 #pragma once
 // Path helpers, the one shared file-system object with its
 // self-repair, and the launching of the companion programs and links.
+#include <vector>
+
 #include "common/Session.h"
 
 namespace hb {
@@ -24,10 +26,12 @@ bool fsFolderExists(Session& s, const Str& path);
 // a missing or unreadable file raises 53 "File not found".
 Str fsReadAll(Session& s, const Str& path);
 
-// Starts a program of the add-in's folder (or the given folder), or hands a
-// link (text beginning with HTTP or MAIL, any case) to the shell. Errors are
-// reported under "modFileHandling.subExecute".
-void subExecute(Session& s, const Str& program, const Str& arguments, const Str& folder) noexcept;
+// Starts a program of the add-in's folder with the given arguments (each
+// quoted as the command line needs) in the given folder as its working
+// folder, or hands a link (text beginning with HTTP or MAIL, any case) to the
+// shell. Errors are reported under "modFileHandling.subExecute".
+void subExecute(Session& s, const Str& program, const std::vector<Str>& arguments,
+                const Str& folder) noexcept;
 
 // The text with every "'" removed.
 Str fncRemoveQuotes(StrView text);

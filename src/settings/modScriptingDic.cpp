@@ -18,7 +18,7 @@ bool createDirectOrByProgId(Session& s, ScriptComponent component) {
 
 void runRepair(Session& s, const Str& command) noexcept {
     // Minimised with focus, not waited for; errors ignored and cleared.
-    resumeNext(s, [&] { s.platform.run(command, win::SwShowMinimized); });
+    resumeNext(s, [&] { s.platform.run(command, win::SwShowMinimized, Str()); });
     s.err.clear();
 }
 

@@ -37,9 +37,12 @@ std::shared_ptr<ScriptingDictionary<T>> fncCreateDic(Session& s) noexcept {
 class WshShell {
   public:
     explicit WshShell(Platform& platform) : platform_(platform) {}
-    // Starts a command line or opens a link; does not wait. Raises an
+    // Starts a command line or opens a link; does not wait. A program starts
+    // in workingFolder (empty: Outlook's current folder). Raises an
     // AutomationError when the start fails.
-    void Run(const Str& command, int windowStyle = 1) { platform_.run(command, windowStyle); }
+    void Run(const Str& command, int windowStyle = 1, const Str& workingFolder = Str()) {
+        platform_.run(command, windowStyle, workingFolder);
+    }
     Str ExpandEnvironmentStrings(const Str& text) { return platform_.expandEnvironment(text); }
 
   private:

@@ -43,12 +43,14 @@ void standInForStartup(Session& s, const Str& settings) {
 }  // namespace
 
 PaneControl::PaneControl()
-    : window_([this](int index) { pane_->cmbMeta_Click(index); }, [this] { activateUI(); }),
+    : window_([this](int index) { whileHeld([&] { pane_->cmbMeta_Click(index); }); },
+              [this] { whileHeld([&] { activateUI(); }); }),
       pane_(std::make_unique<Pane>(moduleSession(), static_cast<PaneView&>(window_))),
       extent_(kDefaultExtent) {}
 
 PaneControl::~PaneControl() {
     try {
+        destroying_ = true;
         window_.destroy();
         pane_.reset();
     } catch (...) {
@@ -432,6 +434,18 @@ STDMETHODIMP PaneControl::GetGUID(DWORD kind, GUID* guid) {
 }
 
 // ---------------------------------------------------------------- activation
+
+template <class F>
+void PaneControl::whileHeld(F&& body) {
+    // The window calls in from the message loop, where no caller holds the
+    // control: a host that lets go of it during the call (from the
+    // appointment's Categories put, or on the focus change) would otherwise
+    // free it while the pick still writes into it. Held, the last release
+    // comes after the call. A control being destroyed takes no more calls.
+    if (destroying_) return;
+    const com::ComPtr<PaneControl> held(this);
+    body();
+}
 
 HRESULT PaneControl::activateInPlace(HWND parent, LPCRECT bounds) {
     if (!inPlaceActive_) {

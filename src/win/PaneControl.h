@@ -104,6 +104,9 @@ class PaneControl : public com::ComObject<PaneControl, com::DualInterface<IHBPan
     STDMETHODIMP GetGUID(DWORD kind, GUID* guid) override;
 
   private:
+    // Runs a call of the window into the control with a reference held.
+    template <class F>
+    void whileHeld(F&& body);
     HRESULT activateInPlace(HWND parent, LPCRECT bounds);
     HRESULT activateUI();
     void releaseInPlaceSite();
@@ -122,6 +125,7 @@ class PaneControl : public com::ComObject<PaneControl, com::DualInterface<IHBPan
     SIZEL extent_{};  // HIMETRIC
     bool inPlaceActive_ = false;
     bool uiActive_ = false;
+    bool destroying_ = false;
 };
 
 }  // namespace hb::win

@@ -300,19 +300,6 @@ void PaneWindow::layout() {
     InvalidateRect(hwnd_, nullptr, TRUE);
 }
 
-void PaneWindow::doEvents() {
-    // What DoEvents does: run the messages waiting for this thread.
-    MSG msg;
-    while (PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE)) {
-        if (msg.message == WM_QUIT) {
-            PostQuitMessage(static_cast<int>(msg.wParam));
-            break;
-        }
-        TranslateMessage(&msg);
-        DispatchMessageW(&msg);
-    }
-}
-
 // ---------------------------------------------------------------- the window
 
 LRESULT CALLBACK PaneWindow::windowProc(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
@@ -345,8 +332,13 @@ LRESULT PaneWindow::handle(UINT msg, WPARAM wp, LPARAM lp) {
             const int id = LOWORD(wp);
             const int index = id - kComboId;
             if (index >= 0 && index < kBoxes) {
-                if (HIWORD(wp) == CBN_SELCHANGE) selectionChanged(index);
-                if (HIWORD(wp) == CBN_SETFOCUS && onFocus_) onFocus_();
+                if (HIWORD(wp) == CBN_SELCHANGE) {
+                    selectionChanged(index);
+                } else if (HIWORD(wp) == CBN_SETFOCUS && onFocus_) {
+                    // A copy: the call may destroy this window and its callbacks.
+                    const auto onFocus = onFocus_;
+                    onFocus();
+                }
             }
             return 0;
         }
@@ -469,7 +461,8 @@ void PaneWindow::selectionChanged(int index) {
     // The user's choice is also the state kept for a window made later.
     const auto i = static_cast<std::size_t>(index);
     boxes_[i].index = static_cast<int>(SendMessageW(combos_[i], CB_GETCURSEL, 0, 0));
-    if (onPick_) onPick_(index);
+    // A copy: the pick may destroy this window and its callbacks.
+    if (const auto onPick = onPick_) onPick(index);
 }
 
 }  // namespace hb::win

@@ -37,7 +37,9 @@ class PaneWindow : public PaneView {
     static constexpr int kBoxes = 3;
 
     // onPick(index): the user chose an entry in box index. onFocus: one of
-    // the boxes got the keyboard focus.
+    // the boxes got the keyboard focus. Either may end with this window's
+    // owner, and so this window, destroyed: nothing of the window is touched
+    // after them.
     PaneWindow(std::function<void(int)> onPick, std::function<void()> onFocus);
     ~PaneWindow() override;
     PaneWindow(const PaneWindow&) = delete;
@@ -66,7 +68,6 @@ class PaneWindow : public PaneView {
     void setComboListIndex(int index, int item) override;
     Str comboText(int index) const override;
     void layout() override;
-    void doEvents() override;
 
   private:
     struct Box {

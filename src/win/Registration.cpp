@@ -18,6 +18,12 @@ constexpr DWORD kLoadAtStartup = 3;
 // | SETCLIENTSITEFIRST: a control that is active whenever it is shown.
 constexpr wchar_t kPaneMiscStatus[] = L"131473";
 constexpr wchar_t kOleAutomationProxy[] = L"{00020424-0000-0000-C000-000000000046}";
+// This build's platform below a type library version's locale key.
+#ifdef _WIN64
+constexpr wchar_t kTypeLibPlatform[] = L"\\win64";
+#else
+constexpr wchar_t kTypeLibPlatform[] = L"\\win32";
+#endif
 
 std::wstring guidText(REFGUID guid) {
     wchar_t text[64] = {};
@@ -56,15 +62,17 @@ LONG writeValue(HKEY root, const Value& v) {
     return rc;
 }
 
-// Deletes a key when it has neither subkeys nor values.
-void deleteIfEmpty(HKEY root, const std::wstring& path) {
+// Deletes a key when it has neither subkeys nor values; true when the key
+// is gone (or was never there).
+bool deleteIfEmpty(HKEY root, const std::wstring& path) {
     HKEY key = nullptr;
-    if (RegOpenKeyExW(root, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) return;
+    if (RegOpenKeyExW(root, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) return true;
     DWORD subkeys = 0, values = 0;
     const LONG rc = RegQueryInfoKeyW(key, nullptr, nullptr, nullptr, &subkeys, nullptr, nullptr,
                                      &values, nullptr, nullptr, nullptr, nullptr);
     RegCloseKey(key);
-    if (rc == ERROR_SUCCESS && subkeys == 0 && values == 0) RegDeleteKeyW(root, path.c_str());
+    return rc == ERROR_SUCCESS && subkeys == 0 && values == 0 &&
+           RegDeleteKeyW(root, path.c_str()) == ERROR_SUCCESS;
 }
 
 std::wstring parentOf(const std::wstring& path) {
@@ -91,11 +99,6 @@ std::vector<Value> classValues() {
     const std::wstring paneName = designerName + L" task pane";
     const std::wstring designerProgId = kDesignerProgId;
     const std::wstring paneProgId = kPaneProgIdW;
-#ifdef _WIN64
-    const wchar_t* platform = L"\\0\\win64";
-#else
-    const wchar_t* platform = L"\\0\\win32";
-#endif
     return {
         {designer, L"", designerName},
         {designer + L"\\InprocServer32", L"", dll},
@@ -117,7 +120,7 @@ std::vector<Value> classValues() {
         {paneProgId, L"", paneName},
         {paneProgId + L"\\CLSID", L"", guidText(CLSID_Pane)},
         {library, L"", designerName},
-        {library + platform, L"", dll},
+        {library + L"\\0" + kTypeLibPlatform, L"", dll},
         {library + L"\\FLAGS", L"", L"0"},
         {library + L"\\HELPDIR", L"", folderOf(dll)},
         {paneInterface, L"", L"IHBPane"},
@@ -128,16 +131,32 @@ std::vector<Value> classValues() {
 }
 
 // The keys whose whole tree belongs to the add-in, relative to the classes
-// root.
+// root. The type library's key is not among them: the x86 and x64 builds
+// share it (see removeTypeLibrary).
 std::vector<std::wstring> ownedClassKeys() {
     return {
         L"CLSID\\" + guidText(CLSID_OHBAddinDesigner),
         L"CLSID\\" + guidText(CLSID_Pane),
         kDesignerProgId,
         kPaneProgIdW,
-        L"TypeLib\\" + guidText(LIBID_HBAddin),
         L"Interface\\" + guidText(IID_IHBPane),
     };
+}
+
+// Removes this build's entry of the type library. The library's key is
+// shared by both builds of the DLL (Windows keeps TypeLib in one view for
+// 32-bit and 64-bit programs): it holds version\0\win32 beside
+// version\0\win64, so only this build's platform subkey goes here, and the
+// version's other values and the key itself only once no platform is left,
+// so that unregistering one build never unregisters the other.
+void removeTypeLibrary(HKEY root) {
+    const std::wstring library = L"TypeLib\\" + guidText(LIBID_HBAddin);
+    const std::wstring version = library + L"\\1.0";
+    const std::wstring platforms = version + L"\\0";
+    RegDeleteTreeW(root, (platforms + kTypeLibPlatform).c_str());
+    if (!deleteIfEmpty(root, platforms)) return;  // the other build's is still there
+    RegDeleteTreeW(root, version.c_str());
+    deleteIfEmpty(root, library);
 }
 
 std::wstring addinKey() {
@@ -160,11 +179,18 @@ std::vector<Value> addinValues() {
     };
 }
 
+// The hive of the scope: the machine's for every user, or the current
+// user's. Outlook reads its add-in keys from both, so a registration for the
+// machine loads the add-in for every user, not only the administrator who
+// registered it.
+HKEY hiveOf(RegistrationScope scope) {
+    return scope == RegistrationScope::Machine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
+}
+
 // Opens the classes root of the scope (created for the user's, which a
 // fresh profile may lack).
 LONG openClassesRoot(RegistrationScope scope, HKEY& root) {
-    const HKEY hive = scope == RegistrationScope::Machine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
-    return RegCreateKeyExW(hive, L"Software\\Classes", 0, nullptr, REG_OPTION_NON_VOLATILE,
+    return RegCreateKeyExW(hiveOf(scope), L"Software\\Classes", 0, nullptr, REG_OPTION_NON_VOLATILE,
                            KEY_ALL_ACCESS, nullptr, &root, nullptr);
 }
 
@@ -206,7 +232,7 @@ HRESULT registerServer(RegistrationScope scope) noexcept {
             return SELFREG_E_CLASS;
         }
         for (const Value& v : addinValues()) {
-            if (writeValue(HKEY_CURRENT_USER, v) != ERROR_SUCCESS) {
+            if (writeValue(hiveOf(scope), v) != ERROR_SUCCESS) {
                 unregisterServer(scope);
                 return SELFREG_E_CLASS;
             }
@@ -220,13 +246,11 @@ HRESULT registerServer(RegistrationScope scope) noexcept {
 HRESULT unregisterServer(RegistrationScope scope) noexcept {
     try {
         HKEY root = nullptr;
-        const HKEY hive =
-            scope == RegistrationScope::Machine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
+        const HKEY hive = hiveOf(scope);
         if (RegOpenKeyExW(hive, L"Software\\Classes", 0, KEY_ALL_ACCESS, &root) == ERROR_SUCCESS) {
             for (const std::wstring& key : ownedClassKeys())
                 RegDeleteTreeW(root, key.c_str());
-            // The type library's folder is the add-in's alone.
-            deleteIfEmpty(root, L"TypeLib\\" + guidText(LIBID_HBAddin));
+            removeTypeLibrary(root);
             RegCloseKey(root);
             // A user's classes keys that registration had to create (a
             // fresh profile has none); they go only when empty.
@@ -238,8 +262,7 @@ HRESULT unregisterServer(RegistrationScope scope) noexcept {
             }
         }
         HKEY addin = nullptr;
-        if (RegOpenKeyExW(HKEY_CURRENT_USER, addinKey().c_str(), 0, KEY_ALL_ACCESS, &addin) ==
-            ERROR_SUCCESS) {
+        if (RegOpenKeyExW(hive, addinKey().c_str(), 0, KEY_ALL_ACCESS, &addin) == ERROR_SUCCESS) {
             for (const Value& v : addinValues())
                 removeAddinValue(addin, v);
             RegCloseKey(addin);
@@ -247,7 +270,7 @@ HRESULT unregisterServer(RegistrationScope scope) noexcept {
             // nothing is left in them.
             for (std::wstring path = addinKey(); path != L"Software\\Microsoft";
                  path = parentOf(path))
-                deleteIfEmpty(HKEY_CURRENT_USER, path);
+                deleteIfEmpty(hive, path);
         }
         return S_OK;
     } catch (...) {

@@ -2,8 +2,9 @@
 // The registration of HBAddin.dll: the designer and pane classes with their
 // ProgIDs, the type library and the pane's interface, in the machine's
 // classes (regsvr32) or the user's (regsvr32 /n /i:user), and Outlook's
-// add-in key for the current user. Unregistering removes what registering
-// wrote and nothing else.
+// add-in key in the same hive: the machine's, which loads the add-in for
+// every user, or the user's. Unregistering removes what registering wrote
+// and nothing else.
 #include <windows.h>
 
 namespace hb::win {

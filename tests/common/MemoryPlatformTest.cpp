@@ -169,10 +169,10 @@ TEST(MemoryMessageBox, RecordsAndAnswersFromScript) {
 
 TEST(MemoryRun, RecordsAndFails) {
     MemoryPlatform p;
-    p.run(u"regsvr32 scrrun.dll /s", win::SwShowMinimized);
+    p.run(u"regsvr32 scrrun.dll /s", win::SwShowMinimized, Str());
     p.failNext("run", -2147024894, 1, u"The system cannot find the file specified.");
     try {
-        p.run(u"\"C:\\x.exe\" -a", win::SwShowNormal);
+        p.run(u"\"C:\\x.exe\" -a", win::SwShowNormal, u"D:\\Data");
         ADD_FAILURE() << "no error";
     } catch (const AutomationError& e) {
         EXPECT_EQ(e.number(), -2147024894);
@@ -182,6 +182,8 @@ TEST(MemoryRun, RecordsAndFails) {
     EXPECT_EQ(p.runs()[0].command, u"regsvr32 scrrun.dll /s");
     EXPECT_EQ(p.runs()[0].windowStyle, win::SwShowMinimized);
     EXPECT_EQ(p.runs()[1].windowStyle, win::SwShowNormal);
+    EXPECT_EQ(p.runs()[0].workingFolder, u"");
+    EXPECT_EQ(p.runs()[1].workingFolder, u"D:\\Data");
 }
 
 TEST(MemoryComponents, FailNTimesOrAlways) {

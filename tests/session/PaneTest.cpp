@@ -68,7 +68,7 @@ TEST_F(PaneLogic, FewerListsLeaveTheRestHiddenAndOutOfTheChoice) {
     EXPECT_EQ(putsOf(h.instruments(), u"Categories"),
               std::vector<std::string>{"String \",Acme,Smith\""});
     EXPECT_EQ(appt->categories, u"Acme, Smith");
-    EXPECT_EQ(view().doEventsCalls, 1);
+    EXPECT_EQ(view().doEventsCalls, 0) << "no window messages run during a pick";
 }
 
 TEST_F(PaneLogic, AValueThatIsNotInTheListIsNotSelected) {

@@ -27,6 +27,12 @@ class ToolbarCommands : public ::testing::Test {
             out.push_back(r.command);
         return out;
     }
+    std::vector<Str> workingFolders() {
+        std::vector<Str> out;
+        for (const auto& r : h.platform().runs())
+            out.push_back(r.workingFolder);
+        return out;
+    }
     Str module(const Str& file) { return h.platform().moduleFolder() + u"\\" + file; }
     Str quoted(const Str& path, const Str& arguments) { return u"\"" + path + u"\" " + arguments; }
     void reactivate() {
@@ -38,14 +44,16 @@ class ToolbarCommands : public ::testing::Test {
     std::shared_ptr<sim::Explorer> ex;
 };
 
-TEST_F(ToolbarCommands, ReportStartsTheReportProgramByReportChoice) {
+TEST_F(ToolbarCommands, ReportStartsTheAddinsReportProgramByReportChoice) {
     struct Case {
         std::int32_t choice;
-        bool fromReportFolder;
+        bool inReportFolder;
         bool started;
     };
     h.addProgram(u"HBReporting.exe");
     start();
+    // A program of the same name planted in the workgroup's report folder,
+    // which every member can write to, is never the one started.
     const Str reportFolder = h.session().oPersonalSettings->strReportValue;
     h.platform().setFile(reportFolder + u"HBReporting.exe", u"MZ");
     for (const Case c : {Case{1, false, true}, Case{2, true, true}, Case{3, false, true},
@@ -58,9 +66,8 @@ TEST_F(ToolbarCommands, ReportStartsTheReportProgramByReportChoice) {
             EXPECT_TRUE(commands().empty());
             continue;
         }
-        const Str file =
-            c.fromReportFolder ? reportFolder + u"HBReporting.exe" : module(u"HBReporting.exe");
-        EXPECT_EQ(commands(), std::vector<Str>{quoted(file, u"")});
+        EXPECT_EQ(commands(), std::vector<Str>{u"\"" + module(u"HBReporting.exe") + u"\""});
+        EXPECT_EQ(workingFolders(), std::vector<Str>{c.inReportFolder ? reportFolder : Str()});
     }
     EXPECT_FALSE(h.session().blnSettingsChanged);
     EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
@@ -73,8 +80,12 @@ TEST_F(ToolbarCommands, StatisticsStartsTheCubeViewerWithTheDatabaseOrTheLocalCu
     hb::cPersonalSettings& settings = *h.session().oPersonalSettings;
     const Str reportValue = settings.strReportValue;
 
+    // Both paths hold a blank; the report folder ends in a backslash, which
+    // is doubled before the closing quote so that it is not read as escaping it.
+    ASSERT_EQ(reportValue.back(), u'\\');
     h.sc().click(h.button(*ex, 1957));
-    EXPECT_EQ(commands(), std::vector<Str>{quoted(module(u"Cubelens.exe"), reportValue)});
+    EXPECT_EQ(commands(),
+              std::vector<Str>{quoted(module(u"Cubelens.exe"), u"\"" + reportValue + u"\\\"")});
 
     // Choices 3 (with the local cube) and 4 open the local cube, made when missing.
     for (const std::int32_t choice : {3, 4}) {
@@ -83,7 +94,9 @@ TEST_F(ToolbarCommands, StatisticsStartsTheCubeViewerWithTheDatabaseOrTheLocalCu
         settings.lngReportChoice = choice;
         settings.blnCreateLocalCube = true;
         h.session().objToolBar->cmdStatistics_Click();
-        EXPECT_EQ(commands(), std::vector<Str>{quoted(module(u"Cubelens.exe"), cube)}) << choice;
+        EXPECT_EQ(commands(),
+                  std::vector<Str>{quoted(module(u"Cubelens.exe"), u"\"" + cube + u"\"")})
+            << choice;
         EXPECT_TRUE(h.platform().folderExists(cube));
     }
     // Without the local cube, choice 3 starts nothing; nor does choice 1.

@@ -214,37 +214,55 @@ struct ExecuteEnv : Env {
     }
 };
 
-TEST(Execute, LinksAsTheyAreProgramsFromTheFolderOrTheAddinsFolder) {
+TEST(Execute, LinksAsTheyAreProgramsOnlyFromTheAddinsFolderWorkingInTheGivenOne) {
     const Str addin = u"C:\\Program Files\\Hourbook\\";
     struct Case {
         std::vector<Str> files;
-        Str program, arguments, folder;
+        Str program;
+        std::vector<Str> arguments;
+        Str folder;
         Str command;
+        Str workingFolder;
     } cases[] = {
         {{},
          u"http://www.hourbook.invalid/",
-         u"ignored",
+         {u"ignored"},
          u"C:\\Folder",
-         u"http://www.hourbook.invalid/"},
-        {{}, u"HTTPS://x.invalid", u"", u"", u"HTTPS://x.invalid"},
-        {{}, u"mailto:a@b.invalid", u"", u"", u"mailto:a@b.invalid"},
-        {{}, u"MailTo:support@hourbook.invalid", u"", u"", u"MailTo:support@hourbook.invalid"},
-        {{}, u"hTtP://x", u"", u"", u"hTtP://x"},
+         u"http://www.hourbook.invalid/",
+         u""},
+        {{}, u"HTTPS://x.invalid", {}, u"", u"HTTPS://x.invalid", u""},
+        {{}, u"mailto:a@b.invalid", {}, u"", u"mailto:a@b.invalid", u""},
+        {{}, u"MailTo:support@hourbook.invalid", {}, u"", u"MailTo:support@hourbook.invalid", u""},
+        {{}, u"hTtP://x", {}, u"", u"hTtP://x", u""},
+        // A program of the same name in the shared folder is not the one run.
         {{u"D:\\Data\\HBReporting.exe", addin + u"HBReporting.exe"},
          u"HBReporting",
-         u"",
+         {},
          u"D:\\Data\\",
-         u"\"D:\\Data\\HBReporting.exe\" "},
+         u"\"" + addin + u"HBReporting.exe\"",
+         u"D:\\Data\\"},
+        // A folder that does not exist leaves the working folder alone.
+        {{addin + u"HBReporting.exe"},
+         u"HBReporting",
+         {},
+         u"\\\\server\\share\\gone",
+         u"\"" + addin + u"HBReporting.exe\"",
+         u""},
         {{addin + u"Cubelens.exe"},
          u"Cubelens",
-         u"D:\\Data\\",
-         u"D:\\Data",
-         u"\"" + addin + u"Cubelens.exe\" D:\\Data\\"},
+         {u"D:\\Data\\"},
+         u"",
+         u"\"" + addin + u"Cubelens.exe\" D:\\Data\\",
+         u""},
         {{addin + u"Cubelens.exe"},
          u"Cubelens",
-         u"args",
+         {u"C:\\Users\\John\\Documents\\OLAP Cubes", u"\\\\srv\\Time Data\\", u"a \"b\""},
          u"",
-         u"\"" + addin + u"Cubelens.exe\" args"},
+         u"\"" + addin +
+             u"Cubelens.exe\" \"C:\\Users\\John\\Documents\\OLAP Cubes\" \"\\\\srv\\Time "
+             u"Data\\\\\" "
+             u"\"a \\\"b\\\"\"",
+         u""},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(u8(c.program + u" " + c.folder));
@@ -255,6 +273,7 @@ TEST(Execute, LinksAsTheyAreProgramsFromTheFolderOrTheAddinsFolder) {
         ASSERT_EQ(e.platform.runs().size(), 1u);
         EXPECT_EQ(e.platform.runs()[0].command, c.command);
         EXPECT_EQ(e.platform.runs()[0].windowStyle, 1);
+        EXPECT_EQ(e.platform.runs()[0].workingFolder, c.workingFolder);
         EXPECT_TRUE(e.platform.messageBoxes().empty());
         EXPECT_TRUE(e.noReport());
     }
@@ -265,11 +284,13 @@ TEST(Execute, AMissingFileOrAFailingStartIsToldToTheUser) {
         u"Error trying to run the file at C:\\Program Files\\Hourbook\\HBReporting.exe";
     for (const bool present : {false, true}) {
         ExecuteEnv e;
+        // Only the add-in's own program counts, whatever the folder holds.
+        e.platform.setFile(u"D:\\Data\\HBReporting.exe", u"");
         if (present) {
             e.platform.setFile(u"C:\\Program Files\\Hourbook\\HBReporting.exe", u"");
             e.platform.failNext("run", 70, 1, u"Permission denied");
         }
-        subExecute(e.s, u"HBReporting", u"", u"D:\\Data");
+        subExecute(e.s, u"HBReporting", {}, u"D:\\Data");
         EXPECT_EQ(e.platform.runs().size(), present ? 1u : 0u);
         ASSERT_EQ(e.platform.messageBoxes().size(), 1u);
         const auto& box = e.platform.messageBoxes()[0];
@@ -285,7 +306,7 @@ TEST(Execute, TracesWhatItStarts) {
     ExecuteEnv e;
     e.s.diag.blnTrace = true;
     e.platform.setFile(u"C:\\Program Files\\Hourbook\\HBPersonalSettings.exe", u"");
-    subExecute(e.s, u"HBPersonalSettings", u"False", u"C:\\Program Files\\Hourbook\\");
+    subExecute(e.s, u"HBPersonalSettings", {u"False"}, u"C:\\Program Files\\Hourbook\\");
     const Str log =
         e.platform.file(u"C:\\Program Files\\Hourbook\\BrindlewoodLog.txt").value_or(u"");
     EXPECT_NE(log.find(u"\tAttempting to execute HBPersonalSettings False\r\n"), Str::npos);
@@ -297,7 +318,7 @@ TEST(Execute, TracesWhatItStarts) {
 TEST(Execute, WithoutAShellTheTrapReports) {
     ExecuteEnv e;
     e.platform.failComponent(ScriptComponent::Shell);
-    subExecute(e.s, u"http://x.invalid", u"", u"");
+    subExecute(e.s, u"http://x.invalid", {}, u"");
     auto r = e.takeReport();
     ASSERT_TRUE(r);
     EXPECT_EQ(r->procedure, u"modFileHandling.subExecute");

@@ -33,6 +33,7 @@ Snapshot registryNow() {
     snapshot(HKEY_LOCAL_MACHINE, L"Software\\Classes\\Interface", s);
     snapshot(HKEY_LOCAL_MACHINE, L"Software\\Classes\\HBAddin.Connect", s);
     snapshot(HKEY_LOCAL_MACHINE, L"Software\\Classes\\HBAddin.pane", s);
+    snapshot(HKEY_LOCAL_MACHINE, L"Software\\Microsoft\\Office", s);
     // The user's side, without Wine's own bookkeeping under
     // Software\\Microsoft\\Windows, which its programs write as they start.
     snapshot(HKEY_CURRENT_USER, L"Software\\Classes", s);
@@ -58,15 +59,27 @@ using test::guidText;
 
 constexpr wchar_t kAddinKey[] = L"Software\\Microsoft\\Office\\Outlook\\Addins\\HBAddin.Connect";
 
+// regsvr32's switches for one scope, and the hive it writes: for the
+// machine, Outlook's add-in key goes to the machine's hive as the classes do,
+// so that every user's Outlook loads the add-in.
+struct Scope {
+    const wchar_t* install;
+    const wchar_t* uninstall;
+    HKEY hive;
+    HKEY otherHive;
+};
+const Scope kScopes[] = {{L"", L"/u", HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER},
+                         {L"/n /i:user", L"/u /n /i:user", HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE}};
+
+bool keyExists(HKEY root, const std::wstring& path) {
+    HKEY key = nullptr;
+    if (RegOpenKeyExW(root, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) return false;
+    RegCloseKey(key);
+    return true;
+}
+
 TEST(ComServer, RegistrationWritesTheClassesAndTheAddinKeyAndUnregistrationRemovesExactlyThem) {
-    struct Scope {
-        const wchar_t* install;
-        const wchar_t* uninstall;
-        HKEY classes;
-    };
-    const Scope scopes[] = {{L"", L"/u", HKEY_LOCAL_MACHINE},
-                            {L"/n /i:user", L"/u /n /i:user", HKEY_CURRENT_USER}};
-    for (const Scope& scope : scopes) {
+    for (const Scope& scope : kScopes) {
         SCOPED_TRACE(scope.install);
         const Snapshot before = registryNow();
         ASSERT_EQ(regsvr32(scope.install), 0u);
@@ -75,33 +88,32 @@ TEST(ComServer, RegistrationWritesTheClassesAndTheAddinKeyAndUnregistrationRemov
         const std::wstring designer = classes + L"CLSID\\" + guidText(CLSID_OHBAddinDesigner);
         const std::wstring pane = classes + L"CLSID\\" + guidText(CLSID_Pane);
         for (const std::wstring& clsid : {designer, pane}) {
-            EXPECT_EQ(readText(scope.classes, clsid + L"\\InprocServer32", nullptr), dllPath());
-            EXPECT_EQ(readText(scope.classes, clsid + L"\\InprocServer32", L"ThreadingModel"),
+            EXPECT_EQ(readText(scope.hive, clsid + L"\\InprocServer32", nullptr), dllPath());
+            EXPECT_EQ(readText(scope.hive, clsid + L"\\InprocServer32", L"ThreadingModel"),
                       L"Apartment");
-            EXPECT_EQ(readText(scope.classes, clsid + L"\\TypeLib", nullptr),
-                      guidText(LIBID_HBAddin));
+            EXPECT_EQ(readText(scope.hive, clsid + L"\\TypeLib", nullptr), guidText(LIBID_HBAddin));
         }
-        EXPECT_EQ(readText(scope.classes, classes + L"HBAddin.Connect\\CLSID", nullptr),
+        EXPECT_EQ(readText(scope.hive, classes + L"HBAddin.Connect\\CLSID", nullptr),
                   guidText(CLSID_OHBAddinDesigner));
-        EXPECT_EQ(readText(scope.classes, classes + L"HBAddin.pane\\CLSID", nullptr),
+        EXPECT_EQ(readText(scope.hive, classes + L"HBAddin.pane\\CLSID", nullptr),
                   guidText(CLSID_Pane));
-        EXPECT_EQ(readText(scope.classes, pane + L"\\ProgID", nullptr), L"HBAddin.pane");
-        EXPECT_EQ(readText(scope.classes,
+        EXPECT_EQ(readText(scope.hive, pane + L"\\ProgID", nullptr), L"HBAddin.pane");
+        EXPECT_EQ(readText(scope.hive,
                            classes + L"TypeLib\\" + guidText(LIBID_HBAddin) + L"\\1.0\\0\\" +
                                (sizeof(void*) == 8 ? L"win64" : L"win32"),
                            nullptr),
                   dllPath());
-        EXPECT_EQ(readText(HKEY_CURRENT_USER, kAddinKey, L"FriendlyName"),
-                  L"Hourbook for Outlook v4");
-        EXPECT_EQ(readText(HKEY_CURRENT_USER, kAddinKey, L"Description"),
+        EXPECT_EQ(readText(scope.hive, kAddinKey, L"FriendlyName"), L"Hourbook for Outlook v4");
+        EXPECT_EQ(readText(scope.hive, kAddinKey, L"Description"),
                   L"Hourbook for Outlook v4\r\nFor more information please see \r\n"
                   L"https://www.hourbook.invalid/");
         DWORD loadBehavior = 0, size = sizeof loadBehavior, type = 0;
-        EXPECT_EQ(RegGetValueW(HKEY_CURRENT_USER, kAddinKey, L"LoadBehavior", RRF_RT_ANY, &type,
+        EXPECT_EQ(RegGetValueW(scope.hive, kAddinKey, L"LoadBehavior", RRF_RT_ANY, &type,
                                &loadBehavior, &size),
                   ERROR_SUCCESS);
         EXPECT_EQ(type, static_cast<DWORD>(REG_DWORD));
         EXPECT_EQ(loadBehavior, 3u);
+        EXPECT_FALSE(keyExists(scope.otherHive, kAddinKey)) << "the add-in key of the other scope";
 
         ASSERT_EQ(regsvr32(scope.uninstall), 0u);
         EXPECT_EQ(differences(before, registryNow()), "");
@@ -109,35 +121,73 @@ TEST(ComServer, RegistrationWritesTheClassesAndTheAddinKeyAndUnregistrationRemov
 }
 
 TEST(ComServer, UnregistrationKeepsWhatTheUserAndOthersWrote) {
-    const Snapshot before = registryNow();
-    ASSERT_EQ(regsvr32(L""), 0u);
-    // The user switched the add-in off; another add-in and the settings live
-    // beside it.
-    DWORD off = 2;
-    RegSetKeyValueW(HKEY_CURRENT_USER, kAddinKey, L"LoadBehavior", REG_DWORD, &off, sizeof off);
     const wchar_t other[] = L"Software\\Microsoft\\Office\\Outlook\\Addins\\Other.Connect";
     const wchar_t settings[] = L"Software\\Brindlewood\\HourbookComServerTest";
-    RegSetKeyValueW(HKEY_CURRENT_USER, other, L"FriendlyName", REG_SZ, L"Other", 12);
-    RegSetKeyValueW(HKEY_CURRENT_USER, settings, L"PersonalRate", REG_SZ, L"12.5", 10);
+    for (const Scope& scope : kScopes) {
+        SCOPED_TRACE(scope.install);
+        const Snapshot before = registryNow();
+        ASSERT_EQ(regsvr32(scope.install), 0u);
+        // The add-in was switched off; another add-in and the settings live
+        // beside it.
+        DWORD off = 2;
+        RegSetKeyValueW(scope.hive, kAddinKey, L"LoadBehavior", REG_DWORD, &off, sizeof off);
+        RegSetKeyValueW(scope.hive, other, L"FriendlyName", REG_SZ, L"Other", 12);
+        RegSetKeyValueW(HKEY_CURRENT_USER, settings, L"PersonalRate", REG_SZ, L"12.5", 10);
 
-    ASSERT_EQ(regsvr32(L"/u"), 0u);
-    Snapshot after;
-    snapshot(HKEY_CURRENT_USER, kAddinKey, after);
-    EXPECT_EQ(after.size(), 2u) << "the key and the user's LoadBehavior are left";
-    EXPECT_EQ(after[L"HKCU\\" + std::wstring(kAddinKey) + L"|LoadBehavior"].substr(0, 2), L"4:");
-    EXPECT_EQ(readText(HKEY_CURRENT_USER, other, L"FriendlyName"), L"Other");
-    EXPECT_EQ(readText(HKEY_CURRENT_USER, settings, L"PersonalRate"), L"12.5");
+        ASSERT_EQ(regsvr32(scope.uninstall), 0u);
+        Snapshot after;
+        snapshot(scope.hive, kAddinKey, after);
+        const std::wstring hiveName = scope.hive == HKEY_CURRENT_USER ? L"HKCU\\" : L"HKLM\\";
+        EXPECT_EQ(after.size(), 2u) << "the key and the changed LoadBehavior are left";
+        EXPECT_EQ(after[hiveName + kAddinKey + L"|LoadBehavior"].substr(0, 2), L"4:");
+        EXPECT_EQ(readText(scope.hive, other, L"FriendlyName"), L"Other");
+        EXPECT_EQ(readText(HKEY_CURRENT_USER, settings, L"PersonalRate"), L"12.5");
 
-    // Remove what this test wrote, and the keys above it that it made.
-    RegDeleteTreeW(HKEY_CURRENT_USER, other);
-    RegDeleteTreeW(HKEY_CURRENT_USER, kAddinKey);
-    RegDeleteTreeW(HKEY_CURRENT_USER, settings);
-    for (const wchar_t* made :
-         {L"Software\\Microsoft\\Office\\Outlook\\Addins", L"Software\\Microsoft\\Office\\Outlook",
-          L"Software\\Microsoft\\Office", L"Software\\Brindlewood"}) {
-        if (!before.count(L"HKCU\\" + std::wstring(made))) RegDeleteKeyW(HKEY_CURRENT_USER, made);
+        // Remove what this test wrote, and the keys above it that it made.
+        RegDeleteTreeW(scope.hive, other);
+        RegDeleteTreeW(scope.hive, kAddinKey);
+        RegDeleteTreeW(HKEY_CURRENT_USER, settings);
+        for (const wchar_t* made :
+             {L"Software\\Microsoft\\Office\\Outlook\\Addins",
+              L"Software\\Microsoft\\Office\\Outlook", L"Software\\Microsoft\\Office"}) {
+            if (!before.count(hiveName + made)) RegDeleteKeyW(scope.hive, made);
+        }
+        if (!before.count(L"HKCU\\Software\\Brindlewood"))
+            RegDeleteKeyW(HKEY_CURRENT_USER, L"Software\\Brindlewood");
+        EXPECT_EQ(differences(before, registryNow()), "");
     }
-    EXPECT_EQ(differences(before, registryNow()), "");
+}
+
+// The x86 and x64 builds share the type library's key (TypeLib is one view
+// for both on Windows): unregistering this build leaves the other build's
+// platform entry and the version it stands under, and the whole key goes
+// only with the last build.
+TEST(ComServer, UnregisteringOneBuildKeepsTheTypeLibraryOfTheOther) {
+    const bool x64 = sizeof(void*) == 8;
+    for (const Scope& scope : kScopes) {
+        SCOPED_TRACE(scope.install);
+        const Snapshot before = registryNow();
+        const std::wstring version =
+            L"Software\\Classes\\TypeLib\\" + guidText(LIBID_HBAddin) + L"\\1.0";
+        const std::wstring own = version + (x64 ? L"\\0\\win64" : L"\\0\\win32");
+        const std::wstring otherBuild = version + (x64 ? L"\\0\\win32" : L"\\0\\win64");
+        const wchar_t otherDll[] = L"C:\\Other build\\HBAddin.dll";
+        ASSERT_EQ(regsvr32(scope.install), 0u);
+        ASSERT_EQ(RegSetKeyValueW(scope.hive, otherBuild.c_str(), nullptr, REG_SZ, otherDll,
+                                  sizeof otherDll),
+                  ERROR_SUCCESS);
+
+        ASSERT_EQ(regsvr32(scope.uninstall), 0u);
+        EXPECT_FALSE(keyExists(scope.hive, own));
+        EXPECT_EQ(readText(scope.hive, otherBuild, nullptr), otherDll);
+        EXPECT_EQ(readText(scope.hive, version, nullptr), L"Hourbook for Outlook v4");
+        EXPECT_EQ(readText(scope.hive, version + L"\\FLAGS", nullptr), L"0");
+
+        // Once the other build is gone too, nothing of the library is left.
+        RegDeleteTreeW(scope.hive, otherBuild.c_str());
+        ASSERT_EQ(regsvr32(scope.uninstall), 0u);
+        EXPECT_EQ(differences(before, registryNow()), "");
+    }
 }
 
 class RegisteredServer : public ::testing::Test {

@@ -22,6 +22,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -84,9 +85,9 @@ void pumpMessages() {
 // read and write, the Parent (an exception's series) and Save.
 struct FakeItem {
     FakeItem() {
-        text(L"Categories", 1, categories, &categoryPuts);
-        text(L"Subject", 2, subject, nullptr);
-        text(L"MessageClass", 3, messageClass, nullptr);
+        text(L"Categories", 1, categories, &categoryPuts, &afterCategoriesPut);
+        text(L"Subject", 2, subject, nullptr, nullptr);
+        text(L"MessageClass", 3, messageClass, nullptr, nullptr);
         server->member(L"Parent", 4, [this](WORD, std::vector<VARIANT*>&, VARIANT* r, EXCEPINFO*) {
             if (!parent || !r) return DISP_E_MEMBERNOTFOUND;
             V_VT(r) = VT_DISPATCH;
@@ -107,14 +108,16 @@ struct FakeItem {
     std::wstring messageClass = L"IPM.Appointment";
     FakeItem* parent = nullptr;
     std::vector<std::wstring> categoryPuts;
+    // What the host does once the categories are written.
+    std::function<void()> afterCategoriesPut;
     int saves = 0;
 
   private:
-    void text(const wchar_t* name, DISPID id, std::wstring& field,
-              std::vector<std::wstring>* puts) {
+    void text(const wchar_t* name, DISPID id, std::wstring& field, std::vector<std::wstring>* puts,
+              std::function<void()>* afterPut) {
         server->member(name, id,
-                       [&field, puts](WORD flags, std::vector<VARIANT*>& args, VARIANT* result,
-                                      EXCEPINFO*) -> HRESULT {
+                       [&field, puts, afterPut](WORD flags, std::vector<VARIANT*>& args,
+                                                VARIANT* result, EXCEPINFO*) -> HRESULT {
                            if (flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) {
                                if (args.size() != 1) return DISP_E_BADPARAMCOUNT;
                                VARIANT value;
@@ -124,6 +127,7 @@ struct FakeItem {
                                field.assign(value.bstrVal, SysStringLen(value.bstrVal));
                                VariantClear(&value);
                                if (puts) puts->push_back(field);
+                               if (afterPut && *afterPut) (*afterPut)();
                            } else if (result) {
                                V_VT(result) = VT_BSTR;
                                V_BSTR(result) =
@@ -518,6 +522,50 @@ TEST_F(PaneHosted, APickWritesTheChoiceIntoTheAppointmentOrItsSeries) {
     }
 }
 
+// The host letting go of the control in the middle of a pick: the container
+// closed and every reference released from inside the appointment's
+// Categories put, or a close queued before the pick. The control lives until
+// the pick has returned, the pick is written whole, and only then is the
+// control freed, letting go of the appointment.
+TEST_F(PaneHosted, TheHostLettingGoDuringAPickFreesTheControlOnlyAfterIt) {
+    for (const bool fromThePut : {true, false}) {
+        SCOPED_TRACE(fromThePut ? "released from the Categories put" : "close queued before");
+        auto item = std::make_unique<FakeItem>();
+        item->categories = L"Acme";
+        ASSERT_NO_FATAL_FAILURE(host(185, 600));
+        ASSERT_NO_FATAL_FAILURE(show(*item, kThreeLists));
+        const auto c = combos();
+        ASSERT_EQ(c.size(), 3u);
+
+        ULONG heldBefore = 0, heldAfter = 0;
+        if (fromThePut) {
+            item->afterCategoriesPut = [&] {
+                heldBefore = test::refCount(item->server.get());
+                DestroyWindow(frame_);
+                frame_ = nullptr;
+                control_.reset();
+                heldAfter = test::refCount(item->server.get());
+            };
+        } else {
+            PostMessageW(frame_, WM_CLOSE, 0, 0);
+            control_.reset();  // the container holds the last reference
+        }
+        pick(c[2], L"Travel");
+        const std::wstring sep = listSeparator();
+        EXPECT_EQ(item->categoryPuts, std::vector<std::wstring>{sep + L"Acme" + sep + L"Travel"});
+        if (fromThePut) {
+            EXPECT_GT(heldBefore, 1u);
+            EXPECT_EQ(heldAfter, heldBefore) << "the control, holding the item, is still alive";
+        } else {
+            EXPECT_TRUE(IsWindow(frame_)) << "the queued close waits until the pick is done";
+        }
+        pumpMessages();
+        EXPECT_FALSE(frame_ && IsWindow(frame_));
+        frame_ = nullptr;
+        EXPECT_EQ(test::refCount(item->server.get()), 1u) << "freed after the pick";
+    }
+}
+
 TEST_F(PaneHosted, TabMovesBetweenTheVisibleBoxes) {
     ASSERT_NO_FATAL_FAILURE(host(185, 600));
     ASSERT_NO_FATAL_FAILURE(show(*item_, L"Company:Acme;Globex;\r\nPerson:Jones;Smith;\r\n"));
@@ -561,7 +609,7 @@ TEST(PaneControlXvfb, RunsTheHostedTestsUnderAnXServerOfTheirOwn) {
             png + "'; fi");
     std::printf("---- the PaneHosted tests under Xvfb ----\n%s----\n", run.output.c_str());
     EXPECT_EQ(run.exitCode, 0);
-    EXPECT_NE(run.output.find("[  PASSED  ] 3 tests"), std::string::npos);
+    EXPECT_NE(run.output.find("[  PASSED  ] 4 tests"), std::string::npos);
     EXPECT_EQ(run.output.find("[  SKIPPED ]"), std::string::npos) << "every hosted test ran";
 }
 

@@ -14,6 +14,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "ComTestSupport.h"
 
@@ -63,6 +64,17 @@ TEST_F(StandinSession, EachFailingObjectModelCallIsSurvivedWithOneDialogAtMostAn
 
 TEST_F(StandinSession, AnAddinThatCannotBeCreatedIsSetToLoadBehavior2AndOutlookGoesOn) {
     constexpr wchar_t key[] = L"Software\\Microsoft\\Office\\Outlook\\Addins\\HBStandin.Missing";
+    // The keys above it that this test makes go again at its end.
+    std::vector<std::wstring> made;
+    for (const wchar_t* parent :
+         {L"Software\\Microsoft\\Office\\Outlook\\Addins", L"Software\\Microsoft\\Office\\Outlook",
+          L"Software\\Microsoft\\Office"}) {
+        HKEY existing = nullptr;
+        if (RegOpenKeyExW(HKEY_CURRENT_USER, parent, 0, KEY_READ, &existing) == ERROR_SUCCESS)
+            RegCloseKey(existing);
+        else
+            made.emplace_back(parent);
+    }
     DWORD three = 3;
     ASSERT_EQ(
         RegSetKeyValueW(HKEY_CURRENT_USER, key, L"LoadBehavior", REG_DWORD, &three, sizeof three),
@@ -75,6 +87,8 @@ TEST_F(StandinSession, AnAddinThatCannotBeCreatedIsSetToLoadBehavior2AndOutlookG
               ERROR_SUCCESS);
     EXPECT_EQ(behavior, 2u);
     RegDeleteTreeW(HKEY_CURRENT_USER, key);
+    for (const std::wstring& parent : made)
+        RegDeleteKeyW(HKEY_CURRENT_USER, parent.c_str());
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 // carry the names of Windows macros. Below, the Windows macros (same values)
 // are used.
 #include "common/AutomationError.h"
+#include "common/Text.h"
 #include "platform/win32/Win32Platform.h"
 
 #include <gtest/gtest.h>
@@ -188,27 +189,36 @@ TEST(Win32Platform, ClockIsLocalTimeAsDateValue) {
     EXPECT_GE(p.now(), now);
 }
 
-TEST(Win32Platform, RunStartsAProgramWithoutWaitingAndRaisesForAMissingOne) {
+TEST(Win32Platform, RunStartsAProgramWithoutWaitingInItsWorkingFolderAndRaisesForAMissingOne) {
     Win32Platform p;
-    const auto e = test::raisedBy([&] { p.run(u"C:\\no\\such\\program.exe /x", SW_SHOWNORMAL); });
+    const auto e =
+        test::raisedBy([&] { p.run(u"C:\\no\\such\\program.exe /x", SW_SHOWNORMAL, Str()); });
     ASSERT_TRUE(e);
     EXPECT_NE(e->number(), 0);
     EXPECT_FALSE(e->description().empty());
 
+    // The started program writes the folder it runs in ("cd") to a marker
+    // file: the given working folder, or the caller's current one.
     const Str dir = *p.specialFolder(win::CsidlPersonal);
-    const Str marker =
-        dir + u"\\hb-run-marker-" + toStr(static_cast<long long>(GetCurrentProcessId())) + u".txt";
-    DeleteFileW(wide(marker).c_str());
-    p.run(u"cmd.exe /c echo started>\"" + marker + u"\"", SW_SHOWMINIMIZED);
-    // Not waited for: poll for the file the started program writes.
-    bool seen = false;
-    for (int i = 0; i < 200 && !seen; ++i) {
-        seen = p.fileExists(marker);
-        if (!seen) Sleep(50);
+    wchar_t current[MAX_PATH] = {};
+    GetCurrentDirectoryW(MAX_PATH, current);
+    for (const Str& folder : {dir, Str()}) {
+        const Str marker = dir + u"\\hb-run-marker-" +
+                           toStr(static_cast<long long>(GetCurrentProcessId())) + u".txt";
+        DeleteFileW(wide(marker).c_str());
+        p.run(u"cmd.exe /c cd>\"" + marker + u"\"", SW_SHOWMINIMIZED, folder);
+        // Not waited for: poll for the file the started program writes.
+        std::optional<Str> written;
+        for (int i = 0; i < 200 && (!written || written->empty()); ++i) {
+            Sleep(50);
+            written = p.readTextFile(marker);
+        }
+        ASSERT_TRUE(written);
+        const Str expected = folder.empty() ? Str(current, current + wcslen(current)) : folder;
+        EXPECT_EQ(text::upper(text::trim(text::replace(*written, u"\r\n", u""))),
+                  text::upper(expected));
+        DeleteFileW(wide(marker).c_str());
     }
-    EXPECT_TRUE(seen);
-    Sleep(100);
-    DeleteFileW(wide(marker).c_str());
 }
 
 // Objects by ProgID are covered with the dispatch client's tests.

@@ -522,8 +522,8 @@ std::int32_t MemoryPlatform::messageBox(const Str& text, const Str& caption, std
     return rec.answer;
 }
 
-void MemoryPlatform::run(const Str& command, int windowStyle) {
-    runs_.push_back(RunRecord{command, windowStyle});
+void MemoryPlatform::run(const Str& command, int windowStyle, const Str& workingFolder) {
+    runs_.push_back(RunRecord{command, windowStyle, workingFolder});
     Failure f;
     if (failing("run", &f)) {
         if (f.description.empty()) raise(f.code);

@@ -65,7 +65,7 @@ class MemoryPlatform : public Platform {
     Variant createObject(const Str& progId) override;
 
     std::int32_t messageBox(const Str& text, const Str& caption, std::uint32_t flags) override;
-    void run(const Str& command, int windowStyle) override;
+    void run(const Str& command, int windowStyle, const Str& workingFolder) override;
     Str expandEnvironment(const Str& text) override;
 
     std::int32_t localeInfo(std::uint32_t lcid, std::uint32_t item, Str& out) override;
@@ -171,6 +171,7 @@ class MemoryPlatform : public Platform {
     struct RunRecord {
         Str command;
         int windowStyle = 0;
+        Str workingFolder;  // empty: the caller's
     };
     // Every call of run, failing ones included.
     const std::vector<RunRecord>& runs() const { return runs_; }

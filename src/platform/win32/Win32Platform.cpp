@@ -366,7 +366,7 @@ std::int32_t Win32Platform::messageBox(const Str& text, const Str& caption, std:
     return MessageBoxW(nullptr, wide(text).c_str(), wide(caption).c_str(), flags);
 }
 
-void Win32Platform::run(const Str& command, int windowStyle) {
+void Win32Platform::run(const Str& command, int windowStyle, const Str& workingFolder) {
     const std::wstring wcommand = wide(command);
     // Web and mail links go to the shell, which opens the registered program.
     if (startsWithNoCase(command, u"HTTP") || startsWithNoCase(command, u"MAIL")) {
@@ -387,8 +387,9 @@ void Win32Platform::run(const Str& command, int windowStyle) {
     PROCESS_INFORMATION pi = {};
     std::wstring commandLine = wcommand;  // CreateProcessW may write into it
     commandLine.push_back(L'\0');
-    if (!CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
-                        &si, &pi))
+    const std::wstring folder = wide(workingFolder);
+    if (!CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr,
+                        folder.empty() ? nullptr : folder.c_str(), &si, &pi))
         raiseWin32(GetLastError());
     // Not waiting for it.
     CloseHandle(pi.hThread);

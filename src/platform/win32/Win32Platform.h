@@ -39,7 +39,7 @@ class Win32Platform : public Platform {
     Variant createObject(const Str& progId) override;
 
     std::int32_t messageBox(const Str& text, const Str& caption, std::uint32_t flags) override;
-    void run(const Str& command, int windowStyle) override;
+    void run(const Str& command, int windowStyle, const Str& workingFolder) override;
     Str expandEnvironment(const Str& text) override;
 
     std::int32_t localeInfo(std::uint32_t lcid, std::uint32_t item, Str& out) override;
