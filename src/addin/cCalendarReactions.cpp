@@ -203,7 +203,7 @@ void cCalendarReactions::ouisMyInspectors_NewInspector(const Variant& inspector)
         if (fncOutlookVersion(s) < kOutlook2007 || !s.blnConnected) {
             s.objToolBar->setOfbCurrCommandBar(fncGetToolbar(s, inspector));
         } else {
-            s.objToolBar->setOuiCurrItem(item);
+            last->subShowItem(*s.objToolBar, item);
             s.objToolBar->subAddCTP(inspector);
         }
     });
