@@ -79,6 +79,8 @@ void cInspectorEvents::subShowItem(cToolBarItem& toolbar, const Variant& item) {
 
 void cInspectorEvents::ouiMyInspector_Close() {
     Session& s = s_;
+    // Alive to the end, though it leaves the session's collection below.
+    const std::shared_ptr<cInspectorEvents> self = weak_from_this().lock();
     const std::shared_ptr<cToolBarItem> toolbar = s.objToolBar;
     bool hasPane = false;
     resumeNext(s, [&] {

@@ -88,10 +88,7 @@ TEST(ExplorerBillingOwnCategories, APickKeepsEveryCategoryThatIsNoBillingValue) 
     for (const OwnCategoriesCase& c : ownCategoriesCases()) {
         SCOPED_TRACE(hb::toUtf8(c.categories));
         SessionHarness h;
-        h.setLists(fourLists());
-        h.setSetting(u"WriteSubject", u"True");
-        auto appt = h.addAppointment(u"", c.categories);
-        h.start();
+        auto appt = startWithAnAppointmentOf(h, c);
         auto ex = h.sc().explorer();
         h.sc().select(ex, {appt});
         for (int n = 1; n <= 3; ++n)

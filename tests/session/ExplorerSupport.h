@@ -143,4 +143,15 @@ inline std::vector<OwnCategoriesCase> ownCategoriesCases() {
     };
 }
 
+// Outlook started on the calendar with fourLists(), the write-subject
+// setting on, and the case's appointment (without a subject).
+inline std::shared_ptr<sim::Item> startWithAnAppointmentOf(SessionHarness& h,
+                                                           const OwnCategoriesCase& c) {
+    h.setLists(fourLists());
+    h.setSetting(u"WriteSubject", u"True");
+    auto appt = h.addAppointment(u"", c.categories);
+    h.start();
+    return appt;
+}
+
 }  // namespace hbtest

@@ -77,10 +77,7 @@ TEST(PaneOwnCategories, AChoiceKeepsEveryCategoryThatIsNoBillingValue) {
     for (const OwnCategoriesCase& c : ownCategoriesCases()) {
         SCOPED_TRACE(hb::toUtf8(c.categories));
         SessionHarness h;
-        h.setLists(fourLists());
-        h.setSetting(u"WriteSubject", u"True");
-        auto appt = h.addAppointment(u"", c.categories);
-        h.start();
+        auto appt = startWithAnAppointmentOf(h, c);
         auto window = h.sc().openInspector(appt);
         const auto controls = h.paneControls();
         ASSERT_EQ(controls.size(), 1u);
