@@ -30,38 +30,50 @@ void Scenario::startOutlook(std::shared_ptr<Addin> addin, std::int32_t startFold
     o.running = true;
     std::shared_ptr<Explorer> first;
     if (startFolder != 0) first = o.openExplorer(o.defaultFolder(startFolder));
-    Instruments& instr = o.instruments();
-    if (addin) {
-        addin_ = std::move(addin);
-        comAddIn_ = o.make<ComAddIn>(u"HBAddin.OHBAddinDesigner", Str(hb::kFriendlyName));
+    if (addin && connect(std::move(addin), ext::ConnectStartup)) {
         Args custom;
-        bool connected = true;
-        try {
-            Variant app = instr.toAddin(obj(o.application()), u"OnConnection");
-            Variant inst = instr.toAddin(obj(comAddIn_), u"OnConnection");
-            addin_->onConnection(app, ext::ConnectStartup, inst, custom);
-        } catch (const std::exception& e) {
-            // Office unloads an add-in whose connection fails.
-            addinErrors.push_back(u"OnConnection: " + hb::fromUtf8(e.what()));
-            connected = false;
-        }
-        if (!connected) {
-            addin_.reset();
-            comAddIn_->connect = false;
-        } else {
-            if (o.majorVersion() >= 12) {
-                guarded("CTPFactoryAvailable", [&] {
-                    addin_->ctpFactoryAvailable(
-                        instr.toAddin(obj(o.taskPaneFactory()), u"CTPFactoryAvailable"));
-                });
-            }
-            guarded("OnStartupComplete", [&] { addin_->onStartupComplete(custom); });
-        }
+        guarded("OnStartupComplete", [&] { addin_->onStartupComplete(custom); });
     }
     o.application()->raiseEvent(u"ApplicationEvents", u"Startup", {});
     o.pump();
     if (first && first->open) o.activate(first);
     o.pump();
+}
+
+bool Scenario::connect(std::shared_ptr<Addin> addin, std::int32_t connectMode) {
+    Outlook& o = *outlook_;
+    Instruments& instr = o.instruments();
+    addin_ = std::move(addin);
+    if (!comAddIn_) {
+        comAddIn_ = o.make<ComAddIn>(u"HBAddin.OHBAddinDesigner", Str(hb::kFriendlyName));
+    }
+    comAddIn_->connect = true;
+    Args custom;
+    try {
+        Variant app = instr.toAddin(obj(o.application()), u"OnConnection");
+        Variant inst = instr.toAddin(obj(comAddIn_), u"OnConnection");
+        addin_->onConnection(app, connectMode, inst, custom);
+    } catch (const std::exception& e) {
+        // Office unloads an add-in whose connection fails.
+        addinErrors.push_back(u"OnConnection: " + hb::fromUtf8(e.what()));
+        addin_.reset();
+        comAddIn_->connect = false;
+        return false;
+    }
+    if (o.majorVersion() >= 12) {
+        guarded("CTPFactoryAvailable", [&] {
+            addin_->ctpFactoryAvailable(
+                instr.toAddin(obj(o.taskPaneFactory()), u"CTPFactoryAvailable"));
+        });
+    }
+    return true;
+}
+
+void Scenario::connectAddin(std::shared_ptr<Addin> addin) {
+    if (!outlook_->running) throw ScenarioError("Outlook does not run");
+    if (addin_) throw ScenarioError("the add-in is loaded already");
+    connect(std::move(addin), ext::ConnectAfterStartup);
+    outlook_->pump();
 }
 
 void Scenario::quit() {

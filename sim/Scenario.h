@@ -112,6 +112,12 @@ class Scenario {
     // The user unloads the add-in in the COM add-ins dialog:
     // OnDisconnection(ext_dm_UserClosed); Office releases it; Outlook runs on.
     void disconnectAddin();
+    // The user loads the add-in into a running Outlook (ticks it in the COM
+    // add-ins dialog, or enables it again from the disabled items):
+    // OnConnection(Application, ext_cm_AfterStartup, the COMAddIn), from
+    // version 12 on CTPFactoryAvailable; no OnStartupComplete and no Startup
+    // event follow. The windows open stay as they are.
+    void connectAddin(std::shared_ptr<Addin> addin);
     bool addinLoaded() const { return static_cast<bool>(addin_); }
     std::vector<Str> addinErrors;
 
@@ -173,6 +179,9 @@ class Scenario {
     void pump() { outlook_->pump(); }
 
   private:
+    // OnConnection and, from version 12 on, CTPFactoryAvailable; false (and
+    // the add-in unloaded) when the connection raised.
+    bool connect(std::shared_ptr<Addin> addin, std::int32_t connectMode);
     void requireUsable(const CommandBarControl& control) const;
     void guarded(const char* what, const std::function<void()>& call);
 

@@ -6,8 +6,13 @@
 // boxes, and the reference census after the add-in was let go.
 //
 //   hb_standin.exe [--version 9..16] [--shots FOLDER] [--startup-only]
+//   hb_standin.exe [--version 9..16] --after-startup
 //   hb_standin.exe [--version 9..16] --fault-sweep startup|selection
 //
+// --after-startup: Outlook runs first without the add-in, with an
+// appointment window open; then the user loads the add-in in the COM
+// add-ins dialog (OnConnection with ext_cm_AfterStartup, no Startup event),
+// and bills in the calendar and in that window.
 // Exit status: 0 when every expectation held, the add-in loaded, showed no
 // message box and let go of every object it was handed; 1 otherwise. The
 // fault sweep (FaultSweep.h) has rules of its own.
@@ -19,6 +24,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 
 #include "apps/settings/SettingsResource.h"
@@ -59,6 +65,7 @@ enum class Do {
     BackToOutlook,  // activate the main explorer again
     MovePane,       // dock the open appointment window's task pane at position `box`
     CheckStored,    // the registry's setting `entry` must hold `expect`
+    ToItem,         // activate the inspector opened before
 };
 
 struct Step {
@@ -116,10 +123,22 @@ const Step kSession[] = {
     {Do::SaveAndClose, u"Client call", 0, nullptr, u"Umbrella, Jones, Office"},
 };
 
+// Loaded into a running Outlook whose calendar shows "Client call" selected
+// and "Code review" open in an appointment window: the add-in takes both
+// windows over at once.
+const Step kAfterStartup[] = {
+    {Do::Select, u"Project kickoff", 0, nullptr, u", , "},
+    {Do::PickToolbar, u"Project kickoff", 1, u"Acme", u"Acme"},
+    {Do::ToItem, nullptr, 0, nullptr, nullptr},
+    {Do::PickPane, u"Code review", 1, u"Initech", u"Initech"},
+    {Do::SaveAndClose, u"Code review", 0, nullptr, u"Initech"},
+};
+
 struct Options {
     int version = 12;
     std::wstring shots;
     bool startupOnly = false;
+    bool afterStartup = false;
     std::optional<SweepPhase> sweep;
 };
 
@@ -204,6 +223,7 @@ class Session {
   private:
     void setUpOutlook();
     bool start();
+    void connectAfterStartup();
     void act(const Step& step);
     void reportWrites();
     bool expect(const Step& step);
@@ -238,6 +258,18 @@ bool Session::start() {
     std::printf("Outlook %s starts on the calendar (3 appointments)\n",
                 utf8(sc_.outlook().version).c_str());
     running_ = std::make_unique<RunningOutlook>(sc_);
+    if (options_.afterStartup) {
+        // Outlook runs without the add-in for a while: the user opens an
+        // appointment and selects another in the calendar.
+        sim::Outlook& o = sc_.outlook();
+        sc_.startOutlook(nullptr, sim::ol::FolderCalendar);
+        std::printf("\n> opens \"Code review\", back in the calendar selects \"Client call\"\n");
+        inspector_ = sc_.openInspector(o.calendar()->findBySubject(u"Code review"));
+        sc_.activate(sc_.explorer());
+        sc_.select(sc_.explorer(), {o.calendar()->findBySubject(u"Client call")});
+        windows_.render();
+        std::printf("\n> loads the add-in in the COM add-ins dialog\n");
+    }
     LARGE_INTEGER started;
     QueryPerformanceCounter(&started);
     addins_->load();
@@ -246,7 +278,11 @@ bool Session::start() {
                     utf8(f.what).c_str());
     for (const auto& e : addins_->loaded())
         std::printf("   add-in %s created by its ProgID\n", utf8(e.progId).c_str());
-    sc_.startOutlook(addins_->empty() ? nullptr : addins_, sim::ol::FolderCalendar);
+    if (options_.afterStartup) {
+        connectAfterStartup();
+    } else {
+        sc_.startOutlook(addins_->empty() ? nullptr : addins_, sim::ol::FolderCalendar);
+    }
     const double elapsed = millisecondsSince(started);
     for (const Str& e : sc_.addinErrors)
         std::printf("   connection failed: %s\n", utf8(e).c_str());
@@ -263,6 +299,23 @@ bool Session::start() {
                 elapsed, static_cast<unsigned long long>(sc_.instruments().callCount()));
     if (!filled) ++failures_;
     return filled;
+}
+
+// The COM add-ins dialog loads the add-in into the running Outlook; the
+// add-in starts at once on the windows open.
+void Session::connectAfterStartup() {
+    if (addins_->empty()) return;
+    sc_.connectAddin(addins_);
+    if (!inspector_) return;
+    const bool pane = sc_.outlook().majorVersion() >= 12;
+    bool served = false;
+    for (const auto& p : inspector_->panes)
+        served = served || !p->deleted;
+    if (pane) {
+        std::printf("   the open appointment window: %s\n",
+                    served ? "task pane made" : "NO TASK PANE");
+        if (!served) ++failures_;
+    }
 }
 
 void Session::act(const Step& step) {
@@ -351,6 +404,10 @@ void Session::act(const Step& step) {
             break;
         }
         case Do::CheckStored:
+            break;
+        case Do::ToItem:
+            std::printf("\n> turns to the appointment window\n");
+            sc_.activate(inspector_);
             break;
     }
     windows_.render();
@@ -508,7 +565,9 @@ int Session::run() {
     const bool started = start();
     reportWrites();
     if (started && !options_.startupOnly) {
-        for (const Step& step : kSession) {
+        const auto steps = options_.afterStartup ? std::span<const Step>(kAfterStartup)
+                                                 : std::span<const Step>(kSession);
+        for (const Step& step : steps) {
             if (step.withPanes && sc_.outlook().majorVersion() < 12) continue;
             act(step);
             reportWrites();
@@ -564,6 +623,8 @@ int wmain(int argc, wchar_t** argv) {
             options.shots = argv[++i];
         } else if (arg == L"--startup-only") {
             options.startupOnly = true;
+        } else if (arg == L"--after-startup") {
+            options.afterStartup = true;
         } else if (arg == L"--fault-sweep" && i + 1 < argc &&
                    (argv[i + 1] == std::wstring(L"startup") ||
                     argv[i + 1] == std::wstring(L"selection"))) {
@@ -572,6 +633,7 @@ int wmain(int argc, wchar_t** argv) {
         } else {
             std::fprintf(stderr,
                          "usage: hb_standin [--version 9..16] [--shots FOLDER] [--startup-only]\n"
+                         "       hb_standin [--version 9..16] --after-startup\n"
                          "       hb_standin [--version 9..16] --fault-sweep startup|selection\n");
             return 2;
         }

@@ -7,6 +7,9 @@ namespace hb {
 
 namespace {
 
+// ext_ConnectMode: the host connects the add-in while it runs already.
+constexpr std::int32_t kConnectAfterStartup = 0;
+
 // The run time converts numbers and dates to and from text in the user's
 // regional settings, as on Outlook's thread.
 void useUserLocale(Platform& platform) noexcept {
@@ -36,14 +39,19 @@ void OHBAddinDesigner::AddinInstance_OnBeginShutdown(Args& /*custom*/) noexcept 
 }
 
 void OHBAddinDesigner::AddinInstance_OnConnection(const Variant& application,
-                                                  std::int32_t /*connectMode*/,
+                                                  std::int32_t connectMode,
                                                   const Variant& /*addInInst*/, Args& /*custom*/) {
     Session& s = *session_;
-    s.oCalendarReactions = std::make_shared<cCalendarReactions>(s);
+    const std::shared_ptr<cCalendarReactions> reactions = std::make_shared<cCalendarReactions>(s);
+    s.oCalendarReactions = reactions;
     // Handing over the application hooks its events; an object that is no
     // Outlook Application fails here and the host hears of it.
-    s.oCalendarReactions->setOuaMyOutlook(application);
+    reactions->setOuaMyOutlook(application);
     s.blnConnected = true;
+    // Loaded into a running Outlook (the COM Add-ins dialog, or enabled again
+    // from the disabled items): no Startup event follows, so the session
+    // starts now, on the windows already open. Its errors are its own.
+    if (connectMode == kConnectAfterStartup) reactions->StartAfterStartup();
 }
 
 void OHBAddinDesigner::AddinInstance_OnDisconnection(std::int32_t /*removeMode*/,
@@ -64,6 +72,11 @@ void OHBAddinDesigner::ICustomTaskPaneConsumer_CTPFactoryAvailable(
     const Variant& factory) noexcept {
     try {
         session_->oCTPFactory = factory;
+        // A session started after Outlook's start-up gives its appointment
+        // windows their panes once the factory is there.
+        if (const std::shared_ptr<cCalendarReactions> reactions = session_->oCalendarReactions) {
+            reactions->AddPendingInspectors();
+        }
     } catch (...) {
     }
 }

@@ -183,6 +183,52 @@ void cCalendarReactions::AddExplorer(const Variant& explorer) {
     });
 }
 
+void cCalendarReactions::StartAfterStartup() {
+    Session& s = s_;
+    ouaMyOutlook_Startup();
+    // A start-up that failed has closed the session down.
+    if (!s.oCalendarReactions || !s.objToolBar || !isSet(ouesMyExplorers_)) return;
+    trap(s, u"cCalendarReactions.StartAfterStartup", [&] {
+        // The window that has the focus already hears no Activate from the
+        // start-up's Activate call: it is set up as that event would.
+        if (!colExplorers.empty() && !colExplorers.back()->blnActive &&
+            isSet(colExplorers.back()->oueMyExplorer())) {
+            colExplorers.back()->oueMyExplorer_Activate();
+        }
+        const Variant active = ouaMyOutlook_.call(u"ActiveExplorer");
+        for (const Variant& explorer : ouesMyExplorers_.obj().enumerate()) {
+            if (sameObject(explorer, active)) continue;
+            subTrace(s, u"Adding the new explorer to the collection");
+            colExplorers.push_back(std::make_shared<cExplorerEvents>(s));
+            colExplorers.back()->setOueMyExplorer(explorer);
+        }
+    });
+    // Outlook 2007 and later hand over the task pane factory after the
+    // connection: the windows wait for it.
+    blnInspectorsPending_ = true;
+    if (!s.oCTPFactory.isEmpty() ||
+        tryGet(s, [&] { return fncOutlookVersion(s) < kOutlook2007; }).value_or(true)) {
+        AddPendingInspectors();
+    }
+    s.err.clear();
+}
+
+void cCalendarReactions::AddPendingInspectors() {
+    if (!blnInspectorsPending_) return;
+    blnInspectorsPending_ = false;
+    AddOpenInspectors();
+}
+
+void cCalendarReactions::AddOpenInspectors() {
+    Session& s = s_;
+    trap(s, u"cCalendarReactions.AddOpenInspectors", [&] {
+        if (!isSet(ouisMyInspectors_)) return;
+        for (const Variant& inspector : ouisMyInspectors_.obj().enumerate()) {
+            ouisMyInspectors_NewInspector(inspector);
+        }
+    });
+}
+
 void cCalendarReactions::ouisMyInspectors_NewInspector(const Variant& inspector) {
     Session& s = s_;
     trap(s, u"cCalendarReactions.ouisMyInspectors_NewInspector", [&] {
@@ -203,7 +249,7 @@ void cCalendarReactions::ouisMyInspectors_NewInspector(const Variant& inspector)
         if (fncOutlookVersion(s) < kOutlook2007 || !s.blnConnected) {
             s.objToolBar->setOfbCurrCommandBar(fncGetToolbar(s, inspector));
         } else {
-            s.objToolBar->setOuiCurrItem(item);
+            last->subShowItem(*s.objToolBar, item);
             s.objToolBar->subAddCTP(inspector);
         }
     });

@@ -4,9 +4,12 @@
 // windows under Outlook 2007 and later.
 #include "explorer/cToolBarItem.h"
 
+#include <algorithm>
+
 #include "addin/cCalendarReactions.h"
 #include "common/Constants.h"
 #include "common/ErrorTrap.h"
+#include "common/ScopeExit.h"
 #include "common/Text.h"
 #include "diagnostics/modErroHandling.h"
 #include "explorer/cExplorerEvents.h"
@@ -49,6 +52,12 @@ cPersonalSettings& settingsOf(Session& s) {
 
 std::size_t listCount(Session& s) {
     return settingsOf(s).MetaDataLists.size();
+}
+
+// The lists whose values the boxes show and write; the values of later
+// lists are carried through untouched.
+std::size_t writtenLists(Session& s) {
+    return std::min<std::size_t>(3, listCount(s));
 }
 
 bool statisticsShown(const cPersonalSettings& settings) {
@@ -373,11 +382,7 @@ void cToolBarItem::SaveValues() {
         if (lists >= 3) marking->setMetaName(3, cmb3Meta_.get(u"Text").toStr());
         marking_ = marking;
 
-        bool anyValue = false;
-        for (const auto& m : marking->colMarkings) {
-            if (m && !m->MetaName.empty()) anyValue = true;
-        }
-        if (!anyValue || !isSet(ouiCurrItem_)) return;
+        if (marking->IsEmpty() || !isSet(ouiCurrItem_)) return;
 
         const Variant item = ouiCurrItem_;
         strEntryID_ = item.get(u"Subject").toStr() + item.get(u"Start").toStr();
@@ -402,8 +407,14 @@ void cToolBarItem::SaveValues() {
             return;
         }
         if (messageClass && *messageClass != kRecurrenceExceptionClass) {
-            resumeNext(s,
-                       [&] { target.put(u"Categories", Variant(marking->MarkingCategories())); });
+            // Only the billing values are replaced: the user's own categories
+            // and the values of later lists stay. Categories that cannot be
+            // read are not written, so that they are never lost.
+            resumeNext(s, [&] {
+                const Str categories = target.get(u"Categories").toStr();
+                target.put(u"Categories",
+                           Variant(marking->MergeIntoCategories(categories, writtenLists(s))));
+            });
             if (settingsOf(s).blnWriteSubject) resumeNext(s, [&] { subWriteSubject(target); });
         }
         // In an appointment window the user saves the item.
@@ -454,7 +465,10 @@ void cToolBarItem::subWriteSubject(const Variant& item) {
     const Str subject = item.get(u"Subject").toStr();
     // A subject of the user's own is never overwritten.
     if (!subject.empty() && !fncIsHourbookData(subject)) return;
-    item.put(u"Subject", item.get(u"Categories"));
+    // The billing values alone: the user's own categories stay out of it.
+    const cMarking marking(s_);
+    item.put(u"Subject",
+             Variant(marking.BillingPart(item.get(u"Categories").toStr(), writtenLists(s_))));
 }
 
 bool cToolBarItem::fncIsHourbookData(const Str& text) {
@@ -538,6 +552,9 @@ void cToolBarItem::subAddCTP(const Variant& inspector) {
     trap(s, u"cToolBarItem.subAddCTP", [&] {
         subTrace(s, u"Loading custom task pane in new inspector window");
         blnLoadingCTP_ = true;
+        // Down again however the set-up ends: a set-up that fails half way
+        // must not stop every later dock change from being kept.
+        const ScopeExit loaded([this] { blnLoadingCTP_ = false; });
         const Str version = fncGetAddinVersion(s);
         const Variant pane = s.oCTPFactory.call(
             u"CreateCTP",
@@ -583,7 +600,6 @@ void cToolBarItem::subAddCTP(const Variant& inspector) {
         const Variant control = pane.get(u"ContentControl");
         control.obj().putRef(u"objAppointment", ouiCurrItem_);
         control.put(u"Settings", Variant(settings.fncBuildBody()));
-        blnLoadingCTP_ = false;
     });
 }
 
@@ -621,6 +637,13 @@ void cToolBarItem::objCTP_DockPositionStateChange(const Variant& pane, bool from
         });
     }
     s.err.clear();
+}
+
+void cToolBarItem::releaseItem(const Variant& item) noexcept {
+    try {
+        if (isSet(item) && sameObject(ouiCurrItem_, item)) ouiCurrItem_ = Variant::nothing();
+    } catch (...) {
+    }
 }
 
 void cToolBarItem::releaseCTP() {

@@ -31,6 +31,9 @@ class cToolBarItem : public std::enable_shared_from_this<cToolBarItem> {
     void setBlnButtonsEnabled(bool value);
     const Variant& ouiCurrItem() const { return ouiCurrItem_; }
     void setOuiCurrItem(const Variant& item);
+    // Lets go of the current item when it is this one (its window closed),
+    // leaving the boxes as they are.
+    void releaseItem(const Variant& item) noexcept;
     const Str& strEntryID() const { return strEntryID_; }
     bool blnInInspector() const { return blnInInspector_; }
     void setBlnInInspector(bool value) { blnInInspector_ = value; }

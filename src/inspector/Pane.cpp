@@ -193,9 +193,13 @@ void Pane::cmbMeta_Click(int /*index*/) {
     } else {
         resumeNext(s, [&] { target = objAppointment_.get(u"Parent"); });
     }
+    // Only the billing values are replaced: the user's own categories and
+    // the values of later lists stay. Categories that cannot be read are
+    // not written, so that they are never lost.
     resumeNext(s, [&] {
         if (!objMarking_) raise(err::ObjectVariableNotSet);
-        target.put(u"Categories", objMarking_->MarkingCategories());
+        const Str categories = target.get(u"Categories").toStr();
+        target.put(u"Categories", objMarking_->MergeIntoCategories(categories, kComboCount));
     });
     if (conditionOrError(s, [&] { return settingsOf(s).blnWriteSubject; })) {
         // The subject follows the categories when it is empty or was
@@ -204,7 +208,12 @@ void Pane::cmbMeta_Click(int /*index*/) {
                 const Str subject = target.get(u"Subject").toStr();
                 return subject.empty() || fncIsHourbookData(s, subject);
             })) {
-            resumeNext(s, [&] { target.put(u"Subject", target.get(u"Categories")); });
+            // The billing values alone, without the user's own categories.
+            resumeNext(s, [&] {
+                if (!objMarking_) raise(err::ObjectVariableNotSet);
+                target.put(u"Subject", objMarking_->BillingPart(target.get(u"Categories").toStr(),
+                                                                kComboCount));
+            });
         }
     }
     // The user saves the appointment of the window, but for an exception

@@ -1,5 +1,6 @@
 #include "inspector/cInspectorEvents.h"
 
+#include "addin/cCalendarReactions.h"
 #include "addin/modOutlookCode.h"
 #include "common/ErrorTrap.h"
 #include "explorer/cExplorerEvents.h"
@@ -15,11 +16,14 @@ constexpr std::int16_t kOutlook2003 = 11;
 
 cInspectorEvents::cInspectorEvents(Session& s) : s_(s) {}
 
+// The toolbar's current item is let go of on the window's Close (only when
+// it is this window's): clearing it here would blank the boxes of another
+// window, or of this window's toolbar that Close has deleted.
 cInspectorEvents::~cInspectorEvents() {
     try {
         events_.disconnect();
         ouiMyInspector_ = Variant();
-        if (s_.objToolBar) s_.objToolBar->setOuiCurrItem(Variant::nothing());
+        ouiShownItem_ = Variant();
     } catch (...) {
     }
 }
@@ -63,13 +67,20 @@ void cInspectorEvents::ouiMyInspector_Activate() {
         toolbar->subAddButtons();
         toolbar->setBlnButtonsEnabled(true);
         toolbar->setBlnInInspector(true);
-        toolbar->setOuiCurrItem(ouiMyInspector_.get(u"CurrentItem"));
+        subShowItem(*toolbar, ouiMyInspector_.get(u"CurrentItem"));
         toolbar->GetCurrentValues();
     });
 }
 
+void cInspectorEvents::subShowItem(cToolBarItem& toolbar, const Variant& item) {
+    toolbar.setOuiCurrItem(item);
+    ouiShownItem_ = item;
+}
+
 void cInspectorEvents::ouiMyInspector_Close() {
     Session& s = s_;
+    // Alive to the end, though it leaves the session's collection below.
+    const std::shared_ptr<cInspectorEvents> self = weak_from_this().lock();
     const std::shared_ptr<cToolBarItem> toolbar = s.objToolBar;
     bool hasPane = false;
     resumeNext(s, [&] {
@@ -89,6 +100,15 @@ void cInspectorEvents::ouiMyInspector_Close() {
         if (!toolbar) raise(err::ObjectVariableNotSet);
         toolbar->releaseCTP();
     });
+    // The toolbar lets go of the closed window's item, and the session of
+    // this wrapper, so that a closed window holds nothing of Outlook's.
+    if (toolbar) toolbar->releaseItem(ouiShownItem_);
+    ouiShownItem_ = Variant();
+    if (const std::shared_ptr<cCalendarReactions> reactions = s.oCalendarReactions) {
+        std::erase_if(reactions->colInspectors, [this](const std::shared_ptr<cInspectorEvents>& w) {
+            return w.get() == this;
+        });
+    }
     s.err.clear();
 }
 

@@ -7,6 +7,8 @@
 
 namespace hb {
 
+class cToolBarItem;
+
 class cInspectorEvents : public std::enable_shared_from_this<cInspectorEvents> {
   public:
     explicit cInspectorEvents(Session& s);
@@ -20,9 +22,14 @@ class cInspectorEvents : public std::enable_shared_from_this<cInspectorEvents> {
     void ouiMyInspector_Activate();
     void ouiMyInspector_Close();
 
+    // Makes the window's item the toolbar's current item, remembering it so
+    // that the toolbar can let go of it when the window closes.
+    void subShowItem(cToolBarItem& toolbar, const Variant& item);
+
   private:
     Session& s_;
     Variant ouiMyInspector_;
+    Variant ouiShownItem_;
     EventConnection events_;
 };
 

@@ -71,6 +71,66 @@ Str cMarking::MarkingCategories() noexcept {
     return result;
 }
 
+bool cMarking::isListEntry(const Str& piece, std::size_t lists) const {
+    const Str name = text::trim(piece);
+    if (name.empty()) return false;
+    const auto& all = settingsOf(s_).MetaDataLists;
+    for (std::size_t n = 0; n < lists && n < all.size(); ++n) {
+        if (!all[n] || !all[n]->MetaDic) raise(err::ObjectVariableNotSet);
+        // The keys match without regard to letter case, as Outlook matches
+        // categories: "acme" beside "Acme" would be one category to it.
+        if (all[n]->MetaDic->find(name)) return true;
+    }
+    return false;
+}
+
+Str cMarking::MergeIntoCategories(const Str& categories, std::size_t lists) {
+    const Str& sep = s_.strListSeparator;
+    const Str billing = MarkingCategories();
+    // A billing text that could not be built (its error is reported) must
+    // not take the values out of the field: nothing is written then.
+    if (billing.empty() && !IsEmpty()) raise(err::InvalidProcedureCall);
+    std::vector<Str> before, after;
+    bool replaced = false;
+    if (!categories.empty() && !sep.empty()) {
+        for (Str& piece : text::split(categories, sep)) {
+            if (isListEntry(piece, lists)) {
+                replaced = true;
+            } else if (!text::trim(piece).empty()) {
+                (replaced ? after : before).push_back(std::move(piece));
+            }
+        }
+    }
+    if (billing.empty()) {
+        before.insert(before.end(), after.begin(), after.end());
+        return text::join(before, sep);
+    }
+    // The billing text begins with the separator, which joins it to what
+    // stands before it.
+    Str result = text::join(before, sep) + billing;
+    for (const Str& piece : after)
+        result += sep + piece;
+    return result;
+}
+
+Str cMarking::BillingPart(const Str& categories, std::size_t lists) const {
+    const Str& sep = s_.strListSeparator;
+    if (categories.empty() || sep.empty()) return categories;
+    std::vector<Str> pieces;
+    for (Str& piece : text::split(categories, sep)) {
+        if (isListEntry(piece, lists)) pieces.push_back(std::move(piece));
+    }
+    // Blanks that stood after a user's category before the first value go.
+    return text::trim(text::join(pieces, sep));
+}
+
+bool cMarking::IsEmpty() const {
+    for (const auto& marking : colMarkings) {
+        if (!marking->MetaName.empty()) return false;
+    }
+    return true;
+}
+
 bool cMarking::IsComplete() const {
     for (const auto& marking : colMarkings) {
         if (marking->MetaName.empty()) return false;

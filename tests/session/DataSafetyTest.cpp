@@ -233,6 +233,36 @@ TEST(DataSafety, ARefusedSubjectWriteShowsNothingAndKeepsTheCategories) {
     EXPECT_GE(a->saveCount, 1);
 }
 
+// Picks in the calendar's toolbar and in an appointment window's pane,
+// one after the other, never lose a category of the user's own or the
+// value of a list beyond the third.
+TEST(DataSafety, OwnCategoriesAndAFourthListsValueOutlastEveryPick) {
+    SessionHarness h;
+    h.setLists(fourLists());
+    auto appt = h.addAppointment(u"Review", u"Holiday, Globex, Gemini, Red Category");
+    h.start();
+    auto ex = h.sc().explorer();
+    h.sc().select(ex, {appt});
+    h.sc().pickInCombo(h.combo(*ex, 1), u"Acme");
+    h.sc().pickInCombo(h.combo(*ex, 2), u"Smith");
+    EXPECT_EQ(appt->categories, u"Holiday, Acme, Smith, Gemini, Red Category");
+
+    auto window = h.sc().openInspector(appt);
+    ASSERT_EQ(h.paneControls().size(), 1u);
+    ASSERT_TRUE(h.paneControls()[0]->pick(2, u"Office"));
+    h.sc().saveItem(window);
+    h.sc().close(window);
+    EXPECT_EQ(appt->categories, u"Holiday, Acme, Smith, Office, Gemini, Red Category");
+
+    // Shown again, the boxes hold the billing values alone.
+    h.sc().select(ex, {appt});
+    EXPECT_EQ(h.combo(*ex, 1)->text, u"Acme");
+    EXPECT_EQ(h.combo(*ex, 3)->text, u"Office");
+    EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
+    h.sc().quit();
+    EXPECT_TRUE(h.census().empty()) << h.censusText();
+}
+
 TEST(DataSafety, AnotherWindowsFolderSwitchLeavesTheCalendarItsToolbar) {
     SessionHarness h;
     h.setLists(workgroupLists());

@@ -69,17 +69,38 @@ TEST_F(ExplorerBilling, PickingValuesWritesTheBillingTextWithItsLeadingSeparator
     // The subject is left alone while the write-subject setting is off.
     EXPECT_TRUE(putsOf(h.instruments(), u"Subject").empty());
 
-    // With the other boxes empty a pick writes that value alone, replacing
-    // the whole field, the user's own categories included.
+    // With the other boxes empty a pick writes that value alone; the
+    // user's own category stays in front of it.
     auto other = h.addAppointment(u"Other", u"Personal", 2);
     h.sc().select(ex, {other});
     h.sc().pickInCombo(combo(2), u"Jones");
-    EXPECT_EQ(putsOf(h.instruments(), u"Categories").back(), "String \",Jones\"");
+    EXPECT_EQ(putsOf(h.instruments(), u"Categories").back(), "String \"Personal,Jones\"");
     auto known = h.addAppointment(u"Known", u"Personal, Acme", 4);
     h.sc().select(ex, {known});
     h.sc().pickInCombo(combo(3), u"Office");
-    EXPECT_EQ(putsOf(h.instruments(), u"Categories").back(), "String \",Acme,Office\"");
+    EXPECT_EQ(putsOf(h.instruments(), u"Categories").back(), "String \"Personal,Acme,Office\"");
     EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
+}
+
+// A pick replaces the billing values only: the user's own categories and
+// the fourth list's value stay where they were, and are never shown.
+TEST(ExplorerBillingOwnCategories, APickKeepsEveryCategoryThatIsNoBillingValue) {
+    for (const OwnCategoriesCase& c : ownCategoriesCases()) {
+        SCOPED_TRACE(hb::toUtf8(c.categories));
+        SessionHarness h;
+        auto appt = startWithAnAppointmentOf(h, c);
+        auto ex = h.sc().explorer();
+        h.sc().select(ex, {appt});
+        for (int n = 1; n <= 3; ++n)
+            EXPECT_EQ(h.combo(*ex, n)->text, c.shown[static_cast<std::size_t>(n - 1)]) << n;
+        h.instruments().resetCounts();
+        h.sc().pickInCombo(h.combo(*ex, c.list), c.value);
+        EXPECT_EQ(putsOf(h.instruments(), u"Categories"), std::vector<std::string>{c.written});
+        EXPECT_EQ(appt->categories, c.kept);
+        EXPECT_EQ(appt->subject, c.subject);
+        EXPECT_EQ(appt->saveCount, 1);
+        EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
+    }
 }
 
 TEST_F(ExplorerBilling, TypedTextThatIsNoListEntrySavesNothing) {

@@ -1,5 +1,6 @@
 #pragma once
 // Small helpers shared by the explorer and toolbar scenarios.
+#include <array>
 #include <string>
 #include <vector>
 
@@ -59,6 +60,98 @@ inline std::size_t addinBarsIn(const sim::Window& w) {
         if (!b->deleted && b->name == hb::kProductCaption) ++n;
     }
     return n;
+}
+
+// The workgroup's three lists and a fourth, which the toolbar and the pane
+// neither show nor write.
+inline std::vector<MetaList> fourLists() {
+    auto lists = workgroupLists();
+    lists.push_back({u"Project", {u"Apollo", u"Gemini"}});
+    return lists;
+}
+
+// A pick into an appointment that carries categories of the user's own or
+// of the fourth list (with the separator comma and fourLists()): what the
+// boxes show (unknown categories ignored), what is written, what Outlook
+// keeps, and the subject the write-subject setting gives an empty one.
+struct OwnCategoriesCase {
+    const char16_t* categories;
+    std::array<const char16_t*, 3> shown;
+    int list;  // 1..3
+    const char16_t* value;
+    const char* written;
+    const char16_t* kept;
+    const char16_t* subject;
+};
+
+inline std::vector<OwnCategoriesCase> ownCategoriesCases() {
+    return {
+        // No category of the user's own: the billing text as it always was.
+        {u"Globex, Jones",
+         {u"Globex", u"Jones", u""},
+         1,
+         u"Acme",
+         "String \",Acme,Jones\"",
+         u"Acme, Jones",
+         u"Acme, Jones"},
+        {u"", {u"", u"", u""}, 2, u"Smith", "String \",Smith\"", u"Smith", u"Smith"},
+        // Before, after and between the billing values.
+        {u"Holiday, Globex, Jones",
+         {u"Globex", u"Jones", u""},
+         1,
+         u"Acme",
+         "String \"Holiday,Acme,Jones\"",
+         u"Holiday, Acme, Jones",
+         u"Acme, Jones"},
+        {u"Globex, Red Category",
+         {u"Globex", u"", u""},
+         2,
+         u"Smith",
+         "String \",Globex,Smith, Red Category\"",
+         u"Globex, Smith, Red Category",
+         u"Globex, Smith"},
+        {u"Holiday, Globex, Red Category, Jones",
+         {u"Globex", u"Jones", u""},
+         3,
+         u"Travel",
+         "String \"Holiday,Globex,Jones,Travel, Red Category\"",
+         u"Holiday, Globex, Jones, Travel, Red Category",
+         u"Globex, Jones, Travel"},
+        // Only own categories: the values go at the end.
+        {u"Holiday",
+         {u"", u"", u""},
+         1,
+         u"Initech",
+         "String \"Holiday,Initech\"",
+         u"Holiday, Initech",
+         u"Initech"},
+        // The fourth list's value stays where it was.
+        {u"Apollo, Globex",
+         {u"Globex", u"", u""},
+         2,
+         u"Jones",
+         "String \"Apollo,Globex,Jones\"",
+         u"Apollo, Globex, Jones",
+         u"Globex, Jones"},
+        {u"Globex, Gemini, Holiday",
+         {u"Globex", u"", u""},
+         1,
+         u"Acme",
+         "String \",Acme, Gemini, Holiday\"",
+         u"Acme, Gemini, Holiday",
+         u"Acme"},
+    };
+}
+
+// Outlook started on the calendar with fourLists(), the write-subject
+// setting on, and the case's appointment (without a subject).
+inline std::shared_ptr<sim::Item> startWithAnAppointmentOf(SessionHarness& h,
+                                                           const OwnCategoriesCase& c) {
+    h.setLists(fourLists());
+    h.setSetting(u"WriteSubject", u"True");
+    auto appt = h.addAppointment(u"", c.categories);
+    h.start();
+    return appt;
 }
 
 }  // namespace hbtest

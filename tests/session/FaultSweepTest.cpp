@@ -47,6 +47,9 @@ struct SweepScenario {
     Str version;
     std::function<void(SessionHarness&)> setUp;
     std::function<void(SessionHarness&)> play;  // after Outlook started
+    // When set, Outlook starts without the add-in, this runs, and then the
+    // add-in is loaded into the running Outlook.
+    std::function<void(SessionHarness&)> beforeConnection = {};
 };
 
 std::vector<SweepScenario> scenarios() {
@@ -182,6 +185,31 @@ std::vector<SweepScenario> scenarios() {
              }
              act([&] { h.sc().close(mainWindow(h)); });
          }},
+        {"loaded into a running Outlook with windows open", u"12.0.4518.1014",
+         [](SessionHarness& h) {
+             h.setLists(workgroupLists());
+             h.addAppointment(u"Review", u"Globex, Jones");
+             h.addAppointment(u"Other", u"Holiday, Initech", 2);
+         },
+         [](SessionHarness& h) {
+             auto e = mainWindow(h);
+             pick(h, *e, 2, u"Smith");
+             for (const auto& control : h.paneControls())
+                 control->pick(0, u"Acme");
+             h.sc().pump();
+             act([&] {
+                 for (const auto& i : std::vector(h.outlook().inspectors()))
+                     h.sc().close(i);
+             });
+             act([&] { h.sc().quit(); });
+         },
+         [](SessionHarness& h) {
+             auto cal = h.outlook().calendar();
+             h.sc().openInspector(cal->findBySubject(u"Review"));
+             h.sc().openExplorer(h.outlook().inbox());
+             h.sc().activate(mainWindow(h));
+             h.sc().select(mainWindow(h), {cal->findBySubject(u"Other")});
+         }},
     };
 }
 
@@ -195,7 +223,13 @@ RunResult runOnce(const SweepScenario& scenario, std::optional<std::uint64_t> fa
     SessionHarness h(scenario.version);
     scenario.setUp(h);
     if (failAt) h.instruments().failCall(*failAt);
-    h.start();
+    if (scenario.beforeConnection) {
+        h.startWithoutAddin();
+        scenario.beforeConnection(h);
+        h.connectAfterStart();
+    } else {
+        h.start();
+    }
     scenario.play(h);
     // Whatever the scenario left open, Outlook ends.
     act([&] { h.sc().quit(); });

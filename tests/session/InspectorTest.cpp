@@ -131,6 +131,38 @@ TEST_F(Inspectors, ConnectedAnyStoresAppointmentCounts) {
     EXPECT_NE(h.paneOf(*window), nullptr);
 }
 
+// Each closed window lets go of its wrapper, its Inspector, its item and
+// its events: opening and closing many leaves as much held as one did, and
+// the toolbar does not keep a closed window's item as its current one.
+TEST(InspectorsClosed, AreLetGoOfWithTheirItems) {
+    for (const char16_t* version : {u"12.0.4518.1014", u"11.0.8217"}) {
+        SCOPED_TRACE(hb::toUtf8(version));
+        SessionHarness h(version);
+        h.setLists(workgroupLists());
+        auto first = h.addAppointment(u"First", u"Globex");
+        auto second = h.addAppointment(u"Second", u"Acme", 2);
+        h.start();
+        ASSERT_TRUE(h.loaded());
+        auto kept = h.sc().openInspector(first);
+        const auto cycle = [&] { h.sc().close(h.sc().openInspector(second)); };
+        cycle();
+        const std::size_t handles = h.instruments().liveHandleCount();
+        const std::size_t subscriptions = h.instruments().liveSubscriptionCount();
+        for (int i = 0; i < 199; ++i)
+            cycle();
+        EXPECT_EQ(h.instruments().liveHandleCount(), handles);
+        EXPECT_EQ(h.instruments().liveSubscriptionCount(), subscriptions);
+        EXPECT_EQ(inspectorWrappers(h), 1u);
+        EXPECT_NE(simOf(h.session().objToolBar->ouiCurrItem()), second);
+
+        h.sc().close(kept);
+        EXPECT_EQ(inspectorWrappers(h), 0u);
+        EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
+        h.sc().quit();
+        EXPECT_TRUE(h.census().empty()) << h.censusText();
+    }
+}
+
 class InspectorsInOutlook2003 : public Inspectors {
   protected:
     InspectorsInOutlook2003() : Inspectors(u"11.0.8217") {}

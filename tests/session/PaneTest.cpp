@@ -71,6 +71,28 @@ TEST_F(PaneLogic, FewerListsLeaveTheRestHiddenAndOutOfTheChoice) {
     EXPECT_EQ(view().doEventsCalls, 0) << "no window messages run during a pick";
 }
 
+// The pane of an appointment window replaces the billing values only, as
+// the toolbar does.
+TEST(PaneOwnCategories, AChoiceKeepsEveryCategoryThatIsNoBillingValue) {
+    for (const OwnCategoriesCase& c : ownCategoriesCases()) {
+        SCOPED_TRACE(hb::toUtf8(c.categories));
+        SessionHarness h;
+        auto appt = startWithAnAppointmentOf(h, c);
+        auto window = h.sc().openInspector(appt);
+        const auto controls = h.paneControls();
+        ASSERT_EQ(controls.size(), 1u);
+        RecordingPaneView& view = controls[0]->view;
+        for (int i = 0; i < 3; ++i)
+            EXPECT_EQ(view.selected(i), c.shown[static_cast<std::size_t>(i)]) << i;
+        h.instruments().resetCounts();
+        ASSERT_TRUE(controls[0]->pick(c.list - 1, c.value));
+        EXPECT_EQ(putsOf(h.instruments(), u"Categories"), std::vector<std::string>{c.written});
+        EXPECT_EQ(window->currentItem->categories, c.kept);
+        EXPECT_EQ(window->currentItem->subject, c.subject);
+        EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
+    }
+}
+
 TEST_F(PaneLogic, AValueThatIsNotInTheListIsNotSelected) {
     start();
     auto appt = h.addAppointment(u"Review", u"Nobody, Smith");

@@ -206,11 +206,23 @@ std::shared_ptr<sim::Item> SessionHarness::addAppointment(const Str& subject, co
                                                 categories);
 }
 
-void SessionHarness::start(std::int32_t startFolder) {
+std::shared_ptr<DesignerAddin> SessionHarness::makeAddin() {
     auto addin = std::make_shared<DesignerAddin>(*platform_);
     addin->designer.session().diag.blnTrace = trace;
     addin_ = addin;
-    scenario_->startOutlook(std::move(addin), startFolder);
+    return addin;
+}
+
+void SessionHarness::start(std::int32_t startFolder) {
+    scenario_->startOutlook(makeAddin(), startFolder);
+}
+
+void SessionHarness::startWithoutAddin(std::int32_t startFolder) {
+    scenario_->startOutlook(nullptr, startFolder);
+}
+
+void SessionHarness::connectAfterStart() {
+    scenario_->connectAddin(makeAddin());
 }
 
 hb::OHBAddinDesigner* SessionHarness::designer() const {

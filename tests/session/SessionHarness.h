@@ -151,6 +151,11 @@ class SessionHarness {
     // ---- Outlook's life ----
     // Starts Outlook on a folder with the add-in loaded by Office.
     void start(std::int32_t startFolder = sim::ol::FolderCalendar);
+    // Starts Outlook without the add-in; connectAfterStart then loads it
+    // into the running Outlook (ext_cm_AfterStartup), as the COM add-ins
+    // dialog does.
+    void startWithoutAddin(std::int32_t startFolder = sim::ol::FolderCalendar);
+    void connectAfterStart();
     // The loaded add-in (null once Office has released it).
     hb::OHBAddinDesigner* designer() const;
     bool loaded() const { return designer() != nullptr; }
@@ -178,6 +183,8 @@ class SessionHarness {
     std::string censusText();
 
   private:
+    std::shared_ptr<DesignerAddin> makeAddin();
+
     std::unique_ptr<hb::MemoryPlatform> platform_;
     std::unique_ptr<sim::Scenario> scenario_;
     std::weak_ptr<DesignerAddin> addin_;

@@ -95,6 +95,74 @@ TEST(SessionStartup, TheSessionKnowsTheCalendarTheUserAndTheSeparatorWithOrWitho
     }
 }
 
+// Loaded into a running Outlook (the COM Add-ins dialog): no Startup event
+// comes, and the session starts at once on the windows already open.
+TEST(SessionStartup, ConnectedAfterOutlooksStartTheSessionStartsOnTheOpenWindows) {
+    for (const char16_t* version : {u"12.0.4518.1014", u"11.0.8217"}) {
+        SCOPED_TRACE(hb::toUtf8(version));
+        const bool taskPanes = Str(version).rfind(u"12", 0) == 0;
+        SessionHarness h(version);
+        h.setLists(workgroupLists());
+        auto appt = h.addAppointment(u"Review", u"Globex, Jones");
+        auto other = h.addAppointment(u"Other", u"Initech", 2);
+        h.startWithoutAddin();
+        auto calendar = h.sc().explorer();
+        auto inbox = h.sc().openExplorer(h.outlook().inbox());
+        auto window = h.sc().openInspector(appt);
+        h.sc().activate(calendar);
+        h.sc().select(calendar, {other});
+        h.connectAfterStart();
+        ASSERT_TRUE(h.loaded());
+
+        hb::Session& s = h.session();
+        ASSERT_TRUE(s.oCalendarReactions);
+        EXPECT_EQ(s.oCalendarReactions->colExplorers.size(), 2u);
+        EXPECT_EQ(s.oCalendarReactions->colInspectors.size(), 1u);
+        // The calendar shows its selection in the toolbar.
+        ASSERT_NE(h.combo(*calendar, 1), nullptr);
+        EXPECT_EQ(h.combo(*calendar, 1)->text, u"Initech");
+        // The appointment window has its pane, or under Outlook 2003 its
+        // toolbar once the user turns to it.
+        if (taskPanes) {
+            ASSERT_NE(h.paneOf(*window), nullptr);
+            ASSERT_EQ(h.paneControls().size(), 1u);
+            EXPECT_EQ(h.paneControls()[0]->view.selected(0), u"Globex");
+        } else {
+            h.sc().activate(window);
+            ASSERT_NE(h.combo(*window, 1), nullptr);
+            EXPECT_EQ(h.combo(*window, 1)->text, u"Globex");
+        }
+        // The other window was wrapped too: moving it to the calendar
+        // brings the toolbar there.
+        h.sc().activate(inbox);
+        h.sc().switchFolder(inbox, h.outlook().calendar());
+        EXPECT_NE(SessionHarness::addinBar(*inbox), nullptr);
+        EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
+        h.sc().quit();
+        EXPECT_TRUE(h.census().empty()) << h.censusText();
+    }
+}
+
+// Started by a program without any window (automation), Outlook loads the
+// add-in at its start; the first calendar window the user opens gets the
+// toolbar.
+TEST(SessionStartup, StartedWithoutAWindowTheFirstCalendarWindowGetsTheToolbar) {
+    SessionHarness h;
+    h.setLists(workgroupLists());
+    auto appt = h.addAppointment(u"Review", u"Globex, Jones");
+    h.start(0);
+    ASSERT_TRUE(h.loaded());
+    auto calendar = h.sc().openExplorer(h.outlook().calendar());
+    h.sc().select(calendar, {appt});
+    ASSERT_NE(h.combo(*calendar, 1), nullptr);
+    EXPECT_EQ(h.combo(*calendar, 1)->text, u"Globex");
+    h.sc().pickInCombo(h.combo(*calendar, 1), u"Acme");
+    EXPECT_EQ(appt->categories, u"Acme, Jones");
+    EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
+    h.sc().quit();
+    EXPECT_TRUE(h.census().empty()) << h.censusText();
+}
+
 TEST(SessionStartup, TheWorkingStateIsBuiltInItsOrder) {
     SessionHarness h;
     h.trace = true;

@@ -135,6 +135,37 @@ TEST_F(ToolbarTaskPane, ExplorerActivationCountsInspectorsAndReattachesOnlyWithN
     EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
 }
 
+// A pane set-up that fails half way (its error reported once) does not
+// stop the geometry of a pane the user moves afterwards from being kept.
+TEST(ToolbarTaskPaneFailedSetUp, LaterDockChangesAreStillKept) {
+    struct Case {
+        const char16_t* failing;
+        bool paneMade;  // the failing window has a pane the user can move
+    };
+    for (const Case c : {Case{u"CreateCTP", false}, Case{u"ContentControl", true}}) {
+        SCOPED_TRACE(hb::toUtf8(c.failing));
+        SessionHarness h;
+        h.setLists(workgroupLists());
+        auto first = h.addAppointment(u"First", u"Globex");
+        auto second = h.addAppointment(u"Second", u"Acme", 2);
+        h.start();
+        ASSERT_TRUE(h.loaded());
+        auto firstWindow = h.sc().openInspector(first);
+        auto firstPane = h.paneOf(*firstWindow);
+        ASSERT_NE(firstPane, nullptr);
+        h.instruments().failMember(c.failing);
+        auto secondWindow = h.sc().openInspector(second);
+        h.instruments().clearFaults();
+        EXPECT_EQ(h.errorDialogs(), 1u) << h.messageBoxesText();
+        auto moved = c.paneMade ? h.paneOf(*secondWindow) : firstPane;
+        ASSERT_NE(moved, nullptr);
+        h.sc().dockPane(moved, 3);
+        EXPECT_EQ(h.setting(u"PaneDockPos"), Str(u"3"));
+        EXPECT_EQ(h.session().oPersonalSettings->intPaneDockPos, 3);
+        EXPECT_EQ(h.errorDialogs(), 1u) << h.messageBoxesText();
+    }
+}
+
 TEST_F(ToolbarTaskPane, WithoutAFactoryThePaneFailsOnceAndTheWindowStaysPlain) {
     start();
     h.session().oCTPFactory = Variant::nothing();

@@ -53,6 +53,18 @@ TEST_F(StandinSession, BillsAppointmentsInTheCalendarAndInAppointmentWindows) {
         EXPECT_EQ(standin(L"--version " + std::to_wstring(version)), 0u) << "Outlook " << version;
 }
 
+// Loaded into a running Outlook from the COM add-ins dialog (no Startup
+// event follows): the toolbar comes at once, the appointment window already
+// open gets its task pane (its toolbar under Outlook 2003), and picks in
+// both are written.
+TEST_F(StandinSession, ConnectedAfterOutlooksStartItServesTheWindowsAlreadyOpen) {
+    if (GetEnvironmentVariableW(L"DISPLAY", nullptr, 0) == 0)
+        GTEST_SKIP() << "no X display (the test command gives the Wine tests an Xvfb)";
+    for (int version : {11, 12})
+        EXPECT_EQ(standin(L"--version " + std::to_wstring(version) + L" --after-startup"), 0u)
+            << "Outlook " << version;
+}
+
 // Every object-model call of start-up, then of a selection change, fails in
 // turn as Outlook fails a call; each load of the DLL keeps the rules (no
 // failing HRESULT, at most one error dialog, everything given back, the DLL
