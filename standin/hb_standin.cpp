@@ -111,7 +111,8 @@ const Step kSession[] = {
     {Do::MovePane, nullptr, 3, nullptr, nullptr, true},
     {Do::SaveAndClose, u"Client call", 0, nullptr, u"Globex, Jones, Travel", true},
     {Do::CheckStored, nullptr, 0, u"MetadataList",
-     u"Company:Acme;Globex;Initech;Umbrella;\r\nPerson:Smith;Jones;\r\nActivity:Travel;Office;\r\n"},
+     u"Company:Acme;Globex;Initech;Umbrella;\r\nPerson:Smith;Jones;\r\nActivity:Travel;Office;"
+     u"\r\n"},
     {Do::CheckStored, nullptr, 0, u"PaneDockPos", u"3", true},
     {Do::BackToOutlook, nullptr, 0, nullptr,
      u"Company: Acme, Globex, Initech, Umbrella | Person: Smith, Jones | Activity: Travel, Office"},

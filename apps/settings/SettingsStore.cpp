@@ -108,7 +108,9 @@ std::optional<Str> connectOutlook(Session& s, bool start) {
         } catch (const std::exception&) {
         }
         if (!isSet(app) && start) app = s.platform.createObject(u"Outlook.Application");
-        if (!isSet(app)) return Str(u"Outlook is not running.");
+        if (!isSet(app))
+            return Str(start ? u"Outlook is not running and could not be started."
+                             : u"Outlook is not running.");
         const Variant calendar = app.call(u"GetNamespace", {Variant(u"MAPI")})
                                      .call(u"GetDefaultFolder", {Variant(kFolderCalendar)});
         if (!isSet(calendar)) return Str(u"Outlook has no default calendar.");
@@ -167,7 +169,8 @@ bool saveValues(Session& s, const SettingsEditor& editor) {
 }
 
 Failure exportBody(Session& s, std::string& utf8) {
-    if (auto why = outlookNeeded(s)) return u"The settings kept in Outlook could not be read: " + *why;
+    if (auto why = outlookNeeded(s))
+        return u"The settings kept in Outlook could not be read: " + *why;
     cPersonalSettings settings(s);
     if (!load(s, settings)) return Str(u"The stored settings could not all be read.");
     // The body carries the report value on one line; a connection text of

@@ -304,7 +304,8 @@ TEST(DataSafety, APaneMovedOrClosedAfterTheSettingsProgramSavedKeepsItsSettings)
         loaded.values.lists[0].entries.push_back(u"Umbrella");
         loaded.values.rate = u"95";
         ASSERT_TRUE(hb::settingsapp::saveValues(
-            program, hb::settingsapp::SettingsEditor(loaded.values, h.platform().userLocale(), u",")));
+            program,
+            hb::settingsapp::SettingsEditor(loaded.values, h.platform().userLocale(), u",")));
     }
     Stores saved = storesOf(h);
     ASSERT_EQ(saved.settingsAppointments, 1u);

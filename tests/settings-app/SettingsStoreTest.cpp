@@ -207,8 +207,7 @@ struct FirstStart : hb::test::SimEnv {
         platform.setListSeparator(u",");
     }
     void outlookRuns() {
-        platform.setActiveObject(u"Outlook.Application",
-                                 handle(sc.outlook().application()));
+        platform.setActiveObject(u"Outlook.Application", handle(sc.outlook().application()));
     }
     SettingsEditor editor(Values v) {
         return SettingsEditor(std::move(v), platform.userLocale(), u",");
@@ -216,8 +215,9 @@ struct FirstStart : hb::test::SimEnv {
     std::size_t registryValues() { return platform.valueNames(kKey).size(); }
 };
 
-const Str kOldBody = u"2\r\nC:\\Elsewhere\\\r\n12\r\nTrue\r\nFalse\r\nFalse\r\n"
-                     u"Company:Acme;Globex;\r\nPerson:Ann;\r\n";
+const Str kOldBody =
+    u"2\r\nC:\\Elsewhere\\\r\n12\r\nTrue\r\nFalse\r\nFalse\r\n"
+    u"Company:Acme;Globex;\r\nPerson:Ann;\r\n";
 
 TEST(SettingsStoreTest, AFirstStartReadsTheListsKeptInOutlook) {
     struct Case {

@@ -217,8 +217,8 @@ void Win32Platform::regCloseKey(RegKey key) {
 
 std::int32_t Win32Platform::regKeyWriteTime(RegKey key, std::uint64_t& stamp) {
     FILETIME written{};
-    const LONG r = RegQueryInfoKeyW(hkey(key), nullptr, nullptr, nullptr, nullptr, nullptr,
-                                    nullptr, nullptr, nullptr, nullptr, nullptr, &written);
+    const LONG r = RegQueryInfoKeyW(hkey(key), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                                    nullptr, nullptr, nullptr, nullptr, &written);
     stamp = (static_cast<std::uint64_t>(written.dwHighDateTime) << 32) | written.dwLowDateTime;
     return r;
 }
