@@ -39,6 +39,9 @@ hb_area(hb_session  DIRS src/explorer src/inspector src/addin
 # program itself are in cmake/SettingsApp.cmake).
 hb_area(hb_settings_app FILES apps/settings/SettingsEditor.cpp apps/settings/SettingsStore.cpp
         apps/settings/SettingsTexts.cpp DEPS hb_settings)
+# The report program's portable core (reading the calendar, the time rules,
+# storage, aggregation, exports).
+hb_area(hb_reporting DIRS src/reporting DEPS hb_settings)
 
 # Everything portable in one static library (what the Windows DLL links).
 add_library(hbcore STATIC $<TARGET_OBJECTS:hb_common> $<TARGET_OBJECTS:hb_diag>
@@ -77,6 +80,7 @@ if(HB_TESTS AND NOT HB_WINDOWS)
   hb_test(settings hb_common hb_sim hb_diag hb_settings)
   hb_test(session  hb_common hb_sim hb_diag hb_settings hb_session hb_settings_app)
   hb_test(settings-app hb_common hb_sim hb_diag hb_settings hb_settings_app)
+  hb_test(reporting hb_common hb_sim hb_diag hb_settings hb_reporting)
 endif()
 
 if(HB_BENCH AND NOT HB_WINDOWS)
