@@ -4,6 +4,8 @@
 // One schema for both, versioned, with migrations.
 #include <map>
 #include <memory>
+#include <stdexcept>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -14,6 +16,13 @@ namespace hb::reporting {
 // Hourly rates that entries of the metadata lists have of their own: by list
 // (0-based) and entry name (letter case ignored by the store's lookup).
 using RateTable = std::map<std::pair<std::size_t, Str>, Currency>;
+
+// A database failure: the message says what failed, in words for the user
+// ("the database file ... is not a database", "cannot reach the server ...").
+class StoreError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
 
 class RecordStore {
   public:
