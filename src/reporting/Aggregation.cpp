@@ -38,78 +38,130 @@ bool textBefore(StrView a, StrView b) {
     return a < b;
 }
 
-// One level's keys: a number per record that orders the groups. Texts are
-// numbered by their alphabetical rank, times by their first day.
+// Texts numbered in order of first appearance: open addressing over the
+// texts' hashes (a million records look up three texts each).
+class Interner {
+  public:
+    std::uint32_t id(StrView text) {
+        if ((texts_.size() + 1) * 2 > slots_.size()) grow();
+        const std::size_t h = std::hash<StrView>{}(text);
+        const std::size_t mask = slots_.size() - 1;
+        for (std::size_t i = h & mask;; i = (i + 1) & mask) {
+            const std::uint32_t s = slots_[i];
+            if (s == 0) {
+                texts_.push_back(text);
+                hashes_.push_back(h);
+                slots_[i] = static_cast<std::uint32_t>(texts_.size());
+                return static_cast<std::uint32_t>(texts_.size() - 1);
+            }
+            if (hashes_[s - 1] == h && texts_[s - 1] == text) return s - 1;
+        }
+    }
+    const std::vector<StrView>& texts() const { return texts_; }
+
+  private:
+    void grow() {
+        std::vector<std::uint32_t> slots(std::max<std::size_t>(64, slots_.size() * 2), 0);
+        const std::size_t mask = slots.size() - 1;
+        for (std::uint32_t k = 0; k < texts_.size(); ++k) {
+            std::size_t i = hashes_[k] & mask;
+            while (slots[i] != 0)
+                i = (i + 1) & mask;
+            slots[i] = k + 1;
+        }
+        slots_ = std::move(slots);
+    }
+    std::vector<std::uint32_t> slots_;
+    std::vector<StrView> texts_;
+    std::vector<std::size_t> hashes_;
+};
+
+// One level's keys: for each record the rank of its group among the
+// level's groups (0 .. count-1), in the order the groups are shown. Texts
+// rank alphabetically, times by their first day.
 class LevelKeys {
   public:
-    LevelKeys(Dimension d, const std::vector<TimeRecord>& records) : dimension_(d) {
-        keys_.resize(records.size());
+    LevelKeys(Dimension d, const std::vector<TimeRecord>& records) : keys_(records.size()) {
         if (isListDimension(d) || d == Dimension::User) {
-            std::unordered_map<StrView, std::uint32_t> ids;
-            std::vector<StrView> texts;
-            for (std::size_t i = 0; i < records.size(); ++i) {
-                const StrView t = textOf(records[i], d);
-                auto [it, added] = ids.emplace(t, static_cast<std::uint32_t>(texts.size()));
-                if (added) texts.push_back(t);
-                keys_[i] = it->second;
-            }
+            Interner interner;
+            for (std::size_t i = 0; i < records.size(); ++i)
+                keys_[i] = interner.id(textOf(records[i], d));
+            const auto& texts = interner.texts();
             std::vector<std::uint32_t> order(texts.size());
             std::iota(order.begin(), order.end(), 0U);
             std::sort(order.begin(), order.end(), [&](std::uint32_t a, std::uint32_t b) {
                 return textBefore(texts[a], texts[b]);
             });
-            std::vector<std::uint32_t> rank(texts.size());
-            for (std::uint32_t r = 0; r < order.size(); ++r)
-                rank[order[r]] = r;
-            for (auto& k : keys_)
-                k = rank[k];
+            rankKeys(order);
             return;
         }
         // Records mostly come in order of day: the key of the last day is kept.
+        std::vector<std::int64_t> raw(records.size());
         DayNumber lastDay = 0;
-        std::uint32_t lastKey = 0;
-        bool have = false;
+        std::int64_t lastKey = 0;
         for (std::size_t i = 0; i < records.size(); ++i) {
             const DayNumber day = records[i].day;
-            if (!have || day != lastDay) {
+            if (i == 0 || day != lastDay) {
                 lastDay = day;
-                lastKey = timeKey(day);
-                have = true;
+                lastKey = timeKey(d, day);
             }
-            keys_[i] = lastKey;
+            raw[i] = lastKey;
+        }
+        // Ranks of the distinct values, in order.
+        std::vector<std::int64_t> distinct;
+        distinct.reserve(512);
+        for (std::size_t i = 0; i < raw.size(); ++i) {
+            if (i == 0 || raw[i] != raw[i - 1]) distinct.push_back(raw[i]);
+        }
+        std::sort(distinct.begin(), distinct.end());
+        distinct.erase(std::unique(distinct.begin(), distinct.end()), distinct.end());
+        count_ = distinct.size();
+        std::int64_t lastRaw = 0;
+        std::uint32_t lastRank = 0;
+        for (std::size_t i = 0; i < raw.size(); ++i) {
+            if (i == 0 || raw[i] != lastRaw) {
+                lastRaw = raw[i];
+                lastRank = static_cast<std::uint32_t>(
+                    std::lower_bound(distinct.begin(), distinct.end(), lastRaw) - distinct.begin());
+            }
+            keys_[i] = lastRank;
         }
     }
     std::uint32_t operator[](std::size_t i) const { return keys_[i]; }
+    std::size_t count() const { return count_; }
 
   private:
-    std::uint32_t timeKey(DayNumber day) const {
-        // Offset so that days before 1899 still order correctly as unsigned.
-        constexpr std::int64_t kBias = std::int64_t{1} << 31;
-        std::int64_t k = day;
-        switch (dimension_) {
+    static std::int64_t timeKey(Dimension d, DayNumber day) {
+        switch (d) {
             case Dimension::Week:
-                k = weekStart(day);
-                break;
+                return weekStart(day);
             case Dimension::Month: {
                 const CivilDate c = civilDate(day);
-                k = std::int64_t{c.year} * 12 + c.month - 1;
-                break;
+                return std::int64_t{c.year} * 12 + c.month - 1;
             }
             case Dimension::Year:
-                k = civilDate(day).year;
-                break;
+                return civilDate(day).year;
             default:
-                break;
+                return day;
         }
-        return static_cast<std::uint32_t>(k + kBias);
+    }
+    // Ids in order of appearance into ranks, given the ids in rank order.
+    void rankKeys(const std::vector<std::uint32_t>& order) {
+        std::vector<std::uint32_t> rank(order.size());
+        for (std::uint32_t r = 0; r < order.size(); ++r)
+            rank[order[r]] = r;
+        for (auto& k : keys_)
+            k = rank[k];
+        count_ = order.size();
     }
 
-    Dimension dimension_;
     std::vector<std::uint32_t> keys_;
+    std::size_t count_ = 0;
 };
 
 struct FlatNode {
     std::uint32_t key = 0;
+    std::uint32_t parent = 0;
     std::size_t level = 0;   // the level of the grouping this node is a group of (root: none)
     std::size_t sample = 0;  // a record of the group, for its label
     std::int64_t seconds = 0;
@@ -157,50 +209,59 @@ void sortRecords(std::vector<TimeRecord>& records) {
 SummaryNode aggregate(const std::vector<TimeRecord>& records,
                       const std::vector<Dimension>& grouping, const Locale& locale,
                       StrView notBilled) {
-    std::vector<LevelKeys> levels;
-    levels.reserve(grouping.size());
-    for (const Dimension d : grouping)
-        levels.emplace_back(d, records);
-
-    // The flat tree: node 0 is the root; a node's child for a key is found
-    // through one map per level keyed by (parent, key). Consecutive records
-    // of one group reuse the path of the record before.
+    // The flat tree, level by level: each record's node at the level
+    // before (the root, node 0, at first) and its key at this level give
+    // its node at this level, through a table of (parent, key) - dense
+    // where the level's parents x keys are few, a hash map otherwise.
     std::vector<FlatNode> nodes(1);
-    std::vector<std::unordered_map<std::uint64_t, std::uint32_t>> index(grouping.size());
-    std::vector<std::uint32_t> path(grouping.size(), 0);
-    bool havePath = false;
-    for (std::size_t i = 0; i < records.size(); ++i) {
-        const TimeRecord& r = records[i];
-        std::uint32_t parent = 0;
-        bool same = havePath;
-        for (std::size_t l = 0; l < levels.size(); ++l) {
-            const std::uint32_t key = levels[l][i];
-            if (same && nodes[path[l]].key == key) {
-                parent = path[l];
-                continue;
-            }
-            same = false;
-            const std::uint64_t k = (std::uint64_t{parent} << 32) | key;
-            auto [it, added] = index[l].emplace(k, static_cast<std::uint32_t>(nodes.size()));
-            if (added) {
+    std::vector<std::uint32_t> at(records.size(), 0);
+    std::size_t parentsBegin = 0, parentsEnd = 1;
+    for (std::size_t l = 0; l < grouping.size(); ++l) {
+        const LevelKeys keys(grouping[l], records);
+        const std::size_t width = std::max<std::size_t>(keys.count(), 1);
+        const std::size_t parents = parentsEnd - parentsBegin;
+        const auto child = [&](std::size_t i, std::uint32_t& slot) {
+            if (slot == UINT32_MAX) {
+                slot = static_cast<std::uint32_t>(nodes.size());
                 FlatNode n;
-                n.key = key;
+                n.key = keys[i];
+                n.parent = at[i];
                 n.level = l;
                 n.sample = i;
-                nodes[parent].children.push_back(it->second);
+                nodes[at[i]].children.push_back(slot);
                 nodes.push_back(std::move(n));
             }
-            parent = path[l] = it->second;
+            at[i] = slot;
+        };
+        if (parents * width <= (std::size_t{1} << 22)) {
+            std::vector<std::uint32_t> table(parents * width, UINT32_MAX);
+            for (std::size_t i = 0; i < records.size(); ++i)
+                child(i, table[(at[i] - parentsBegin) * width + keys[i]]);
+        } else {
+            std::unordered_map<std::uint64_t, std::uint32_t> table;
+            for (std::size_t i = 0; i < records.size(); ++i)
+                child(i, table.try_emplace((std::uint64_t{at[i]} << 32) | keys[i], UINT32_MAX)
+                             .first->second);
         }
-        havePath = true;
-        // The record's totals go to the root and to every node of its path.
-        for (std::size_t l = 0; l <= levels.size(); ++l) {
-            FlatNode& n = nodes[l == 0 ? 0 : path[l - 1]];
-            n.seconds += r.seconds;
-            n.roundedSeconds += r.roundedSeconds;
-            n.amount += r.amount.scaled;
-            ++n.records;
-        }
+        parentsBegin = parentsEnd;
+        parentsEnd = nodes.size();
+    }
+    // Each record's totals into its group of the last level, then each
+    // node's into its parent (parents were made before their children).
+    for (std::size_t i = 0; i < records.size(); ++i) {
+        FlatNode& n = nodes[at[i]];
+        n.seconds += records[i].seconds;
+        n.roundedSeconds += records[i].roundedSeconds;
+        n.amount += records[i].amount.scaled;
+        ++n.records;
+    }
+    for (std::size_t k = nodes.size() - 1; k > 0; --k) {
+        FlatNode& n = nodes[k];
+        FlatNode& p = nodes[n.parent];
+        p.seconds += n.seconds;
+        p.roundedSeconds += n.roundedSeconds;
+        p.amount += n.amount;
+        p.records += n.records;
     }
 
     // The summary tree, children in key order.
