@@ -9,34 +9,6 @@ namespace hb::reporting {
 
 namespace {
 
-// 1 January 1970 as a day number (days since 30 December 1899).
-constexpr DayNumber kUnixEpoch = 25569;
-
-// Days since 1 January 1970 of a proleptic Gregorian date, and back (the
-// well-known era arithmetic: 400-year eras of 146097 days, years counted
-// from March so that the leap day comes last).
-std::int64_t daysFromCivil(std::int64_t y, unsigned m, unsigned d) {
-    y -= m <= 2;
-    const std::int64_t era = (y >= 0 ? y : y - 399) / 400;
-    const auto yoe = static_cast<unsigned>(y - era * 400);
-    const unsigned doy = (153 * (m > 2 ? m - 3 : m + 9) + 2) / 5 + d - 1;
-    const unsigned doe = yoe * 365 + yoe / 4 - yoe / 100 + doy;
-    return era * 146097 + static_cast<std::int64_t>(doe) - 719468;
-}
-
-CivilDate civilFromDays(std::int64_t z) {
-    z += 719468;
-    const std::int64_t era = (z >= 0 ? z : z - 146096) / 146097;
-    const auto doe = static_cast<unsigned>(z - era * 146097);
-    const unsigned yoe = (doe - doe / 1460 + doe / 36524 - doe / 146096) / 365;
-    const unsigned doy = doe - (365 * yoe + yoe / 4 - yoe / 100);
-    const unsigned mp = (5 * doy + 2) / 153;
-    const unsigned d = doy - (153 * mp + 2) / 5 + 1;
-    const unsigned m = mp < 10 ? mp + 3 : mp - 9;
-    const std::int64_t y = static_cast<std::int64_t>(yoe) + era * 400 + (m <= 2);
-    return {static_cast<int>(y), static_cast<int>(m), static_cast<int>(d)};
-}
-
 Str twoDigits(int n) {
     Str s = toStr(n);
     return n < 10 ? u"0" + s : s;
@@ -76,12 +48,12 @@ std::optional<CivilDate> readIso(StrView text) {
 }  // namespace
 
 DayNumber dayNumber(int year, int month, int day) {
-    return static_cast<DayNumber>(
-        daysFromCivil(year, static_cast<unsigned>(month), static_cast<unsigned>(day)) + kUnixEpoch);
+    return static_cast<DayNumber>(dt::serial(year, month, day));
 }
 
 CivilDate civilDate(DayNumber day) {
-    return civilFromDays(static_cast<std::int64_t>(day) - kUnixEpoch);
+    const dt::Parts p = dt::toParts(day);
+    return {p.year, p.month, p.day};
 }
 
 int weekday(DayNumber day) {

@@ -6,19 +6,28 @@
 namespace hb::test {
 namespace {
 
-TEST(Periods, DayNumbersAgreeWithTheDateConversions) {
-    // Every day from 1800 to 2200 against the run time's own date serial.
+TEST(Periods, DayNumbersAndCalendarDates) {
+    const std::pair<CivilDate, DayNumber> anchors[] = {
+        {{1899, 12, 30}, 0},    {{1800, 1, 1}, -36522},  {{1900, 3, 1}, 61},
+        {{2000, 2, 29}, 36585}, {{2026, 11, 24}, 46350}, {{2200, 12, 31}, 109939},
+    };
+    for (const auto& [date, number] : anchors) {
+        EXPECT_EQ(dayNumber(date.year, date.month, date.day), number) << number;
+        EXPECT_EQ(civilDate(number), date) << number;
+    }
+    // Every day from 1800 to 2200 follows the one before.
+    DayNumber expected = dayNumber(1800, 1, 1);
     for (int year = 1800; year <= 2200; ++year) {
         for (int month = 1; month <= 12; ++month) {
-            for (int day = 1; day <= dt::daysInMonth(year, month); ++day) {
-                const auto serial = static_cast<DayNumber>(dt::serial(year, month, day));
-                ASSERT_EQ(dayNumber(year, month, day), serial)
+            for (int day = 1; day <= dt::daysInMonth(year, month); ++day, ++expected) {
+                ASSERT_EQ(dayNumber(year, month, day), expected)
                     << year << "-" << month << "-" << day;
-                ASSERT_EQ(civilDate(serial), (CivilDate{year, month, day}));
+                ASSERT_EQ(civilDate(expected), (CivilDate{year, month, day}));
             }
         }
     }
-    EXPECT_EQ(weekday(0), 5);  // 30 December 1899, a Saturday
+    EXPECT_EQ(weekday(0), 5);       // 30 December 1899, a Saturday
+    EXPECT_EQ(weekday(-36522), 2);  // 1 January 1800, a Wednesday
     EXPECT_EQ(weekday(dayOf(24)), 1);
     EXPECT_EQ(weekday(dayOf(29)), 6);
 }

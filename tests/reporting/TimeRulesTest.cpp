@@ -33,6 +33,13 @@ struct Maker {
         const RateLookup lookup(rates, rules.personalRate);
         return makeRecords(entries, rules, options, billing, lookup, env.s.strCurrentUser);
     }
+    // The counted seconds of each record.
+    std::vector<std::int64_t> seconds(const std::vector<CalendarEntry>& entries) {
+        std::vector<std::int64_t> out;
+        for (const TimeRecord& r : records(entries))
+            out.push_back(r.seconds);
+        return out;
+    }
     std::vector<Rec> recs(const std::vector<CalendarEntry>& entries) {
         std::vector<Rec> out;
         for (const TimeRecord& r : records(entries)) {
@@ -206,10 +213,7 @@ TEST(TimeRules, Convert24CountsWholeDays) {
         Maker m;
         m.rules.convert24 = c.convert;
         m.rules.convert24Seconds = c.hours;
-        std::vector<std::int64_t> seconds;
-        for (const Rec& r : m.recs(c.entries))
-            seconds.push_back(r.seconds);
-        EXPECT_EQ(seconds, c.seconds);
+        EXPECT_EQ(m.seconds(c.entries), c.seconds);
     }
 }
 
@@ -265,10 +269,7 @@ TEST(TimeRules, LunchComesOffEachWorkedDayOnce) {
         m.rules.convert24Seconds = 8 * H;
         m.rules.removeLunch = true;
         m.rules.removeLunchSeconds = c.lunch;
-        std::vector<std::int64_t> seconds;
-        for (const Rec& r : m.recs(c.entries))
-            seconds.push_back(r.seconds);
-        EXPECT_EQ(seconds, c.seconds);
+        EXPECT_EQ(m.seconds(c.entries), c.seconds);
     }
 }
 
@@ -341,10 +342,7 @@ TEST(TimeRules, OverlapCountedOnceOnRequest) {
             Maker m;
             m.rules.convert24 = true;
             m.options.overlapOnce = once;
-            std::vector<std::int64_t> seconds;
-            for (const Rec& r : m.recs(c.entries))
-                seconds.push_back(r.seconds);
-            EXPECT_EQ(seconds, once ? c.once : c.both) << "once " << once;
+            EXPECT_EQ(m.seconds(c.entries), once ? c.once : c.both) << "once " << once;
         }
     }
 }
