@@ -78,18 +78,47 @@ std::int64_t roundSeconds(std::int64_t seconds, const Rounding& rounding) {
     return units * unit;
 }
 
+QuotientRemainder mulDiv(std::int64_t a, std::int64_t b, std::int64_t d) {
+    if (a < 0 || b < 0 || d <= 0) raise(err::InvalidProcedureCall);
+    std::int64_t product = 0;
+    if (!__builtin_mul_overflow(a, b, &product)) return {product / d, product % d};
+    // The 128-bit product from 32-bit halves (the 32-bit Windows build has
+    // no 128-bit integers), then long division one bit at a time.
+    const auto ua = static_cast<std::uint64_t>(a), ub = static_cast<std::uint64_t>(b);
+    const std::uint64_t aLo = ua & 0xFFFFFFFFu, aHi = ua >> 32, bLo = ub & 0xFFFFFFFFu,
+                        bHi = ub >> 32;
+    const std::uint64_t ll = aLo * bLo, lh = aLo * bHi, hl = aHi * bLo, hh = aHi * bHi;
+    const std::uint64_t mid = (ll >> 32) + (lh & 0xFFFFFFFFu) + (hl & 0xFFFFFFFFu);
+    const std::uint64_t lo = (ll & 0xFFFFFFFFu) | (mid << 32);
+    const std::uint64_t hi = hh + (lh >> 32) + (hl >> 32) + (mid >> 32);
+    const auto ud = static_cast<std::uint64_t>(d);
+    if (hi >= ud) raise(err::Overflow);
+    std::uint64_t q = 0, r = hi;  // r < d < 2^63: shifting it left never loses a bit
+    for (int bit = 63; bit >= 0; --bit) {
+        r = (r << 1) | ((lo >> bit) & 1u);
+        q <<= 1;
+        if (r >= ud) {
+            r -= ud;
+            q |= 1u;
+        }
+    }
+    if (q > static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max())) {
+        raise(err::Overflow);
+    }
+    return {static_cast<std::int64_t>(q), static_cast<std::int64_t>(r)};
+}
+
 Currency amountOf(std::int64_t seconds, Currency rate) {
     // rate.scaled is ten-thousandths per hour: the amount in ten-thousandths
-    // is rate.scaled x seconds / 3600, the product in 128 bits.
-    __int128 product = static_cast<__int128>(rate.scaled) * seconds;
-    const bool negative = product < 0;
-    if (negative) product = -product;
-    __int128 q = product / 3600;
-    const __int128 r = product % 3600;
-    if (r * 2 > 3600 || (r * 2 == 3600 && (q % 2) != 0)) ++q;
-    if (q > std::numeric_limits<std::int64_t>::max()) raise(err::Overflow);
-    const auto scaled = static_cast<std::int64_t>(q);
-    return Currency{negative ? -scaled : scaled};
+    // is rate.scaled x seconds / 3600.
+    const bool negative = rate.scaled < 0;
+    if (rate.scaled == std::numeric_limits<std::int64_t>::min()) raise(err::Overflow);
+    auto [q, r] = mulDiv(negative ? -rate.scaled : rate.scaled, seconds, 3600);
+    if (r * 2 > 3600 || (r * 2 == 3600 && q % 2 != 0)) {
+        if (q == std::numeric_limits<std::int64_t>::max()) raise(err::Overflow);
+        ++q;
+    }
+    return Currency{negative ? -q : q};
 }
 
 namespace {
@@ -123,11 +152,10 @@ void removeLunch(std::vector<Piece>& pieces, std::size_t begin, std::size_t end,
     std::int64_t given = 0;
     for (std::size_t i = begin; i < end; ++i) {
         if (pieces[i].converted) continue;
-        const __int128 share = static_cast<__int128>(off) * pieces[i].record.seconds;
-        const auto whole = static_cast<std::int64_t>(share / total);
+        const auto [whole, remainder] = mulDiv(off, pieces[i].record.seconds, total);
         pieces[i].record.seconds -= whole;
         given += whole;
-        remainders.emplace_back(static_cast<std::int64_t>(share % total), i);
+        remainders.emplace_back(remainder, i);
     }
     std::stable_sort(remainders.begin(), remainders.end(),
                      [](const auto& a, const auto& b) { return a.first > b.first; });
@@ -233,10 +261,11 @@ std::int64_t hoursSetting(const Variant& value, const Locale& loc, std::int64_t 
     if (value.isEmpty()) return fallback;
     std::int64_t seconds = 0;
     try {
-        // Ten-thousandths of an hour x 0.36 s, to the nearest second.
-        const Currency hours = value.toCurrency(loc);
-        const __int128 scaled = static_cast<__int128>(hours.scaled) * 36;
-        seconds = static_cast<std::int64_t>((scaled + (scaled < 0 ? -50 : 50)) / 100);
+        // Ten-thousandths of an hour (within 0..24 h) x 0.36 s, to the
+        // nearest second.
+        const std::int64_t scaled =
+            std::clamp<std::int64_t>(value.toCurrency(loc).scaled, 0, 240000);
+        seconds = (scaled * 36 + 50) / 100;
     } catch (const AutomationError&) {
         return fallback;
     }

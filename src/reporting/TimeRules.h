@@ -61,6 +61,14 @@ class RateLookup {
 // A record's time after rounding: to a multiple of minutes x 60 seconds,
 // up, down or to the nearest (a half unit goes up); minutes <= 0: as is.
 std::int64_t roundSeconds(std::int64_t seconds, const Rounding& rounding);
+// a x b / d exactly, for a, b >= 0 and d > 0 (5 otherwise): the quotient
+// and the remainder, whatever the size of the product; 6 when the quotient
+// does not fit 64 bits.
+struct QuotientRemainder {
+    std::int64_t quotient = 0;
+    std::int64_t remainder = 0;
+};
+QuotientRemainder mulDiv(std::int64_t a, std::int64_t b, std::int64_t d);
 // rate x seconds / 3600, to four decimals with the currency type's own
 // rounding (a half goes to the even last digit), exact integer arithmetic.
 Currency amountOf(std::int64_t seconds, Currency rate);

@@ -1,5 +1,6 @@
 // Calendar entries into time records: each rule family as one table.
 #include <numeric>
+#include <random>
 
 #include "ReportTestSupport.h"
 
@@ -411,6 +412,31 @@ TEST(TimeRules, RoundingPerRecord) {
                      << c.seconds << " s, " << c.minutes << " min, " << int(c.direction));
         EXPECT_EQ(roundSeconds(c.seconds, {c.minutes, c.direction}), c.expected);
     }
+}
+
+TEST(TimeRules, ExactProductOverQuotient) {
+    // Against the compiler's 128-bit integers, where products pass 64 bits.
+    std::mt19937_64 random(3);
+    for (int i = 0; i < 20000; ++i) {
+        const auto a = static_cast<std::int64_t>(random() >> (1 + random() % 63));
+        const auto b = static_cast<std::int64_t>(random() >> (1 + random() % 63));
+        const auto d =
+            std::max<std::int64_t>(1, static_cast<std::int64_t>(random() >> (1 + random() % 63)));
+        const unsigned __int128 p =
+            static_cast<unsigned __int128>(a) * static_cast<unsigned __int128>(b);
+        SCOPED_TRACE(testing::Message() << a << " x " << b << " / " << d);
+        if (p / static_cast<unsigned __int128>(d) > INT64_MAX) {
+            ASSERT_EQ(errorOf([&] { mulDiv(a, b, d); }), 6);
+            continue;
+        }
+        const QuotientRemainder r = mulDiv(a, b, d);
+        ASSERT_EQ(static_cast<unsigned __int128>(r.quotient),
+                  p / static_cast<unsigned __int128>(d));
+        ASSERT_EQ(static_cast<unsigned __int128>(r.remainder),
+                  p % static_cast<unsigned __int128>(d));
+    }
+    EXPECT_EQ(errorOf([] { mulDiv(-1, 1, 1); }), 5);
+    EXPECT_EQ(errorOf([] { mulDiv(1, 1, 0); }), 5);
 }
 
 TEST(TimeRules, AmountInExactCurrency) {
