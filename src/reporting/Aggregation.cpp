@@ -78,61 +78,51 @@ class Interner {
 
 // One level's keys: for each record the rank of its group among the
 // level's groups (0 .. count-1), in the order the groups are shown. Texts
-// rank alphabetically, times by their first day.
+// rank alphabetically, times by their first day. Filled record by record
+// (every level in one pass over the records), then ranked.
 class LevelKeys {
   public:
-    LevelKeys(Dimension d, const std::vector<TimeRecord>& records) : keys_(records.size()) {
-        if (isListDimension(d) || d == Dimension::User) {
-            Interner interner;
-            for (std::size_t i = 0; i < records.size(); ++i)
-                keys_[i] = interner.id(textOf(records[i], d));
-            const auto& texts = interner.texts();
-            std::vector<std::uint32_t> order(texts.size());
-            std::iota(order.begin(), order.end(), 0U);
-            std::sort(order.begin(), order.end(), [&](std::uint32_t a, std::uint32_t b) {
-                return textBefore(texts[a], texts[b]);
-            });
-            rankKeys(order);
+    LevelKeys(Dimension d, std::size_t records)
+        : dimension_(d), isText_(isListDimension(d) || d == Dimension::User) {
+        keys_.reserve(records);
+    }
+    void add(const TimeRecord& r) {
+        if (isText_) {
+            keys_.push_back(interner_.id(textOf(r, dimension_)));
             return;
         }
-        // Records mostly come in order of day: the key of the last day is kept.
-        std::vector<std::int64_t> raw(records.size());
-        DayNumber lastDay = 0;
-        std::int64_t lastKey = 0;
-        for (std::size_t i = 0; i < records.size(); ++i) {
-            const DayNumber day = records[i].day;
-            if (i == 0 || day != lastDay) {
-                lastDay = day;
-                lastKey = timeKey(d, day);
-            }
-            raw[i] = lastKey;
+        // Records mostly come in order of day: the id of the last day is kept.
+        if (keys_.empty() || r.day != lastDay_) {
+            lastDay_ = r.day;
+            const std::int64_t raw = timeKey(r.day);
+            const auto [it, added] =
+                timeIds_.emplace(raw, static_cast<std::uint32_t>(times_.size()));
+            if (added) times_.push_back(raw);
+            lastId_ = it->second;
         }
-        // Ranks of the distinct values, in order.
-        std::vector<std::int64_t> distinct;
-        distinct.reserve(512);
-        for (std::size_t i = 0; i < raw.size(); ++i) {
-            if (i == 0 || raw[i] != raw[i - 1]) distinct.push_back(raw[i]);
-        }
-        std::sort(distinct.begin(), distinct.end());
-        distinct.erase(std::unique(distinct.begin(), distinct.end()), distinct.end());
-        count_ = distinct.size();
-        std::int64_t lastRaw = 0;
-        std::uint32_t lastRank = 0;
-        for (std::size_t i = 0; i < raw.size(); ++i) {
-            if (i == 0 || raw[i] != lastRaw) {
-                lastRaw = raw[i];
-                lastRank = static_cast<std::uint32_t>(
-                    std::lower_bound(distinct.begin(), distinct.end(), lastRaw) - distinct.begin());
-            }
-            keys_[i] = lastRank;
-        }
+        keys_.push_back(lastId_);
+    }
+    // The ids, numbered in order of appearance, into ranks.
+    void rank() {
+        const auto& texts = interner_.texts();
+        std::vector<std::uint32_t> order(isText_ ? texts.size() : times_.size());
+        std::iota(order.begin(), order.end(), 0U);
+        std::sort(order.begin(), order.end(), [&](std::uint32_t a, std::uint32_t b) {
+            return isText_ ? textBefore(texts[a], texts[b]) : times_[a] < times_[b];
+        });
+        std::vector<std::uint32_t> rankOf(order.size());
+        for (std::uint32_t r = 0; r < order.size(); ++r)
+            rankOf[order[r]] = r;
+        for (auto& k : keys_)
+            k = rankOf[k];
+        count_ = order.size();
     }
     std::uint32_t operator[](std::size_t i) const { return keys_[i]; }
     std::size_t count() const { return count_; }
 
   private:
-    static std::int64_t timeKey(Dimension d, DayNumber day) {
-        switch (d) {
+    std::int64_t timeKey(DayNumber day) const {
+        switch (dimension_) {
             case Dimension::Week:
                 return weekStart(day);
             case Dimension::Month: {
@@ -145,18 +135,16 @@ class LevelKeys {
                 return day;
         }
     }
-    // Ids in order of appearance into ranks, given the ids in rank order.
-    void rankKeys(const std::vector<std::uint32_t>& order) {
-        std::vector<std::uint32_t> rank(order.size());
-        for (std::uint32_t r = 0; r < order.size(); ++r)
-            rank[order[r]] = r;
-        for (auto& k : keys_)
-            k = rank[k];
-        count_ = order.size();
-    }
 
+    Dimension dimension_;
+    bool isText_;
     std::vector<std::uint32_t> keys_;
     std::size_t count_ = 0;
+    Interner interner_;
+    std::unordered_map<std::int64_t, std::uint32_t> timeIds_;
+    std::vector<std::int64_t> times_;
+    DayNumber lastDay_ = 0;
+    std::uint32_t lastId_ = 0;
 };
 
 struct FlatNode {
@@ -213,11 +201,30 @@ SummaryNode aggregate(const std::vector<TimeRecord>& records,
     // before (the root, node 0, at first) and its key at this level give
     // its node at this level, through a table of (parent, key) - dense
     // where the level's parents x keys are few, a hash map otherwise.
+    std::vector<LevelKeys> levels;
+    levels.reserve(grouping.size());
+    for (const Dimension d : grouping)
+        levels.emplace_back(d, records.size());
+    // One pass over the records (large, so read once): every level's key
+    // and the figures to add up.
+    struct Figures {
+        std::int64_t seconds, roundedSeconds, amount;
+    };
+    std::vector<Figures> figures;
+    figures.reserve(records.size());
+    for (const TimeRecord& r : records) {
+        for (LevelKeys& level : levels)
+            level.add(r);
+        figures.push_back({r.seconds, r.roundedSeconds, r.amount.scaled});
+    }
+    for (LevelKeys& level : levels)
+        level.rank();
+
     std::vector<FlatNode> nodes(1);
     std::vector<std::uint32_t> at(records.size(), 0);
     std::size_t parentsBegin = 0, parentsEnd = 1;
     for (std::size_t l = 0; l < grouping.size(); ++l) {
-        const LevelKeys keys(grouping[l], records);
+        const LevelKeys& keys = levels[l];
         const std::size_t width = std::max<std::size_t>(keys.count(), 1);
         const std::size_t parents = parentsEnd - parentsBegin;
         const auto child = [&](std::size_t i, std::uint32_t& slot) {
@@ -250,9 +257,9 @@ SummaryNode aggregate(const std::vector<TimeRecord>& records,
     // node's into its parent (parents were made before their children).
     for (std::size_t i = 0; i < records.size(); ++i) {
         FlatNode& n = nodes[at[i]];
-        n.seconds += records[i].seconds;
-        n.roundedSeconds += records[i].roundedSeconds;
-        n.amount += records[i].amount.scaled;
+        n.seconds += figures[i].seconds;
+        n.roundedSeconds += figures[i].roundedSeconds;
+        n.amount += figures[i].amount;
         ++n.records;
     }
     for (std::size_t k = nodes.size() - 1; k > 0; --k) {
