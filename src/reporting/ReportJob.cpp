@@ -30,7 +30,7 @@ Report runReport(Session& s, CalendarSource& calendar, RecordStore& store,
     for (std::size_t i = 0; i < kReportLists && i < lists.size(); ++i) {
         if (lists[i]) report.listCaptions[i] = lists[i]->Caption;
     }
-    report.records = store.load(s.strCurrentUser, options.period);
+    report.records = store.load(options.allUsers ? Str() : s.strCurrentUser, options.period);
     sortRecords(report.records);
     report.total = aggregate(report.records, options.grouping, locale);
     return report;

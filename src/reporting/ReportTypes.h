@@ -93,6 +93,10 @@ struct ReportOptions {
     HoursFormat hoursFormat = HoursFormat::Decimal;
     Rounding rounding;
     bool overlapOnce = false;  // time covered by overlapping appointments counts once
+    // The summary and records of every user's stored records of the period
+    // (a workgroup's shared database), not only the session user's; the
+    // session user's records are refreshed either way.
+    bool allUsers = false;
 };
 
 // One node of the summary tree: a group's label and its totals. The root is

@@ -139,6 +139,27 @@ TEST(ReportJob, ChangesInTheCalendarChangeTheStoredRecords) {
     EXPECT_EQ(e.store.load(u"john", {dayOf(1, 10), dayOf(31, 10)}).size(), 1u);
 }
 
+TEST(ReportJob, AWorkgroupReportHoldsEveryUsersRecords) {
+    JobEnv e;
+    e.s.oPersonalSettings->blnRemoveLunch = false;
+    TimeRecord anna;
+    anna.user = u"anna";
+    anna.day = dayOf(24);
+    anna.seconds = anna.roundedSeconds = 30 * M;
+    e.store.rows = {anna};
+    e.options.grouping = {Dimension::User};
+    for (const bool all : {false, true}) {
+        e.options.allUsers = all;
+        const reporting::Report r = e.run();
+        const std::vector<std::string> expected =
+            all ? std::vector<std::string>{"anna 30", "john 360"}
+                : std::vector<std::string>{"john 360"};
+        EXPECT_EQ(firstLevel(r), expected);
+        EXPECT_EQ(r.records.size(), all ? 4u : 3u);
+    }
+    EXPECT_EQ(e.store.rows.size(), 4u);
+}
+
 TEST(ReportJob, AFailureLeavesTheStoredRecords) {
     struct Case {
         const char* name;
