@@ -232,7 +232,8 @@ std::vector<TimeRecord> makeRecords(const std::vector<CalendarEntry>& entries,
             p.converted = rules.convert24 && p.to - p.from == kDaySeconds;
             p.record.seconds =
                 p.converted
-                    ? clock * std::max<std::int64_t>(0, rules.convert24Seconds) / kDaySeconds
+                    ? mulDiv(clock, std::max<std::int64_t>(0, rules.convert24Seconds), kDaySeconds)
+                          .quotient
                     : clock;
         }
         if (rules.removeLunch) removeLunch(pieces, begin, end, rules.removeLunchSeconds);

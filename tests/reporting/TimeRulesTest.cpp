@@ -336,6 +336,12 @@ TEST(TimeRules, OverlapCountedOnceOnRequest) {
          {entry(u"m", at(24, 9), at(24, 10)), allDayEntry(u"z", 24, 1)},
          {8 * H, H},
          {8 * H, 0}},
+        // A night shift into the holiday: the lower EntryID keeps 0:00-6:00,
+        // the holiday keeps 18 of its 24 hours, so 8 h x 18 / 24.
+        {"a converted day losing part of itself",
+         {entry(u"m", at(23, 22), at(24, 6)), allDayEntry(u"z", 24, 1)},
+         {2 * H, 6 * H, 8 * H},
+         {2 * H, 6 * H, 6 * H}},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
