@@ -65,6 +65,10 @@ std::vector<LocaleCase> localeCases() {
     };
 }
 
+void PrintTo(const LocaleCase& c, std::ostream* os) {
+    *os << c.name;
+}
+
 class CsvInLocale : public ::testing::TestWithParam<LocaleCase> {};
 
 std::string withoutBom(const std::string& text) {
