@@ -55,6 +55,7 @@ target_include_directories(hbcore PUBLIC ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOU
 
 if(HB_WINDOWS)
   include(${PROJECT_SOURCE_DIR}/cmake/Windows.cmake OPTIONAL)
+  include(${PROJECT_SOURCE_DIR}/cmake/ExportCheck.cmake)
   # The MSI package of what Windows.cmake built.
   include(${PROJECT_SOURCE_DIR}/cmake/Installer.cmake)
 endif()

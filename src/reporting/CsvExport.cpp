@@ -87,7 +87,11 @@ Str csvSeparator(const Locale& loc) {
 }
 
 Str csvTextCell(StrView text, StrView separator) {
-    if (startsFormula(text)) return quotedCell(Str(u"'") + Str(text));
+    if (startsFormula(text)) {
+        Str defused(1, u'\'');
+        defused.append(text);
+        return quotedCell(defused);
+    }
     const bool needsQuotes =
         text.find(separator) != StrView::npos || text.find_first_of(u"\"\r\n") != StrView::npos;
     return needsQuotes ? quotedCell(text) : Str(text);

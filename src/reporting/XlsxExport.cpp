@@ -2,6 +2,8 @@
 
 #include <xlsxwriter.h>
 
+#include <atomic>
+#include <chrono>
 #include <cmath>
 #include <stdexcept>
 #include <string>
@@ -30,6 +32,28 @@ std::string sheetName(const Str& name) {
                        : c;
     }
     return utf8(cleaned.substr(0, kSheetNameMax));
+}
+
+bool isAscii(const std::filesystem::path& path) {
+    for (auto c : path.native()) {
+        if (static_cast<std::uint32_t>(c) > 0x7F) return false;
+    }
+    return true;
+}
+
+// libxlsxwriter opens its file by a narrow name, which Windows reads in the
+// ANSI code page: a folder named beyond ASCII ("Berichte für Kunden") would
+// not be found. Such a workbook is written in the temporary folder first,
+// when that one's name is ASCII, and copied beside the target.
+std::filesystem::path scratchFor(const std::filesystem::path& beside) {
+    if (isAscii(beside)) return beside;
+    std::error_code ec;
+    const std::filesystem::path folder = std::filesystem::temp_directory_path(ec);
+    if (ec || !isAscii(folder)) return beside;
+    static std::atomic<unsigned> counter{0};
+    const auto stamp = std::chrono::steady_clock::now().time_since_epoch().count();
+    return folder /
+           ("hb-report-" + std::to_string(stamp) + "-" + std::to_string(++counter) + ".xlsx");
 }
 
 class Workbook {
@@ -260,20 +284,31 @@ void summarySheet(lxw_workbook* book, const Formats& f, const Report& report,
 
 void writeXlsx(const std::filesystem::path& file, const Report& report, const Locale& /*loc*/,
                const ExportTexts& texts) {
-    const std::filesystem::path temporary = temporaryBeside(file);
+    const std::filesystem::path beside = temporaryBeside(file);
+    const std::filesystem::path scratch = scratchFor(beside);
     auto fail = [&](const std::string& why) {
         std::error_code ec;
-        std::filesystem::remove(temporary, ec);
+        std::filesystem::remove(scratch, ec);
+        std::filesystem::remove(beside, ec);
         throw std::runtime_error("cannot write the file " + file.string() + ": " + why);
     };
-    Workbook book(temporary);
-    if (!book.get()) fail("the workbook could not be created");
-    const Formats formats = makeFormats(book.get(), report.options.hoursFormat);
-    recordsSheet(book.get(), formats, report, texts);
-    summarySheet(book.get(), formats, report, texts);
-    const lxw_error error = book.close();
-    if (error != LXW_NO_ERROR) fail(lxw_strerror(error));
-    replaceWith(temporary, file);
+    {
+        Workbook book(scratch);
+        if (!book.get()) fail("the workbook could not be created");
+        const Formats formats = makeFormats(book.get(), report.options.hoursFormat);
+        recordsSheet(book.get(), formats, report, texts);
+        summarySheet(book.get(), formats, report, texts);
+        const lxw_error error = book.close();
+        if (error != LXW_NO_ERROR) fail(lxw_strerror(error));
+    }
+    if (scratch != beside) {
+        std::error_code ec;
+        std::filesystem::copy_file(scratch, beside,
+                                   std::filesystem::copy_options::overwrite_existing, ec);
+        if (ec) fail(ec.message());
+        std::filesystem::remove(scratch, ec);
+    }
+    replaceWith(beside, file);
 }
 
 }  // namespace hb::reporting

@@ -164,6 +164,20 @@ TEST(XlsxExport, EmptyReportHasTotalsAndNoChart) {
     std::filesystem::remove_all(dir);
 }
 
+// A folder named beyond ASCII: the workbook goes through the temporary
+// folder (Windows would not find the narrow name) and ends up in place.
+TEST(XlsxExport, FolderNameBeyondAscii) {
+    const auto dir = scratchFolder() / std::filesystem::u8path("Berichte f\xC3\xBCr Kunden");
+    std::filesystem::create_directories(dir);
+    const auto file = dir / std::filesystem::u8path("M\xC3\xA4rz.xlsx");
+    writeXlsx(file, sampleReport(), germanLocale());
+    EXPECT_EQ(readBack(file).cells.at("Records!A2"), "datetime 2026-03-02 00:00:00 | mm-dd-yy");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir),
+                            std::filesystem::directory_iterator()),
+              1);
+    std::filesystem::remove_all(dir.parent_path());
+}
+
 TEST(XlsxExport, ReplacesAnOlderFileAndFailsWithoutLeavingOne) {
     const auto dir = scratchFolder();
     { std::ofstream(dir / "old.xlsx") << "an older export"; }
