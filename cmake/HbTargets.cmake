@@ -55,7 +55,6 @@ target_include_directories(hbcore PUBLIC ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOU
 
 if(HB_WINDOWS)
   include(${PROJECT_SOURCE_DIR}/cmake/Windows.cmake OPTIONAL)
-  include(${PROJECT_SOURCE_DIR}/cmake/ExportCheck.cmake)
   # The MSI package of what Windows.cmake built.
   include(${PROJECT_SOURCE_DIR}/cmake/Installer.cmake)
 endif()
@@ -94,6 +93,8 @@ if(HB_TESTS AND NOT HB_WINDOWS)
                                HB_TEST_SOURCE_DIR="${PROJECT_SOURCE_DIR}/tests")
   endif()
 endif()
+
+include(${PROJECT_SOURCE_DIR}/cmake/ExportCheck.cmake)
 
 if(HB_BENCH AND NOT HB_WINDOWS)
   find_package(benchmark REQUIRED)

@@ -19,7 +19,10 @@ dl.facts dd { margin: 0; }
 table { border-collapse: collapse; width: 100%; }
 th, td { padding: 0.25em 0.5em; border-bottom: 1px solid #ddd; text-align: left; vertical-align: top; }
 th { background: #eef1f5; }
+td { white-space: pre-line; }
 td.num, th.num { text-align: right; white-space: nowrap; }
+td.when { white-space: nowrap; }
+table.summary { width: auto; min-width: 60%; }
 tr.level0 td { font-weight: bold; }
 tr.total td { font-weight: bold; border-top: 2px solid #333; border-bottom: none; }
 svg.chart { max-width: 100%; height: auto; }
@@ -126,9 +129,9 @@ Str recordsTable(const Report& report, const Locale& loc, const ExportTexts& tex
            cell(u"th", texts.amount, u"num");
     out += u"</tr></thead><tbody>";
     for (const TimeRecord& r : report.records) {
-        out += u"<tr>" + cell(u"td", dayText(r.day, loc), u"num") +
-               cell(u"td", timeText(r.start, loc), u"num") +
-               cell(u"td", timeText(r.end, loc), u"num") + cell(u"td", r.subject);
+        out += u"<tr>" + cell(u"td", dayText(r.day, loc), u"when") +
+               cell(u"td", timeText(r.start, loc), u"when") +
+               cell(u"td", timeText(r.end, loc), u"when") + cell(u"td", r.subject);
         for (const Str& value : r.values)
             out += cell(u"td", value);
         out += cell(u"td", hoursText(r.seconds, f, loc), u"num") +

@@ -1,14 +1,15 @@
-// Writes the export tests' sample report as CSV, XLSX and HTML under
-// Windows (Wine in the tests), so that the host can read the files back
-// (tests/win/export/check_exports.sh): libxlsxwriter cross-built for MinGW,
-// its temporary files, and a folder named beyond ASCII.
+// Writes the export tests' sample report as CSV, XLSX and HTML. Under
+// Windows (Wine in the tests) the host reads the files back
+// (tests/exports/check_exports.sh): libxlsxwriter cross-built for MinGW, its
+// temporary files, and a folder named beyond ASCII. Natively its page is what
+// scripts/export-screenshot.sh renders.
 //
-//   hb_export_sample.exe FOLDER     writes FOLDER\Berichte für Kunden\report.*
+//   hb_export_sample FOLDER     writes FOLDER/Berichte für Kunden/report.*
 #include <cstdio>
 #include <exception>
 #include <filesystem>
 
-#include "../../reporting/SampleReport.h"
+#include "../reporting/SampleReport.h"
 #include "reporting/CsvExport.h"
 #include "reporting/HtmlExport.h"
 #include "reporting/XlsxExport.h"
@@ -21,7 +22,7 @@ int main(int argc, char** argv) {
     }
     try {
         const std::filesystem::path folder =
-            std::filesystem::path(argv[1]) / std::filesystem::path(L"Berichte f\u00FCr Kunden");
+            std::filesystem::path(argv[1]) / std::filesystem::path(u8"Berichte f\u00FCr Kunden");
         std::filesystem::create_directories(folder);
         const Report report = test::sampleReport();
         const hb::Locale german = test::germanLocale();
