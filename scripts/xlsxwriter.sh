@@ -22,6 +22,13 @@ XLSX_ORIG=libxlsxwriter_${XLSX_VERSION}.orig.tar.gz
 XLSX_SHA256=b379eb35fdd9c653ebe72485b9c992f612c7ea66f732784457997d6e782f619b
 XLSX_DIR=${HB_XLSXWRITER_DIR:-$HB_ROOT/build/third_party/xlsxwriter}
 SRC_LIST=/etc/apt/sources.list.d/hourbook-deb-src.sources
+# libxlsxwriter's temporary files. OFF (the default here): its bundled
+# tmpfileplus, in the folder the program names (the user's temporary folder)
+# or TMP/TEMP. ON: the C library's tmpfile(), which on Windows creates its
+# file in the root folder of the current drive, where a user without
+# administrator rights may not create files (Wine lets anyone do it, so the
+# tests would not notice).
+XLSX_STANDARD_TMPFILE=${HB_XLSX_STANDARD_TMPFILE:-OFF}
 
 as_root() {
     if [ "$(id -u)" = 0 ]; then "$@"; else sudo -n "$@"; fi
@@ -59,8 +66,8 @@ fetch_source() {
     fi
 }
 
-# build ARCH: a static library with its own bundled minizip and the C
-# library's tmpfile() (no tmpfileplus), against the MinGW sysroot's zlib.
+# build ARCH: a static library with its own bundled minizip and tmpfileplus,
+# against the MinGW sysroot's zlib.
 build_arch() {
     local arch=$1 triple
     case "$arch" in
@@ -69,8 +76,9 @@ build_arch() {
         *) echo "error: unknown architecture $arch (x64 or x86)" >&2; return 1 ;;
     esac
     local out="$XLSX_DIR/$arch" work="$XLSX_DIR/build-$arch"
+    local stamp="$XLSX_SHA256 tmpfile=$XLSX_STANDARD_TMPFILE"
     if [ -f "$out/lib/libxlsxwriter.a" ] && [ -f "$out/.version" ] &&
-        [ "$(cat "$out/.version")" = "$XLSX_SHA256" ]; then
+        [ "$(cat "$out/.version")" = "$stamp" ]; then
         echo "libxlsxwriter $XLSX_VERSION for $arch is built ($out)."
         return 0
     fi
@@ -92,7 +100,7 @@ build_arch() {
         -DCMAKE_INSTALL_PREFIX="$out" \
         -DBUILD_SHARED_LIBS=OFF \
         -DBUILD_TESTS=OFF -DBUILD_EXAMPLES=OFF \
-        -DUSE_STANDARD_TMPFILE=ON \
+        -DUSE_STANDARD_TMPFILE="$XLSX_STANDARD_TMPFILE" \
         -DZLIB_INCLUDE_DIR="/usr/$triple/include" \
         -DZLIB_LIBRARY="/usr/$triple/lib/libz.a"
     cmake --build "$work" -j "$HB_JOBS"
@@ -102,7 +110,7 @@ build_arch() {
         mkdir -p "$out/lib"
         find "$out" -name 'libxlsxwriter.a' -exec cp {} "$out/lib/" \;
     fi
-    echo "$XLSX_SHA256" >"$out/.version"
+    echo "$stamp" >"$out/.version"
     echo "libxlsxwriter $XLSX_VERSION for $arch: $out"
 }
 

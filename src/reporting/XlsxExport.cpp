@@ -45,11 +45,17 @@ bool isAscii(const std::filesystem::path& path) {
 // ANSI code page: a folder named beyond ASCII ("Berichte für Kunden") would
 // not be found. Such a workbook is written in the temporary folder first,
 // when that one's name is ASCII, and copied beside the target.
-std::filesystem::path scratchFor(const std::filesystem::path& beside) {
-    if (isAscii(beside)) return beside;
+// The user's temporary folder when its name is ASCII, else empty.
+std::filesystem::path asciiTemporaryFolder() {
     std::error_code ec;
     const std::filesystem::path folder = std::filesystem::temp_directory_path(ec);
-    if (ec || !isAscii(folder)) return beside;
+    return ec || !isAscii(folder) ? std::filesystem::path() : folder;
+}
+
+std::filesystem::path scratchFor(const std::filesystem::path& beside) {
+    if (isAscii(beside)) return beside;
+    const std::filesystem::path folder = asciiTemporaryFolder();
+    if (folder.empty()) return beside;
     static std::atomic<unsigned> counter{0};
     const auto stamp = std::chrono::steady_clock::now().time_since_epoch().count();
     return folder /
@@ -58,8 +64,8 @@ std::filesystem::path scratchFor(const std::filesystem::path& beside) {
 
 class Workbook {
   public:
-    explicit Workbook(const std::filesystem::path& temporary)
-        : temporary_(temporary), book_(workbook_new(temporary.string().c_str())) {}
+    Workbook(const std::filesystem::path& temporary, const std::string& scratchFolder)
+        : temporary_(temporary), book_(open(temporary, scratchFolder)) {}
     Workbook(const Workbook&) = delete;
     Workbook& operator=(const Workbook&) = delete;
     // Still open only when the export failed half-way: the file is dropped.
@@ -77,6 +83,15 @@ class Workbook {
     }
 
   private:
+    // libxlsxwriter keeps each part of the workbook in a temporary file of
+    // its own until it zips them: in the user's temporary folder (empty:
+    // the library's choice).
+    static lxw_workbook* open(const std::filesystem::path& file, const std::string& folder) {
+        lxw_workbook_options options{};
+        options.tmpdir = folder.empty() ? nullptr : const_cast<char*>(folder.c_str());
+        return workbook_new_opt(file.string().c_str(), &options);
+    }
+
     std::filesystem::path temporary_;
     lxw_workbook* book_;
 };
@@ -293,7 +308,7 @@ void writeXlsx(const std::filesystem::path& file, const Report& report, const Lo
         throw std::runtime_error("cannot write the file " + file.string() + ": " + why);
     };
     {
-        Workbook book(scratch);
+        Workbook book(scratch, asciiTemporaryFolder().string());
         if (!book.get()) fail("the workbook could not be created");
         const Formats formats = makeFormats(book.get(), report.options.hoursFormat);
         recordsSheet(book.get(), formats, report, texts);
