@@ -19,6 +19,28 @@ std::int64_t divideRounded(std::int64_t a, std::int64_t b) {
 
 }  // namespace
 
+ExportTexts exportTexts(const Phrases& p) {
+    ExportTexts t;
+    auto take = [](Str& caption, const Str& phrase) {
+        if (!phrase.empty()) caption = phrase;
+    };
+    take(t.title, p.LNGREPORT);
+    take(t.date, p.LNGDATE);
+    take(t.start, p.LNGFROM);
+    take(t.end, p.LNGTO);
+    take(t.subject, p.LNGSUBJECT);
+    take(t.hours, p.LNGHOURS);
+    take(t.total, p.LNGSUM);
+    take(t.period, p.LNGDATERANGE);
+    take(t.user, p.LNGUSERNAME);
+    take(t.day, p.LNGDAY);
+    take(t.week, p.LNGWEEK);
+    take(t.month, p.LNGMONTH);
+    take(t.year, p.LNGYEAR);
+    if (!p.LNGNONE.empty()) t.none = u"(" + p.LNGNONE + u")";
+    return t;
+}
+
 std::int64_t scaledHours(std::int64_t seconds) {
     // hours x 10^4 = seconds x 10^4 / 3600 = seconds x 25 / 9
     return divideRounded(seconds * 25, 9);

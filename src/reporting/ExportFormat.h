@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "common/Locale.h"
+#include "languages/Phrases.h"
 #include "reporting/ReportTypes.h"
 
 namespace hb::reporting {
@@ -41,6 +42,12 @@ struct ExportTexts {
     Str summaryHeading = u"Summary";
     Str chartTitle = u"Hours per group";
 };
+
+// The captions in the user's language where the add-in's phrase table has
+// them (date, from/to for start and end, subject, hours, sum for the total,
+// date range for the period, the calendar units, report for the title,
+// none, user name); English where it has none or a phrase is empty.
+ExportTexts exportTexts(const Phrases& phrases);
 
 // Hours times 10,000 (four decimals) of a number of seconds, rounded half
 // away from zero: integer arithmetic, so that totals and their parts agree.

@@ -80,6 +80,42 @@ TEST(ExportFormat, ShortTimePictureDropsTheSeconds) {
     EXPECT_EQ(toUtf8(timeText(at(day(2026, 3, 2), 14, 5), Locale::enUS())), "2:05 PM");
 }
 
+TEST(ExportFormat, CaptionsFromThePhraseTableWhereItHasThem) {
+    Phrases german;
+    german.LNGREPORT = u"Bericht";
+    german.LNGDATE = u"Datum";
+    german.LNGFROM = u"Von";
+    german.LNGTO = u"Bis";
+    german.LNGSUBJECT = u"Betreff";
+    german.LNGHOURS = u"Stunden";
+    german.LNGSUM = u"Summe";
+    german.LNGDATERANGE = u"Datumsbereich";
+    german.LNGWEEK = u"Woche";
+    german.LNGNONE = u"Keine";
+    const ExportTexts t = exportTexts(german);
+    const std::vector<std::pair<Str, Str>> captions = {
+        {t.title, u"Bericht"},
+        {t.date, u"Datum"},
+        {t.start, u"Von"},
+        {t.end, u"Bis"},
+        {t.subject, u"Betreff"},
+        {t.hours, u"Stunden"},
+        {t.total, u"Summe"},
+        {t.period, u"Datumsbereich"},
+        {t.week, u"Woche"},
+        {t.none, u"(Keine)"},
+        // no phrase, or an empty one: English
+        {t.roundedHours, u"Rounded hours"},
+        {t.amount, u"Amount"},
+        {t.day, u"Day"},
+        {t.user, u"User"},
+    };
+    for (const auto& [caption, expected] : captions) {
+        EXPECT_EQ(toUtf8(caption), toUtf8(expected));
+    }
+    EXPECT_EQ(toUtf8(exportTexts(Phrases{}).none), "(none)");
+}
+
 TEST(ExportFormat, SummaryFlattenedGroupBeforeSubgroups) {
     const Report r = sampleReport();
     std::vector<std::string> rows;
