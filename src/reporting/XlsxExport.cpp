@@ -62,6 +62,14 @@ std::filesystem::path scratchFor(const std::filesystem::path& beside) {
            ("hb-report-" + std::to_string(stamp) + "-" + std::to_string(++counter) + ".xlsx");
 }
 
+// A worksheet; libxlsxwriter refuses a name twice (or an invalid one).
+lxw_worksheet* addSheet(lxw_workbook* book, const Str& caption) {
+    const std::string name = sheetName(caption);
+    lxw_worksheet* sheet = workbook_add_worksheet(book, name.empty() ? nullptr : name.c_str());
+    if (!sheet) throw std::runtime_error("the worksheet \"" + name + "\" cannot be added");
+    return sheet;
+}
+
 class Workbook {
   public:
     Workbook(const std::filesystem::path& temporary, const std::string& scratchFolder)
@@ -167,7 +175,11 @@ std::string columnRange(lxw_col_t col, lxw_row_t first, lxw_row_t last) {
 
 void recordsSheet(lxw_workbook* book, const Formats& f, const Report& report,
                   const ExportTexts& texts) {
-    lxw_worksheet* sheet = workbook_add_worksheet(book, sheetName(texts.recordsSheet).c_str());
+    // The records, the header and the totals row must fit in a worksheet.
+    if (report.records.size() + 2 > LXW_ROW_MAX) {
+        throw std::runtime_error("more records than a worksheet has rows");
+    }
+    lxw_worksheet* sheet = addSheet(book, texts.recordsSheet);
     const HoursFormat hf = report.options.hoursFormat;
     constexpr lxw_col_t kHours = 7, kRounded = 8, kAmount = 9;
 
@@ -226,8 +238,8 @@ void recordsSheet(lxw_workbook* book, const Formats& f, const Report& report,
 
 void summarySheet(lxw_workbook* book, const Formats& f, const Report& report,
                   const ExportTexts& texts) {
-    const std::string name = sheetName(texts.summarySheet);
-    lxw_worksheet* sheet = workbook_add_worksheet(book, name.c_str());
+    lxw_worksheet* sheet = addSheet(book, texts.summarySheet);
+    const std::string name = sheet->name;
     const HoursFormat hf = report.options.hoursFormat;
 
     lxw_col_t col = 0;
@@ -310,9 +322,13 @@ void writeXlsx(const std::filesystem::path& file, const Report& report, const Lo
     {
         Workbook book(scratch, asciiTemporaryFolder().string());
         if (!book.get()) fail("the workbook could not be created");
-        const Formats formats = makeFormats(book.get(), report.options.hoursFormat);
-        recordsSheet(book.get(), formats, report, texts);
-        summarySheet(book.get(), formats, report, texts);
+        try {
+            const Formats formats = makeFormats(book.get(), report.options.hoursFormat);
+            recordsSheet(book.get(), formats, report, texts);
+            summarySheet(book.get(), formats, report, texts);
+        } catch (const std::runtime_error& e) {
+            fail(e.what());
+        }
         const lxw_error error = book.close();
         if (error != LXW_NO_ERROR) fail(lxw_strerror(error));
     }

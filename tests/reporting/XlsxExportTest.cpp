@@ -164,6 +164,26 @@ TEST(XlsxExport, EmptyReportHasTotalsAndNoChart) {
     std::filesystem::remove_all(dir);
 }
 
+// libxlsxwriter refuses the second sheet half-way through the workbook: the
+// older file stays as it was, no temporary file is left.
+TEST(XlsxExport, FailureHalfWayKeepsTheOlderFile) {
+    const auto dir = scratchFolder();
+    { std::ofstream(dir / "report.xlsx") << "an older export"; }
+    ExportTexts texts;
+    texts.summarySheet = texts.recordsSheet;
+    try {
+        writeXlsx(dir / "report.xlsx", sampleReport(), Locale::enUS(), texts);
+        ADD_FAILURE() << "no error";
+    } catch (const std::runtime_error& e) {
+        EXPECT_NE(std::string(e.what()).find("report.xlsx"), std::string::npos) << e.what();
+        EXPECT_NE(std::string(e.what()).find("\"Records\" cannot be added"), std::string::npos)
+            << e.what();
+    }
+    EXPECT_EQ(readFile(dir / "report.xlsx"), "an older export");
+    EXPECT_FALSE(std::filesystem::exists(dir / "report.xlsx.part"));
+    std::filesystem::remove_all(dir);
+}
+
 // A folder named beyond ASCII: the workbook goes through the temporary
 // folder (Windows would not find the narrow name) and ends up in place.
 TEST(XlsxExport, FolderNameBeyondAscii) {
