@@ -18,7 +18,7 @@ struct LocaleCase {
 };
 
 std::vector<LocaleCase> localeCases() {
-    const std::string night = "Night \"deploy\", part 1\nsecond line";
+    const std::string night = "Night \"deploy\", step 1\nsecond line";
     return {
         {"enUS",
          Locale::enUS(),
@@ -107,7 +107,7 @@ TEST_P(CsvInLocale, NumbersUnquotedTextQuotedOnlyWhenNeeded) {
     EXPECT_NE(text.find(s + "Acme & Co" + s), std::string::npos);
     const bool germanQuotes = text.find(s + "\"Beta; GmbH\"" + s) != std::string::npos;
     EXPECT_EQ(germanQuotes, s == ";");
-    EXPECT_NE(text.find("\"Night \"\"deploy\"\", part 1\nsecond line\""), std::string::npos);
+    EXPECT_NE(text.find("\"Night \"\"deploy\"\", step 1\nsecond line\""), std::string::npos);
 }
 
 INSTANTIATE_TEST_SUITE_P(Locales, CsvInLocale, ::testing::ValuesIn(localeCases()),

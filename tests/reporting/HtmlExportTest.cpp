@@ -90,7 +90,7 @@ TEST_P(HtmlPage, ReadsBackWellFormedSelfContainedAndAsWritten) {
     ASSERT_EQ(records.size(), 4u);
     EXPECT_EQ(records[0], c.firstRecord);
     EXPECT_NE(records[1].find("|=HYPERLINK(\"x\")|"), std::string::npos) << records[1];
-    EXPECT_NE(records[2].find("|Night \"deploy\", part 1\\nsecond line|"), std::string::npos)
+    EXPECT_NE(records[2].find("|Night \"deploy\", step 1\\nsecond line|"), std::string::npos)
         << records[2];
     EXPECT_EQ(linesOf(out, "facts"), std::vector<std::string>{c.facts});
     std::filesystem::remove_all(dir);

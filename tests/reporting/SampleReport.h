@@ -76,7 +76,7 @@ inline Report sampleReport(HoursFormat format = HoursFormat::Decimal) {
                {u"Acme & Co", u"Smith", u""}, 5400, 5400, 1200000),
         record(mon, 13, 0, 13, 20, u"=HYPERLINK(\"x\")", {u"Acme & Co", u"Jones", u""}, 1200, 1800,
                400000),
-        record(tue, 22, 0, 23, 59, u"Night \"deploy\", part 1\nsecond line",
+        record(tue, 22, 0, 23, 59, u"Night \"deploy\", step 1\nsecond line",
                {u"Beta; GmbH", u"Smith", u"X"}, 7140, 7200, 1600000),
         record(wed, 0, 0, 0, 0, u"Holiday", {u"", u"", u""}, 28800, 28800, 0),
     };

@@ -69,7 +69,7 @@ std::vector<WorkbookCase> workbookCases() {
         // text is text, a formula in a subject included
         {"Records!D2", "str Kick-off <script>alert(1)</script> | General"},
         {"Records!D3", "str =HYPERLINK(\"x\") | General"},
-        {"Records!D4", "str Night \"deploy\", part 1\\nsecond line | General"},
+        {"Records!D4", "str Night \"deploy\", step 1\\nsecond line | General"},
         {"Records!E4", "str Beta; GmbH | General"},
         {"Records!J2", "int 120 | #,##0.00"},
         {"Records!J3", "int 40 | #,##0.00"},
