@@ -94,6 +94,12 @@ Str dayText(DayNumber day, const Locale& loc) {
     return dt::formatPicture(dt::toParts(static_cast<double>(day)), loc.shortDate, loc);
 }
 
+Str periodText(const Period& period, const Locale& loc) {
+    Str text = dayText(period.first, loc);
+    if (period.last != period.first) text += u" \u2013 " + dayText(period.last, loc);
+    return text;
+}
+
 Str shortTimePicture(const Locale& loc) {
     const Str& picture = loc.longTime;
     Str out;

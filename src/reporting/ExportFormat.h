@@ -67,6 +67,8 @@ Str amountText(Currency amount, const Locale& loc);
 
 // A day in the locale's short date format.
 Str dayText(DayNumber day, const Locale& loc);
+// A period as "first – last" (one day: that day alone).
+Str periodText(const Period& period, const Locale& loc);
 // The time of day of a date value in the locale's time format without
 // seconds ("9:05 AM", "09:05").
 Str timeText(Date value, const Locale& loc);

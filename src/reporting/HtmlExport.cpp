@@ -179,10 +179,7 @@ std::string htmlPage(const Report& report, const Locale& loc, const ExportTexts&
         if (!grouping.empty()) grouping += u" \u203A ";
         grouping += dimensionCaption(d, report, texts);
     }
-    Str period = dayText(report.options.period.first, loc);
-    if (report.options.period.last != report.options.period.first) {
-        period += u" \u2013 " + dayText(report.options.period.last, loc);
-    }
+    const Str period = periodText(report.options.period, loc);
 
     Str page = u"<!DOCTYPE html>\n<html lang=\"" + htmlEscape(texts.language) +
                u"\">\n<head>\n<meta charset=\"utf-8\"/>\n<title>" + htmlEscape(texts.title) +

@@ -307,9 +307,23 @@ void summarySheet(lxw_workbook* book, const Formats& f, const Report& report,
     worksheet_insert_chart(sheet, dataRow + 1, kLabels, chart);
 }
 
+// The document's properties: the title, the period as its subject, the
+// user as its author.
+void setProperties(lxw_workbook* book, const Report& report, const Locale& loc,
+                   const ExportTexts& texts) {
+    const std::string title = utf8(texts.title);
+    const std::string subject = utf8(periodText(report.options.period, loc));
+    const std::string author = utf8(report.user);
+    lxw_doc_properties properties{};
+    properties.title = const_cast<char*>(title.c_str());
+    properties.subject = const_cast<char*>(subject.c_str());
+    properties.author = author.empty() ? nullptr : const_cast<char*>(author.c_str());
+    workbook_set_properties(book, &properties);
+}
+
 }  // namespace
 
-void writeXlsx(const std::filesystem::path& file, const Report& report, const Locale& /*loc*/,
+void writeXlsx(const std::filesystem::path& file, const Report& report, const Locale& loc,
                const ExportTexts& texts) {
     const std::filesystem::path beside = temporaryBeside(file);
     const std::filesystem::path scratch = scratchFor(beside);
@@ -323,6 +337,7 @@ void writeXlsx(const std::filesystem::path& file, const Report& report, const Lo
         Workbook book(scratch, asciiTemporaryFolder().string());
         if (!book.get()) fail("the workbook could not be created");
         try {
+            setProperties(book.get(), report, loc, texts);
             const Formats formats = makeFormats(book.get(), report.options.hoursFormat);
             recordsSheet(book.get(), formats, report, texts);
             summarySheet(book.get(), formats, report, texts);

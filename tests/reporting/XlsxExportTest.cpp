@@ -15,6 +15,7 @@ namespace hb::reporting::test {
 namespace {
 
 struct Workbook {
+    std::string properties;  // "title | subject | author"
     std::vector<std::string> sheets;
     std::map<std::string, std::string> cells;   // "Records!A2" -> "datetime 2026-... | mm-dd-yy"
     std::map<std::string, std::string> cached;  // formula cells' cached values
@@ -32,7 +33,9 @@ Workbook readBack(const std::filesystem::path& file) {
         const auto space = line.find(' ');
         const std::string key = line.substr(0, space), rest = line.substr(space + 1);
         const auto second = rest.find(' ');
-        if (key == "sheets") {
+        if (key == "properties") {
+            book.properties = rest;
+        } else if (key == "sheets") {
             std::istringstream names(rest);
             for (std::string name; std::getline(names, name, '|');)
                 book.sheets.push_back(name);
@@ -128,6 +131,7 @@ TEST_P(XlsxWorkbook, ReadsBackWithNumbersFormulasSummaryAndChart) {
     const Workbook book = readBack(file);
 
     EXPECT_EQ(book.sheets, (std::vector<std::string>{"Records", "Summary"}));
+    EXPECT_EQ(book.properties, "Hours report | 3/2/2026 \xE2\x80\x93 3/8/2026 | john");
     for (const auto& [cell, expected] : c.cells) {
         const auto found = book.cells.find(cell);
         ASSERT_NE(found, book.cells.end()) << cell << " is empty";

@@ -1,7 +1,8 @@
 """Reads an exported workbook back with openpyxl: prints every cell (type,
 value, number format), the cached values of the formulas, and the charts.
 
-Lines:  cell SHEET!A1 TYPE VALUE | FORMAT
+Lines:  properties TITLE | SUBJECT | AUTHOR
+        cell SHEET!A1 TYPE VALUE | FORMAT
         cached SHEET!A1 VALUE
         chart SHEET TYPE DIRECTION SERIES CATEGORIES VALUES TITLE
         part NAME          (the zip's chart parts)
@@ -15,6 +16,8 @@ path = sys.argv[1]
 formulas = openpyxl.load_workbook(path)
 values = openpyxl.load_workbook(path, data_only=True)
 print("sheets", "|".join(formulas.sheetnames))
+props = formulas.properties
+print("properties", props.title, "|", props.subject, "|", props.creator)
 for ws in formulas.worksheets:
     cached = values[ws.title]
     for row in ws.iter_rows():
