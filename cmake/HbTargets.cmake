@@ -105,5 +105,8 @@ if(HB_BENCH AND NOT HB_WINDOWS)
                    $<TARGET_OBJECTS:hb_session>)
     target_include_directories(hb_bench PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR})
     target_link_libraries(hb_bench PRIVATE benchmark::benchmark benchmark::benchmark_main)
+    # The report's exports (bench/export_bench.cpp).
+    target_sources(hb_bench PRIVATE $<TARGET_OBJECTS:hb_reporting>)
+    target_link_libraries(hb_bench PRIVATE hb_xlsxwriter)
   endif()
 endif()
