@@ -41,7 +41,12 @@ hb_area(hb_settings_app FILES apps/settings/SettingsEditor.cpp apps/settings/Set
         apps/settings/SettingsTexts.cpp DEPS hb_settings)
 # The report program's portable core (reading the calendar, the time rules,
 # storage, aggregation, exports).
-hb_area(hb_reporting DIRS src/reporting DEPS hb_settings)
+include(${PROJECT_SOURCE_DIR}/cmake/Xlsxwriter.cmake)
+if(HB_HAVE_XLSXWRITER)
+  hb_area(hb_reporting DIRS src/reporting DEPS hb_settings hb_xlsxwriter)
+else()
+  hb_area(hb_reporting DIRS src/reporting EXCLUDE src/reporting/XlsxExport.cpp DEPS hb_settings)
+endif()
 
 # Everything portable in one static library (what the Windows DLL links).
 add_library(hbcore STATIC $<TARGET_OBJECTS:hb_common> $<TARGET_OBJECTS:hb_diag>
@@ -81,7 +86,15 @@ if(HB_TESTS AND NOT HB_WINDOWS)
   hb_test(session  hb_common hb_sim hb_diag hb_settings hb_session hb_settings_app)
   hb_test(settings-app hb_common hb_sim hb_diag hb_settings hb_settings_app)
   hb_test(reporting hb_common hb_sim hb_diag hb_settings hb_reporting)
+  if(TARGET test_reporting)
+    target_link_libraries(test_reporting PRIVATE hb_xlsxwriter)
+    # The export tests read their files back with python3 scripts beside them.
+    target_compile_definitions(test_reporting PRIVATE
+                               HB_TEST_SOURCE_DIR="${PROJECT_SOURCE_DIR}/tests")
+  endif()
 endif()
+
+include(${PROJECT_SOURCE_DIR}/cmake/ExportCheck.cmake)
 
 if(HB_BENCH AND NOT HB_WINDOWS)
   find_package(benchmark REQUIRED)
@@ -92,5 +105,6 @@ if(HB_BENCH AND NOT HB_WINDOWS)
                    $<TARGET_OBJECTS:hb_session> $<TARGET_OBJECTS:hb_reporting>)
     target_include_directories(hb_bench PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR})
     target_link_libraries(hb_bench PRIVATE benchmark::benchmark benchmark::benchmark_main)
+    target_link_libraries(hb_bench PRIVATE hb_xlsxwriter)
   endif()
 endif()

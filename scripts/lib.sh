@@ -9,7 +9,8 @@ HB_LOGS="$HB_ROOT/build/logs"
 HB_PACKAGES=(cmake g++ make googletest libgtest-dev libgmock-dev libbenchmark-dev
              clang-14 libclang-rt-14-dev
              mingw-w64 mingw-w64-tools libwine-dev wine64 wine xvfb xauth debootstrap imagemagick
-             wixl)
+             wixl
+             libxlsxwriter-dev libz-mingw-w64-dev python3-openpyxl chromium)
 
 hb_say() { printf '\n==> %s\n' "$*"; }
 
