@@ -10,7 +10,7 @@ HB_PACKAGES=(cmake g++ make googletest libgtest-dev libgmock-dev libbenchmark-de
              clang-14 libclang-rt-14-dev
              mingw-w64 mingw-w64-tools libwine-dev wine64 wine xvfb xauth debootstrap imagemagick
              wixl
-             libxlsxwriter-dev libz-mingw-w64-dev python3-openpyxl chromium)
+             libxlsxwriter-dev libz-mingw-w64-dev python3-openpyxl)
 
 hb_say() { printf '\n==> %s\n' "$*"; }
 
