@@ -694,7 +694,7 @@ HWND openReportWindow(HINSTANCE instance, ReportWindowModel& model,
     // From WM_NCCREATE on the window owns its state and frees it at
     // WM_NCDESTROY, a failed creation included.
     auto* state = new State(model, setup);
-    return CreateWindowExW(0, kClassName, w(setup.texts.caption),
+    return CreateWindowExW(WS_EX_CONTROLPARENT, kClassName, w(setup.texts.caption),
                            WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN, CW_USEDEFAULT, CW_USEDEFAULT,
                            1000, 640, nullptr, nullptr, instance, state);
 }
