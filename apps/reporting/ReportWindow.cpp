@@ -23,10 +23,9 @@ constexpr wchar_t kClassName[] = L"HourbookReportWindow";
 // The worker's result: lParam is the Job, owned by the message from then on.
 constexpr UINT WM_RW_DONE = WM_APP + 1;
 
-// Sizes in pixels at 96 dpi.
+// Sizes at 96 dpi (layout scales them).
 constexpr int kMargin = 10;
 constexpr int kRowHeight = 24;
-constexpr int kLabelWidth = 70;
 constexpr int kButtonWidth = 110;
 
 const wchar_t* w(const Str& text) {
@@ -57,7 +56,7 @@ struct State {
     HFONT font = nullptr;
     HFONT bold = nullptr;                         // the captions of the tree and the list
     HANDLE worker = nullptr;                      // the thread at work, or null
-    bool runAgain = false;                        // the options changed while a run was at work
+    bool runAgain = false;                        // the options changed while the model was at work
     std::shared_ptr<const Report> report;         // the one shown
     std::vector<std::vector<std::wstring>> rows;  // the list's texts (a virtual list)
     HWND summaryLabel = nullptr, detailsLabel = nullptr;
@@ -220,77 +219,99 @@ void fitColumns(HWND list, const std::vector<ListColumn>& columns,
 
 // --- layout ---------------------------------------------------------------------
 
+// A control's text width in pixels, in its font.
+int textWidth(HWND control) {
+    const int length = GetWindowTextLengthW(control);
+    std::wstring text(static_cast<std::size_t>(length) + 1, L'\0');
+    GetWindowTextW(control, text.data(), length + 1);
+    HDC dc = GetDC(control);
+    auto font = reinterpret_cast<HFONT>(SendMessageW(control, WM_GETFONT, 0, 0));
+    HGDIOBJ old = font ? SelectObject(dc, font) : nullptr;
+    SIZE size{};
+    GetTextExtentPoint32W(dc, text.c_str(), length, &size);
+    if (old) SelectObject(dc, old);
+    ReleaseDC(control, dc);
+    return static_cast<int>(size.cx);
+}
+
+// Places the controls. Sizes are given at 96 dpi and scaled to the screen's;
+// labels are as wide as their texts (translations differ in length).
 void layout(HWND window) {
     State& st = *stateOf(window);
+    HDC screen = GetDC(window);
+    const int dpi = std::max(96, GetDeviceCaps(screen, LOGPIXELSY));
+    ReleaseDC(window, screen);
+    auto px = [dpi](int units) { return MulDiv(units, dpi, 96); };
+    auto units = [dpi](int pixels) { return MulDiv(pixels, 96, dpi); };
+
     RECT client{};
     GetClientRect(window, &client);
-    const int width = client.right;
+    const int width = units(client.right);
+    const int height = units(client.bottom);
     HWND status = item(window, IDC_RW_STATUS);
     SendMessageW(status, WM_SIZE, 0, 0);
     RECT sr{};
     GetWindowRect(status, &sr);
-    const int statusHeight = sr.bottom - sr.top;
+    const int statusHeight = units(sr.bottom - sr.top);
 
     HDWP d = BeginDeferWindowPos(32);
     auto place = [&](HWND h, int x, int y, int cx, int cy) {
-        if (h) d = DeferWindowPos(d, h, nullptr, x, y, cx, cy, SWP_NOZORDER | SWP_NOACTIVATE);
+        if (h && d)
+            d = DeferWindowPos(d, h, nullptr, px(x), px(y), px(cx), px(cy),
+                               SWP_NOZORDER | SWP_NOACTIVATE);
     };
     auto placeId = [&](int id, int x, int y, int cx, int cy) {
         place(item(window, id), x, y, cx, cy);
     };
-    // The top rows: a label, then its controls, left to right.
-    int rowLabel[3] = {0, 0, 0};
-    auto labelOf = [&](int row) -> HWND {
-        int seen = 0;
-        for (const auto& [h, r] : st.labels)
-            if (r == row && seen++ == rowLabel[row]) {
-                ++rowLabel[row];
-                return h;
-            }
-        return nullptr;
-    };
+    // The labels of the top rows in the order made: period, from, to; group
+    // by, hours; rounding. The first of each row share a column.
+    std::vector<HWND> rowLabels[3];
+    for (const auto& [h, row] : st.labels)
+        rowLabels[row].push_back(h);
+    auto labelWidth = [&](HWND h) { return units(textWidth(h)) + 4; };
+    int firstColumn = 60;
+    for (const auto& row : rowLabels)
+        if (!row.empty()) firstColumn = std::max(firstColumn, labelWidth(row[0]));
     const int comboDrop = 200;  // a drop-down's height includes its open list
     auto rowY = [](int row) { return kMargin + row * (kRowHeight + 6); };
+    // A label and the control after it; returns where the next one goes.
+    auto labelled = [&](HWND label, int labelW, int id, int x, int row, int cx, int cy) {
+        place(label, x, rowY(row), labelW, kRowHeight);
+        x += labelW + 6;
+        placeId(id, x, rowY(row), cx, cy);
+        return x + cx + 12;
+    };
 
-    int x = kMargin;
-    place(labelOf(0), x, rowY(0), kLabelWidth, kRowHeight);
-    x += kLabelWidth + 6;
-    placeId(IDC_RW_PERIOD, x, rowY(0), 150, comboDrop);
-    x += 150 + 12;
-    place(labelOf(0), x, rowY(0), 40, kRowHeight);
-    x += 46;
-    placeId(IDC_RW_FROM, x, rowY(0), 120, kRowHeight);
-    x += 120 + 6;
-    place(labelOf(0), x, rowY(0), 30, kRowHeight);
-    x += 36;
-    placeId(IDC_RW_TO, x, rowY(0), 120, kRowHeight);
+    int x = labelled(rowLabels[0].size() > 0 ? rowLabels[0][0] : nullptr, firstColumn,
+                     IDC_RW_PERIOD, kMargin, 0, 150, comboDrop);
+    for (std::size_t i = 1; i < 3 && i < rowLabels[0].size(); ++i)
+        x = labelled(rowLabels[0][i], labelWidth(rowLabels[0][i]), i == 1 ? IDC_RW_FROM : IDC_RW_TO,
+                     x, 0, 120, kRowHeight);
     placeId(IDC_RW_RUN, width - kMargin - kButtonWidth, rowY(0), kButtonWidth, kRowHeight + 2);
 
-    x = kMargin;
-    place(labelOf(1), x, rowY(1), kLabelWidth, kRowHeight);
-    x += kLabelWidth + 6;
-    for (int id : {IDC_RW_GROUP1, IDC_RW_GROUP2, IDC_RW_GROUP3}) {
+    x = labelled(rowLabels[1].size() > 0 ? rowLabels[1][0] : nullptr, firstColumn, IDC_RW_GROUP1,
+                 kMargin, 1, 130, comboDrop) -
+        6;
+    for (int id : {IDC_RW_GROUP2, IDC_RW_GROUP3}) {
         placeId(id, x, rowY(1), 130, comboDrop);
         x += 136;
     }
-    x += 6;
-    place(labelOf(1), x, rowY(1), 40, kRowHeight);
-    x += 46;
-    placeId(IDC_RW_HOURS, x, rowY(1), 90, comboDrop);
+    if (rowLabels[1].size() > 1)
+        labelled(rowLabels[1][1], labelWidth(rowLabels[1][1]), IDC_RW_HOURS, x + 6, 1, 90,
+                 comboDrop);
 
-    x = kMargin;
-    place(labelOf(2), x, rowY(2), kLabelWidth, kRowHeight);
-    x += kLabelWidth + 6;
-    placeId(IDC_RW_ROUNDING, x, rowY(2), 130, comboDrop);
-    x += 136;
+    x = labelled(rowLabels[2].size() > 0 ? rowLabels[2][0] : nullptr, firstColumn, IDC_RW_ROUNDING,
+                 kMargin, 2, 130, comboDrop) -
+        6;
     placeId(IDC_RW_DIRECTION, x, rowY(2), 130, comboDrop);
     x += 148;
-    placeId(IDC_RW_OVERLAP, x, rowY(2), 240, kRowHeight);
+    placeId(IDC_RW_OVERLAP, x, rowY(2), units(textWidth(item(window, IDC_RW_OVERLAP))) + 30,
+            kRowHeight);
 
     // The tree and the list share the middle, a third and two thirds; the
     // export buttons sit above the status line on the right.
     const int top = rowY(3) + 4;
-    const int buttonsY = client.bottom - statusHeight - kMargin - kRowHeight;
+    const int buttonsY = height - statusHeight - kMargin - kRowHeight;
     const int bottom = buttonsY - 8;
     const int treeWidth = (width - 3 * kMargin) / 3;
     place(st.summaryLabel, kMargin, top, treeWidth, 18);
@@ -304,7 +325,7 @@ void layout(HWND window) {
         placeId(id, x, buttonsY, kButtonWidth, kRowHeight + 2);
         x += kButtonWidth + 6;
     }
-    EndDeferWindowPos(d);
+    if (d) EndDeferWindowPos(d);
 }
 
 // --- showing a report ---------------------------------------------------------
@@ -324,6 +345,10 @@ void insertTree(HWND tree, HTREEITEM parent, const TreeRow& row, int depth) {
     ins.hInsertAfter = TVI_LAST;
     ins.item.mask = TVIF_TEXT;
     ins.item.pszText = text.data();
+    if (depth == 0) {  // the grand total stands out
+        ins.item.mask |= TVIF_STATE;
+        ins.item.state = ins.item.stateMask = TVIS_BOLD;
+    }
     auto node = reinterpret_cast<HTREEITEM>(
         SendMessageW(tree, TVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&ins)));
     for (const TreeRow& child : row.children)
@@ -526,7 +551,7 @@ void finished(HWND window, Job* done) {
     } else {
         setStatus(window, t.exported + u": " + job->path);
     }
-    if (st.runAgain && run) {
+    if (st.runAgain) {
         st.runAgain = false;
         requestRun(window);
     }
@@ -635,7 +660,10 @@ LRESULT CALLBACK windowProc(HWND window, UINT message, WPARAM wParam, LPARAM lPa
             return 0;
         case WM_GETMINMAXINFO: {
             auto* info = reinterpret_cast<MINMAXINFO*>(lParam);
-            info->ptMinTrackSize = {820, 420};
+            HDC screen = GetDC(window);
+            const int dpi = std::max(96, GetDeviceCaps(screen, LOGPIXELSY));
+            ReleaseDC(window, screen);
+            info->ptMinTrackSize = {MulDiv(820, dpi, 96), MulDiv(420, dpi, 96)};
             return 0;
         }
         case WM_COMMAND:
