@@ -59,6 +59,8 @@ struct State {
     bool runAgain = false;                        // the options changed while the model was at work
     std::shared_ptr<const Report> report;         // the one shown
     std::vector<std::vector<std::wstring>> rows;  // the list's texts (a virtual list)
+    int sortColumn = -1;                          // the report's order
+    bool sortAscending = true;
     HWND summaryLabel = nullptr, detailsLabel = nullptr;
     std::vector<std::pair<HWND, int>> labels;  // the labels of the top rows, by row
 };
@@ -358,23 +360,19 @@ void insertTree(HWND tree, HTREEITEM parent, const TreeRow& row, int depth) {
         SendMessageW(tree, TVM_EXPAND, TVE_EXPAND, reinterpret_cast<LPARAM>(node));
 }
 
-void show(HWND window) {
+// The detailed list in the chosen sort order, an arrow on the sorted
+// column's header.
+void fillList(HWND window) {
     State& st = *stateOf(window);
-    const ReportTexts& t = st.setup.texts;
-    HWND tree = item(window, IDC_RW_TREE);
     HWND list = item(window, IDC_RW_LIST);
-    SendMessageW(tree, WM_SETREDRAW, FALSE, 0);
-    SendMessageW(tree, TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(TVI_ROOT));
     SendMessageW(list, WM_SETREDRAW, FALSE, 0);
     ListView_SetItemCountEx(list, 0, 0);
     while (ListView_DeleteColumn(list, 0)) {
     }
     st.rows.clear();
     if (st.report) {
-        const HoursFormat format = chosenHoursFormat(window);
-        insertTree(tree, TVI_ROOT, summaryTree(*st.report, format, t, st.setup.locale), 0);
         int index = 0;
-        const std::vector<ListColumn> columns = listColumns(*st.report, t);
+        const std::vector<ListColumn> columns = listColumns(*st.report, st.setup.texts);
         for (const ListColumn& c : columns) {
             std::wstring caption = wide(c.caption);
             LVCOLUMNW col{};
@@ -384,19 +382,45 @@ void show(HWND window) {
             col.cx = 60;
             ListView_InsertColumn(list, index++, &col);
         }
-        for (const auto& row : listRows(*st.report, format, st.setup.locale)) {
+        const auto rows = listRows(*st.report, chosenHoursFormat(window), st.setup.locale);
+        std::vector<std::size_t> order;
+        if (st.sortColumn >= 0)
+            order =
+                sortedOrder(*st.report, static_cast<std::size_t>(st.sortColumn), st.sortAscending);
+        for (std::size_t i = 0; i < rows.size(); ++i) {
             std::vector<std::wstring> cells;
-            for (const Str& cell : row)
+            for (const Str& cell : rows[order.empty() ? i : order[i]])
                 cells.push_back(wide(cell));
             st.rows.push_back(std::move(cells));
         }
         fitColumns(list, columns, st.rows);
+        if (st.sortColumn >= 0) {
+            HWND header = ListView_GetHeader(list);
+            HDITEMW hd{};
+            hd.mask = HDI_FORMAT;
+            if (Header_GetItem(header, st.sortColumn, &hd)) {
+                hd.fmt |= st.sortAscending ? HDF_SORTUP : HDF_SORTDOWN;
+                Header_SetItem(header, st.sortColumn, &hd);
+            }
+        }
         ListView_SetItemCountEx(list, static_cast<int>(st.rows.size()), 0);
     }
-    SendMessageW(tree, WM_SETREDRAW, TRUE, 0);
     SendMessageW(list, WM_SETREDRAW, TRUE, 0);
-    InvalidateRect(tree, nullptr, TRUE);
     InvalidateRect(list, nullptr, TRUE);
+}
+
+void show(HWND window) {
+    State& st = *stateOf(window);
+    HWND tree = item(window, IDC_RW_TREE);
+    SendMessageW(tree, WM_SETREDRAW, FALSE, 0);
+    SendMessageW(tree, TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(TVI_ROOT));
+    if (st.report)
+        insertTree(
+            tree, TVI_ROOT,
+            summaryTree(*st.report, chosenHoursFormat(window), st.setup.texts, st.setup.locale), 0);
+    SendMessageW(tree, WM_SETREDRAW, TRUE, 0);
+    InvalidateRect(tree, nullptr, TRUE);
+    fillList(window);
 }
 
 void showStatus(HWND window) {
@@ -622,6 +646,14 @@ void onCommand(HWND window, int id, int code) {
 
 LRESULT onNotify(HWND window, NMHDR* header) {
     State& st = *stateOf(window);
+    if (header->idFrom == IDC_RW_LIST && header->code == LVN_COLUMNCLICK) {
+        // A click sorts by the column, a second one the other way round.
+        const int column = reinterpret_cast<NMLISTVIEW*>(header)->iSubItem;
+        st.sortAscending = column == st.sortColumn ? !st.sortAscending : true;
+        st.sortColumn = column;
+        fillList(window);
+        return 0;
+    }
     if (header->idFrom == IDC_RW_LIST && header->code == LVN_GETDISPINFOW) {
         auto* info = reinterpret_cast<NMLVDISPINFOW*>(header);
         const auto row = static_cast<std::size_t>(info->item.iItem);

@@ -1,10 +1,12 @@
 #include "reporting/ReportView.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 
 #include "common/AutomationError.h"
 #include "common/DateTime.h"
+#include "common/Text.h"
 
 namespace hb::reporting {
 
@@ -236,6 +238,40 @@ std::vector<std::vector<Str>> listRows(const Report& report, HoursFormat format,
         rows.push_back(std::move(row));
     }
     return rows;
+}
+
+std::vector<std::size_t> sortedOrder(const Report& report, std::size_t column, bool ascending) {
+    const std::vector<TimeRecord>& r = report.records;
+    std::vector<std::size_t> order(r.size());
+    for (std::size_t i = 0; i < order.size(); ++i)
+        order[i] = i;
+    // Each column's key as a number or as folded text.
+    auto number = [&](std::size_t i) -> double {
+        switch (column) {
+            case 0:
+                return r[i].day + (r[i].start.days - std::floor(r[i].start.days));
+            case 1:
+                return r[i].start.days - std::floor(r[i].start.days);
+            case 2:
+                return r[i].end.days - std::floor(r[i].start.days);
+            case 7:
+                return static_cast<double>(r[i].seconds);
+            case 8:
+                return static_cast<double>(r[i].roundedSeconds);
+            default:
+                return static_cast<double>(r[i].amount.scaled);
+        }
+    };
+    const bool byText = column >= 3 && column < 4 + kReportLists;
+    std::vector<Str> texts;
+    if (byText)
+        for (const TimeRecord& rec : r)
+            texts.push_back(text::foldCase(column == 3 ? rec.subject : rec.values[column - 4]));
+    std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
+        if (!ascending) std::swap(a, b);
+        return byText ? texts[a] < texts[b] : number(a) < number(b);
+    });
+    return order;
 }
 
 Str statusText(const Report& report, HoursFormat format, const ReportTexts& t, const Locale& loc) {

@@ -174,6 +174,11 @@ std::vector<ListColumn> listColumns(const Report& report, const ReportTexts& t);
 // Its rows, one per record, in the report's order.
 std::vector<std::vector<Str>> listRows(const Report& report, HoursFormat format, const Locale& loc);
 
+// The order of the records when the list is sorted by one of its columns
+// (listColumns' order): dates and times by their value, texts ignoring
+// letter case, numbers by their value; equal rows keep the report's order.
+std::vector<std::size_t> sortedOrder(const Report& report, std::size_t column, bool ascending);
+
 // The status line after a run ("12 records, 21.50 h" or "No appointments
 // found.").
 Str statusText(const Report& report, HoursFormat format, const ReportTexts& t, const Locale& loc);

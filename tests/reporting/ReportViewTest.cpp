@@ -233,6 +233,44 @@ TEST(ReportViewRows, TheListHasOneRowPerRecordInTheColumnsOrder) {
                                          u"Acme", u"Ann", u"", u"1:30", u"1:30", u"150,00"}));
 }
 
+TEST(ReportViewRows, SortingByAColumnOrdersByItsValue) {
+    Report r;
+    auto add = [&](DayNumber d, int hour, const char16_t* subject, const char16_t* company,
+                   std::int64_t seconds) {
+        TimeRecord rec;
+        rec.day = d;
+        rec.start = Date{d + dt::timeFraction(hour, 0, 0)};
+        rec.end = Date{rec.start.days + seconds / 86400.0};
+        rec.subject = subject;
+        rec.values = {company, u"", u""};
+        rec.seconds = rec.roundedSeconds = seconds;
+        rec.amount = Currency{seconds * 100};
+        r.records.push_back(rec);
+    };
+    add(day(2026, 11, 3), 9, u"banana", u"Globex", 3600);
+    add(day(2026, 11, 2), 14, u"Apple", u"acme", 7200);
+    add(day(2026, 11, 2), 8, u"cherry", u"Acme", 1800);
+    add(day(2026, 11, 4), 10, u"apple", u"", 3600);
+    using Order = std::vector<std::size_t>;
+    struct Case {
+        std::size_t column;
+        bool ascending;
+        Order expected;
+    };
+    const Case cases[] = {
+        {0, true, {2, 1, 0, 3}},                            // day, then start
+        {0, false, {3, 0, 1, 2}}, {1, true, {2, 0, 3, 1}},  // start time of day
+        {3, true, {1, 3, 0, 2}},   // letter case ignored; equal keep their order
+        {4, true, {3, 1, 2, 0}},   // "", acme = Acme, Globex
+        {7, true, {2, 0, 3, 1}},   // hours
+        {7, false, {1, 0, 3, 2}},  // equal keep their order descending too
+        {9, false, {1, 0, 3, 2}},  // amount
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(sortedOrder(r, c.column, c.ascending), c.expected)
+            << "column " << c.column << (c.ascending ? " up" : " down");
+}
+
 TEST(ReportViewRows, TheStatusLineSumsUpTheRun) {
     const ReportTexts t;
     EXPECT_EQ(statusText(twoCompanies(), HoursFormat::Decimal, t, Locale{}),

@@ -354,6 +354,39 @@ TEST_F(ReportWindow, GroupingAndHoursFormatChangeTheRows) {
     EXPECT_EQ(listRow(4)[8], L"2:30");
 }
 
+TEST_F(ReportWindow, AClickOnAColumnSortsTheList) {
+    open();
+    auto clickHeader = [&](int column) {
+        NMLISTVIEW nm{};
+        nm.hdr.hwndFrom = item(IDC_RW_LIST);
+        nm.hdr.idFrom = IDC_RW_LIST;
+        nm.hdr.code = LVN_COLUMNCLICK;
+        nm.iItem = -1;
+        nm.iSubItem = column;
+        SendMessageW(window_, WM_NOTIFY, IDC_RW_LIST, reinterpret_cast<LPARAM>(&nm));
+    };
+    auto column = [&](int c) {
+        std::vector<std::wstring> cells;
+        for (int row = 0; row < listCount(); ++row)
+            cells.push_back(listRow(row)[static_cast<std::size_t>(c)]);
+        return cells;
+    };
+    clickHeader(7);  // hours, smallest first
+    EXPECT_EQ(column(7),
+              (std::vector<std::wstring>{L"0.75", L"1.25", L"1.50", L"2.50", L"4.00", L"4.00"}));
+    EXPECT_EQ(column(3)[4], L"Support hotline") << "equal hours keep the date order";
+    clickHeader(7);  // and the other way round
+    EXPECT_EQ(column(7).front(), L"4.00");
+    EXPECT_EQ(column(7).back(), L"0.75");
+    clickHeader(3);
+    EXPECT_EQ(column(3),
+              (std::vector<std::wstring>{L"Design review", L"Inbox", L"Migration", L"Status call",
+                                         L"Support hotline", L"Workshop"}));
+    choose(IDC_RW_HOURS, 1);  // the order stays with other hours texts
+    EXPECT_EQ(column(3).front(), L"Design review");
+    EXPECT_EQ(column(7).front(), L"1:30");
+}
+
 TEST_F(ReportWindow, ThePeriodChoicesAndTheOptionsReachTheModel) {
     open();
     choose(IDC_RW_PERIOD, static_cast<int>(PeriodChoice::LastMonth));
@@ -587,7 +620,7 @@ TEST(ReportWindowXvfb, RunsTheWindowTestsUnderAnXServerOfTheirOwn) {
         GTEST_SKIP() << "Wine gave the process under Xvfb no display driver; run the tests "
                         "with a display (HB_WINE_DISPLAY) instead";
     EXPECT_EQ(run.exitCode, 0);
-    EXPECT_NE(run.output.find("[  PASSED  ] 8 tests"), std::string::npos);
+    EXPECT_NE(run.output.find("[  PASSED  ] 9 tests"), std::string::npos);
     EXPECT_EQ(run.output.find("[  SKIPPED ]"), std::string::npos) << "every window test ran";
 }
 
