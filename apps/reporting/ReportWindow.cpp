@@ -6,6 +6,7 @@
 #include <process.h>
 
 #include <algorithm>
+#include <cstring>
 #include <memory>
 #include <optional>
 #include <string>
@@ -644,8 +645,50 @@ void onCommand(HWND window, int id, int code) {
     }
 }
 
+// Ctrl+C in the list: the selected rows (all when none is) with the
+// captions, as tab-separated text.
+void copyRows(HWND window) {
+    State& st = *stateOf(window);
+    if (!st.report) return;
+    HWND list = item(window, IDC_RW_LIST);
+    std::vector<std::vector<Str>> rows;
+    auto take = [&](std::size_t r) {
+        std::vector<Str> cells;
+        for (const std::wstring& cell : st.rows[r])
+            cells.emplace_back(cell.begin(), cell.end());
+        rows.push_back(std::move(cells));
+    };
+    for (int r = ListView_GetNextItem(list, -1, LVNI_SELECTED); r >= 0;
+         r = ListView_GetNextItem(list, r, LVNI_SELECTED))
+        if (static_cast<std::size_t>(r) < st.rows.size()) take(static_cast<std::size_t>(r));
+    if (rows.empty())
+        for (std::size_t r = 0; r < st.rows.size(); ++r)
+            take(r);
+    const Str text = tabSeparated(listColumns(*st.report, st.setup.texts), rows);
+    if (!OpenClipboard(window)) return;
+    EmptyClipboard();
+    const std::size_t bytes = (text.size() + 1) * sizeof(wchar_t);
+    if (HGLOBAL memory = GlobalAlloc(GMEM_MOVEABLE, bytes)) {
+        if (void* target = GlobalLock(memory)) {
+            std::memcpy(target, text.c_str(), bytes);
+            GlobalUnlock(memory);
+            if (!SetClipboardData(CF_UNICODETEXT, memory)) GlobalFree(memory);
+        } else {
+            GlobalFree(memory);
+        }
+    }
+    CloseClipboard();
+}
+
 LRESULT onNotify(HWND window, NMHDR* header) {
     State& st = *stateOf(window);
+    if (header->idFrom == IDC_RW_LIST && header->code == LVN_KEYDOWN) {
+        const WORD key = reinterpret_cast<NMLVKEYDOWN*>(header)->wVKey;
+        if (key == 'C' && (GetKeyState(VK_CONTROL) & 0x8000)) copyRows(window);
+        if (key == 'A' && (GetKeyState(VK_CONTROL) & 0x8000))
+            ListView_SetItemState(item(window, IDC_RW_LIST), -1, LVIS_SELECTED, LVIS_SELECTED);
+        return 0;
+    }
     if (header->idFrom == IDC_RW_LIST && header->code == LVN_COLUMNCLICK) {
         // A click sorts by the column, a second one the other way round.
         const int column = reinterpret_cast<NMLISTVIEW*>(header)->iSubItem;

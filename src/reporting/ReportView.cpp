@@ -274,6 +274,29 @@ std::vector<std::size_t> sortedOrder(const Report& report, std::size_t column, b
     return order;
 }
 
+Str tabSeparated(const std::vector<ListColumn>& columns,
+                 const std::vector<std::vector<Str>>& rows) {
+    Str out;
+    auto line = [&out](auto cells) {
+        bool first = true;
+        for (Str cell : cells) {
+            for (char16_t& c : cell)
+                if (c == u'\t' || c == u'\r' || c == u'\n') c = u' ';
+            if (!first) out += u'\t';
+            out += cell;
+            first = false;
+        }
+        out += u"\r\n";
+    };
+    std::vector<Str> captions;
+    for (const ListColumn& c : columns)
+        captions.push_back(c.caption);
+    line(captions);
+    for (const auto& row : rows)
+        line(row);
+    return out;
+}
+
 Str statusText(const Report& report, HoursFormat format, const ReportTexts& t, const Locale& loc) {
     if (report.records.empty()) return t.noRecords;
     const std::size_t n = report.records.size();

@@ -179,6 +179,11 @@ std::vector<std::vector<Str>> listRows(const Report& report, HoursFormat format,
 // letter case, numbers by their value; equal rows keep the report's order.
 std::vector<std::size_t> sortedOrder(const Report& report, std::size_t column, bool ascending);
 
+// Rows as text for the clipboard: the captions, then each row, cells
+// separated by tabs, lines by CR LF (as spreadsheets paste them); a tab or
+// line break inside a cell becomes a blank.
+Str tabSeparated(const std::vector<ListColumn>& columns, const std::vector<std::vector<Str>>& rows);
+
 // The status line after a run ("12 records, 21.50 h" or "No appointments
 // found.").
 Str statusText(const Report& report, HoursFormat format, const ReportTexts& t, const Locale& loc);

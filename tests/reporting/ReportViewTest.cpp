@@ -271,6 +271,13 @@ TEST(ReportViewRows, SortingByAColumnOrdersByItsValue) {
             << "column " << c.column << (c.ascending ? " up" : " down");
 }
 
+TEST(ReportViewRows, CopiedRowsPasteAsASpreadsheetsCells) {
+    const std::vector<ListColumn> columns = {{u"Subject"}, {u"Hours", true}};
+    EXPECT_EQ(tabSeparated(columns, {{u"Review", u"1.50"}, {u"Two\tlines\r\nhere", u""}}),
+              u"Subject\tHours\r\nReview\t1.50\r\nTwo lines  here\t\r\n");
+    EXPECT_EQ(tabSeparated(columns, {}), u"Subject\tHours\r\n");
+}
+
 TEST(ReportViewRows, TheStatusLineSumsUpTheRun) {
     const ReportTexts t;
     EXPECT_EQ(statusText(twoCompanies(), HoursFormat::Decimal, t, Locale{}),

@@ -382,6 +382,31 @@ TEST_F(ReportWindow, AClickOnAColumnSortsTheList) {
     EXPECT_EQ(column(3),
               (std::vector<std::wstring>{L"Design review", L"Inbox", L"Migration", L"Status call",
                                          L"Support hotline", L"Workshop"}));
+    // Ctrl+C copies the selected rows, in the shown order, with the captions.
+    ListView_SetItemState(item(IDC_RW_LIST), 1, LVIS_SELECTED, LVIS_SELECTED);
+    NMLVKEYDOWN key{};
+    key.hdr.hwndFrom = item(IDC_RW_LIST);
+    key.hdr.idFrom = IDC_RW_LIST;
+    key.hdr.code = LVN_KEYDOWN;
+    key.wVKey = 'C';
+    BYTE keys[256] = {};
+    GetKeyboardState(keys);
+    keys[VK_CONTROL] = 0x80;
+    SetKeyboardState(keys);
+    SendMessageW(window_, WM_NOTIFY, IDC_RW_LIST, reinterpret_cast<LPARAM>(&key));
+    keys[VK_CONTROL] = 0;
+    SetKeyboardState(keys);
+    std::wstring copied;
+    ASSERT_TRUE(OpenClipboard(window_));
+    if (HANDLE data = GetClipboardData(CF_UNICODETEXT)) {
+        copied = static_cast<const wchar_t*>(GlobalLock(data));
+        GlobalUnlock(data);
+    }
+    CloseClipboard();
+    EXPECT_EQ(copied,
+              L"Date\tStart\tEnd\tSubject\tCompany\tPerson\tProject\tHours\tRounded hours\t"
+              L"Amount\r\n11/6/2026\t9:00 AM\t9:45 AM\tInbox\t\t\t\t0.75\t0.75\t75.00\r\n");
+
     choose(IDC_RW_HOURS, 1);  // the order stays with other hours texts
     EXPECT_EQ(column(3).front(), L"Design review");
     EXPECT_EQ(column(7).front(), L"1:30");
