@@ -614,8 +614,15 @@ void onCommand(HWND window, int id, int code) {
                 exportWithDialog(window, static_cast<ExportFormat>(id - IDC_RW_CSV));
             break;
         case IDC_RW_HOURS:
-            // Only the texts change: no new reading of the calendar.
+            // Only the texts change: no new reading of the calendar. The
+            // exports write hours as the window shows them.
             if (code == CBN_SELCHANGE) {
+                State& st = *stateOf(window);
+                if (st.report && st.report->options.hoursFormat != chosenHoursFormat(window)) {
+                    auto copy = std::make_shared<Report>(*st.report);
+                    copy->options.hoursFormat = chosenHoursFormat(window);
+                    st.report = std::move(copy);
+                }
                 show(window);
                 if (!stateOf(window)->worker) showStatus(window);
             }
@@ -747,6 +754,14 @@ LRESULT CALLBACK windowProc(HWND window, UINT message, WPARAM wParam, LPARAM lPa
         case WM_NOTIFY:
             if (stateOf(window)) return onNotify(window, reinterpret_cast<NMHDR*>(lParam));
             return 0;
+        case WM_SETCURSOR:
+            // While the model works, the pointer says so (the window still
+            // answers).
+            if (LOWORD(lParam) == HTCLIENT && stateOf(window) && stateOf(window)->worker) {
+                SetCursor(LoadCursorW(nullptr, reinterpret_cast<LPCWSTR>(IDC_APPSTARTING)));
+                return TRUE;
+            }
+            break;
         case WM_RW_DONE:
             finished(window, reinterpret_cast<Job*>(lParam));
             return 0;

@@ -102,13 +102,14 @@ class FakeModel : public ReportWindowModel {
     void exportTo(ExportFormat format, const Str& path, const Report& report) override {
         std::lock_guard<std::mutex> lock(mutex_);
         if (exportFailure) std::rethrow_exception(exportFailure);
-        exports.push_back({format, path, report.records.size()});
+        exports.push_back({format, path, report.records.size(), report.options.hoursFormat});
     }
 
     struct Export {
         ExportFormat format;
         Str path;
         std::size_t records;
+        HoursFormat hoursFormat;
     };
     std::atomic<int> runs{0};
     std::atomic<DWORD> runThread{0};
@@ -505,6 +506,14 @@ TEST_F(ReportWindow, ExportsHandTheShownReportToTheModel) {
     EXPECT_EQ(model_.exports[0].path, path);
     EXPECT_EQ(model_.exports[0].records, 6u);
     EXPECT_EQ(status(), L"Saved: C:\\reports\\november.xlsx");
+    EXPECT_EQ(model_.exports[0].hoursFormat, HoursFormat::Decimal);
+    // Hours shown as h:mm are exported as h:mm, without a new run.
+    choose(IDC_RW_HOURS, 1);
+    ASSERT_TRUE(exportShownReport(window_, ExportFormat::Html, path));
+    settle();
+    ASSERT_EQ(model_.exports.size(), 2u);
+    EXPECT_EQ(model_.exports[1].hoursFormat, HoursFormat::HoursMinutes);
+    EXPECT_EQ(model_.runs, 1);
 
     model_.exportFailure = std::make_exception_ptr(std::runtime_error("disk full"));
     ASSERT_TRUE(exportShownReport(window_, ExportFormat::Csv, u"C:\\r.csv"));
