@@ -24,6 +24,9 @@
 #include "apps/reporting/ReportWindow.h"
 #include "common/AutomationError.h"
 #include "common/DateTime.h"
+#include "common/Session.h"
+#include "languages/modMultiLanguage.h"
+#include "platform/win32/Win32Platform.h"
 #include "win/ComTestSupport.h"
 
 namespace hb::reportapp {
@@ -318,6 +321,27 @@ TEST_F(ReportWindow, OpensWithTheSummaryAndTheRecordsOfTheChosenPeriod) {
     EXPECT_EQ(listRow(5)[4], L"");
     EXPECT_EQ(status(), L"6 records, 11/1/2026 - 11/30/2026, 14.00 h, 1,400.00");
     EXPECT_NE(model_.runThread.load(), GetCurrentThreadId()) << "run on the window's thread";
+}
+
+// The texts as the program gets them: the phrase table's column of the
+// user's language, read from the resource.
+TEST_F(ReportWindow, OpensInTheUsersLanguage) {
+    Win32Platform platform;
+    Session s(platform);
+    LoadLanguages(s, lang::German);
+    setup_.texts = reportTextsFrom(s.phrases);
+    open();
+    wchar_t caption[128] = {};
+    GetWindowTextW(window_, caption, 128);
+    EXPECT_STREQ(caption, L"Hourbook for Outlook - Bericht");
+    EXPECT_EQ(header(0), L"Datum");
+    EXPECT_EQ(header(3), L"Betreff");
+    EXPECT_EQ(header(7), L"Stunden");
+    EXPECT_EQ(header(8), L"Rounded hours") << "no phrase: English";
+    EXPECT_EQ(treeRows()[0], L"Summe: 14.00 h, rounded 14.00 h, 1,400.00");
+    wchar_t label[64] = {};
+    GetWindowTextW(GetWindow(window_, GW_CHILD), label, 64);
+    EXPECT_STREQ(label, L"Datumsbereich");
 }
 
 TEST_F(ReportWindow, GroupingAndHoursFormatChangeTheRows) {
@@ -654,7 +678,7 @@ TEST(ReportWindowXvfb, RunsTheWindowTestsUnderAnXServerOfTheirOwn) {
         GTEST_SKIP() << "Wine gave the process under Xvfb no display driver; run the tests "
                         "with a display (HB_WINE_DISPLAY) instead";
     EXPECT_EQ(run.exitCode, 0);
-    EXPECT_NE(run.output.find("[  PASSED  ] 9 tests"), std::string::npos);
+    EXPECT_NE(run.output.find("[  PASSED  ] 10 tests"), std::string::npos);
     EXPECT_EQ(run.output.find("[  SKIPPED ]"), std::string::npos) << "every window test ran";
 }
 
