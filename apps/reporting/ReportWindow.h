@@ -17,9 +17,9 @@ struct ReportWindowSetup {
     reporting::ReportTexts texts;
     Locale locale;
     std::array<Str, reporting::kReportLists> listCaptions = {u"Company", u"Person", u"Extra field"};
-    reporting::ReportForm form;  // the choices it opens with
-    reporting::DayNumber today = 0;
-    bool runAtOnce = true;  // the report of the opening choices comes at once
+    reporting::ReportForm form;      // the choices it opens with
+    reporting::DayNumber today = 0;  // the local date the periods count from
+    bool runAtOnce = true;           // the report of the opening choices comes at once
 };
 
 // The controls, by their identifiers (the Windows tests reach them so).

@@ -88,6 +88,9 @@ class FakeModel : public ReportWindowModel {
 
     Report run(const ReportOptions& options) override {
         runThread = GetCurrentThreadId();
+        APTTYPE type{};
+        APTTYPEQUALIFIER qualifier{};
+        runInMta = SUCCEEDED(CoGetApartmentType(&type, &qualifier)) && type == APTTYPE_MTA;
         if (gate) WaitForSingleObject(gate, 30000);
         std::lock_guard<std::mutex> lock(mutex_);
         ++runs;
@@ -116,6 +119,7 @@ class FakeModel : public ReportWindowModel {
     };
     std::atomic<int> runs{0};
     std::atomic<DWORD> runThread{0};
+    std::atomic<bool> runInMta{false};  // the worker entered COM's multithreaded apartment
     ReportOptions lastOptions;
     std::exception_ptr runFailure, exportFailure;
     std::vector<Export> exports;
@@ -321,6 +325,7 @@ TEST_F(ReportWindow, OpensWithTheSummaryAndTheRecordsOfTheChosenPeriod) {
     EXPECT_EQ(listRow(5)[4], L"");
     EXPECT_EQ(status(), L"6 records, 11/1/2026 - 11/30/2026, 14.00 h, 1,400.00");
     EXPECT_NE(model_.runThread.load(), GetCurrentThreadId()) << "run on the window's thread";
+    EXPECT_TRUE(model_.runInMta) << "the model reaches Outlook from an apartment";
 }
 
 // The texts as the program gets them: the phrase table's column of the
