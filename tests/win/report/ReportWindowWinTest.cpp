@@ -442,6 +442,41 @@ TEST_F(ReportWindow, AClickOnAColumnSortsTheList) {
     EXPECT_EQ(column(7).front(), L"1:30");
 }
 
+// Resizing keeps every control inside the window: the tree and the list take
+// the room between the choices and the export buttons, which stay at the
+// bottom right above the status line.
+TEST_F(ReportWindow, TheLayoutFollowsTheWindowsSize) {
+    open();
+    auto rectOf = [&](int id) {
+        RECT r{};
+        GetWindowRect(item(id), &r);
+        MapWindowPoints(nullptr, window_, reinterpret_cast<POINT*>(&r), 2);
+        return r;
+    };
+    const SIZE sizes[] = {{820, 420}, {1000, 640}, {1400, 900}};
+    for (const SIZE& size : sizes) {
+        SetWindowPos(window_, nullptr, 0, 0, size.cx, size.cy, SWP_NOMOVE | SWP_NOZORDER);
+        pump();
+        RECT client{};
+        GetClientRect(window_, &client);
+        const RECT tree = rectOf(IDC_RW_TREE), list = rectOf(IDC_RW_LIST);
+        const RECT html = rectOf(IDC_RW_HTML), csv = rectOf(IDC_RW_CSV);
+        const RECT status = rectOf(IDC_RW_STATUS), overlap = rectOf(IDC_RW_OVERLAP);
+        const RECT run = rectOf(IDC_RW_RUN), to = rectOf(IDC_RW_TO);
+        const std::string at = std::to_string(size.cx) + "x" + std::to_string(size.cy);
+        EXPECT_LT(tree.right, list.left) << at;
+        EXPECT_GT(tree.top, overlap.bottom) << at;
+        EXPECT_EQ(tree.bottom, list.bottom) << at;
+        EXPECT_LT(list.bottom, csv.top) << at;
+        EXPECT_LE(html.right, client.right) << at;
+        EXPECT_GE(html.right, client.right - 20) << at;
+        EXPECT_LE(html.bottom, status.top) << at;
+        EXPECT_EQ(status.bottom, client.bottom) << at;
+        EXPECT_LT(to.right, run.left) << at;
+        EXPECT_GT(list.right - list.left, tree.right - tree.left) << at;
+    }
+}
+
 TEST_F(ReportWindow, ThePeriodChoicesAndTheOptionsReachTheModel) {
     open();
     choose(IDC_RW_PERIOD, static_cast<int>(PeriodChoice::LastMonth));
@@ -683,7 +718,7 @@ TEST(ReportWindowXvfb, RunsTheWindowTestsUnderAnXServerOfTheirOwn) {
         GTEST_SKIP() << "Wine gave the process under Xvfb no display driver; run the tests "
                         "with a display (HB_WINE_DISPLAY) instead";
     EXPECT_EQ(run.exitCode, 0);
-    EXPECT_NE(run.output.find("[  PASSED  ] 10 tests"), std::string::npos);
+    EXPECT_NE(run.output.find("[  PASSED  ] 11 tests"), std::string::npos);
     EXPECT_EQ(run.output.find("[  SKIPPED ]"), std::string::npos) << "every window test ran";
 }
 
