@@ -74,20 +74,14 @@ Str decimalText(std::int64_t scaled, int minDecimals, int maxDecimals, const Loc
     return out;
 }
 
-Str hoursText(std::int64_t seconds, HoursFormat format, const Locale& loc) {
-    if (format == HoursFormat::Decimal) return decimalText(scaledHours(seconds), 2, 2, loc);
-    const std::int64_t minutes = divideRounded(seconds, 60);
-    const std::int64_t magnitude = minutes < 0 ? -minutes : minutes;
-    Str out = minutes < 0 ? u"-" : u"";
-    out += toStr(magnitude / 60);
-    out += u':';
-    if (magnitude % 60 < 10) out += u'0';
-    out += toStr(magnitude % 60);
-    return out;
-}
-
-Str amountText(Currency amount, const Locale& loc) {
-    return decimalText(amount.scaled, 2, 2, loc);
+Str amountText(Currency amount, const Locale& loc, bool thousands) {
+    Str text = decimalText(amount.scaled, 2, 2, loc);
+    if (!thousands || loc.thousandSeparator.empty()) return text;
+    const std::size_t digitsFrom = text[0] == u'-' ? 1 : 0;
+    const std::size_t point = text.find(loc.decimalSeparator, digitsFrom);
+    for (std::size_t i = (point == Str::npos ? text.size() : point); i > digitsFrom + 3; i -= 3)
+        text.insert(i - 3, loc.thousandSeparator);
+    return text;
 }
 
 Str dayText(DayNumber day, const Locale& loc) {

@@ -9,6 +9,7 @@
 
 #include "common/Locale.h"
 #include "languages/Phrases.h"
+#include "reporting/Aggregation.h"
 #include "reporting/ReportTypes.h"
 
 namespace hb::reporting {
@@ -58,12 +59,11 @@ std::int64_t scaledHours(std::int64_t seconds);
 // maxDecimals, trailing zeros dropped down to minDecimals.
 Str decimalText(std::int64_t scaled, int minDecimals, int maxDecimals, const Locale& loc);
 
-// Hours as the user chose to see them: decimal with two decimals ("7.50",
-// "7,50") or hours and minutes ("7:30", minutes rounded to nearest).
-Str hoursText(std::int64_t seconds, HoursFormat format, const Locale& loc);
-
-// Money with two decimals (the Currency's four rounded half away from zero).
-Str amountText(Currency amount, const Locale& loc);
+// Money with two decimals (the Currency's four rounded half away from
+// zero); with `thousands` the locale's thousands separator groups the digits
+// ("1,275.00"), as the window shows money; files get none, so that a
+// spreadsheet reads the text as one number.
+Str amountText(Currency amount, const Locale& loc, bool thousands = false);
 
 // A day in the locale's short date format.
 Str dayText(DayNumber day, const Locale& loc);

@@ -85,7 +85,7 @@ Str chart(const Report& report, const Locale& loc, const ExportTexts& texts) {
                u"\" width=\"" + toStr(std::max(bar, 1)) + u"\" height=\"" + toStr(kRow - 6) +
                u"\"/>";
         out += u"<text x=\"" + toStr(kLabelWidth + bar + 6) + u"\" y=\"" + middle + u"\">" +
-               htmlEscape(hoursText(g.seconds, report.options.hoursFormat, loc)) + u"</text>";
+               htmlEscape(formatHours(g.seconds, report.options.hoursFormat, loc)) + u"</text>";
         y += kRow;
     }
     out += u"</svg>";
@@ -94,8 +94,8 @@ Str chart(const Report& report, const Locale& loc, const ExportTexts& texts) {
 
 Str totalsCells(const SummaryNode& node, const Report& report, const Locale& loc) {
     const HoursFormat f = report.options.hoursFormat;
-    return cell(u"td", hoursText(node.seconds, f, loc), u"num") +
-           cell(u"td", hoursText(node.roundedSeconds, f, loc), u"num") +
+    return cell(u"td", formatHours(node.seconds, f, loc), u"num") +
+           cell(u"td", formatHours(node.roundedSeconds, f, loc), u"num") +
            cell(u"td", amountText(node.amount, loc), u"num") +
            cell(u"td", toStr(static_cast<long long>(node.records)), u"num");
 }
@@ -134,8 +134,8 @@ Str recordsTable(const Report& report, const Locale& loc, const ExportTexts& tex
                cell(u"td", timeText(r.end, loc), u"when") + cell(u"td", r.subject);
         for (const Str& value : r.values)
             out += cell(u"td", value);
-        out += cell(u"td", hoursText(r.seconds, f, loc), u"num") +
-               cell(u"td", hoursText(r.roundedSeconds, f, loc), u"num") +
+        out += cell(u"td", formatHours(r.seconds, f, loc), u"num") +
+               cell(u"td", formatHours(r.roundedSeconds, f, loc), u"num") +
                cell(u"td", amountText(r.amount, loc), u"num") + u"</tr>";
     }
     out += u"</tbody></table>";
@@ -189,7 +189,7 @@ std::string htmlPage(const Report& report, const Locale& loc, const ExportTexts&
     page += cell(u"dt", texts.grouping) + cell(u"dd", grouping);
     if (!report.user.empty()) page += cell(u"dt", texts.user) + cell(u"dd", report.user);
     page += cell(u"dt", texts.total) +
-            cell(u"dd", hoursText(report.total.seconds, report.options.hoursFormat, loc) + u" " +
+            cell(u"dd", formatHours(report.total.seconds, report.options.hoursFormat, loc) + u" " +
                             texts.hours + u", " + amountText(report.total.amount, loc) + u" " +
                             texts.amount);
     page += u"</dl>\n";

@@ -17,36 +17,15 @@ void take(Str& target, const Str& phrase) {
 }
 
 // Floor division and modulo, for days before 1899 too.
-std::int64_t floorDiv(std::int64_t a, std::int64_t b) {
-    return a / b - ((a % b != 0) && ((a < 0) != (b < 0)) ? 1 : 0);
-}
-
-// Digits of a non-negative value with the thousands grouped.
-Str grouped(std::int64_t value, const Str& separator) {
-    Str digits = toStr(value);
-    Str out;
-    for (std::size_t i = 0; i < digits.size(); ++i) {
-        if (i > 0 && (digits.size() - i) % 3 == 0) out += separator;
-        out += digits[i];
-    }
-    return out;
-}
-
 Str twoDigits(std::int64_t v) {
     Str s = toStr(v);
     return s.size() < 2 ? u"0" + s : s;
 }
 
-// Rounds value / divisor to the nearest integer, half away from zero.
-std::int64_t roundedDiv(std::int64_t value, std::int64_t divisor) {
-    const std::int64_t magnitude = (std::llabs(value) * 2 + divisor) / (divisor * 2);
-    return value < 0 ? -magnitude : magnitude;
-}
-
 Str nodeText(const Str& label, const SummaryNode& n, HoursFormat format, const ReportTexts& t,
              const Locale& loc) {
-    return label + u": " + hoursText(n.seconds, format, loc) + u" h, " + t.rounded + u" " +
-           hoursText(n.roundedSeconds, format, loc) + u" h, " + amountText(n.amount, loc);
+    return label + u": " + formatHours(n.seconds, format, loc) + u" h, " + t.rounded + u" " +
+           formatHours(n.roundedSeconds, format, loc) + u" h, " + amountText(n.amount, loc, true);
 }
 
 TreeRow treeOf(const SummaryNode& n, HoursFormat format, const ReportTexts& t, const Locale& loc) {
@@ -92,30 +71,7 @@ ReportTexts reportTextsFrom(const Phrases& p) {
 }
 
 Period periodOf(PeriodChoice choice, DayNumber today, const Period& custom) {
-    const dt::Parts p = dt::toParts(today);
-    // Day 0 (30 December 1899) was a Saturday: Monday is 0 of the week.
-    const DayNumber monday =
-        static_cast<DayNumber>(today - (today + 5 - floorDiv(today + 5, 7) * 7));
-    auto monthOf = [](int year, int month) {
-        const auto first = static_cast<DayNumber>(dt::serial(year, month, 1));
-        return Period{first, static_cast<DayNumber>(first + dt::daysInMonth(year, month) - 1)};
-    };
-    switch (choice) {
-        case PeriodChoice::ThisWeek:
-            return {monday, monday + 6};
-        case PeriodChoice::LastWeek:
-            return {monday - 7, monday - 1};
-        case PeriodChoice::ThisMonth:
-            return monthOf(p.year, p.month);
-        case PeriodChoice::LastMonth:
-            return p.month == 1 ? monthOf(p.year - 1, 12) : monthOf(p.year, p.month - 1);
-        case PeriodChoice::ThisYear:
-            return {static_cast<DayNumber>(dt::serial(p.year, 1, 1)),
-                    static_cast<DayNumber>(dt::serial(p.year, 12, 31))};
-        case PeriodChoice::Custom:
-            break;
-    }
-    return custom;
+    return choice == PeriodChoice::Custom ? custom : periodFor(choice, today);
 }
 
 std::optional<Str> formProblem(const ReportForm& form, const ReportTexts& t) {
@@ -168,44 +124,6 @@ std::vector<Str> roundingChoices(const ReportTexts& t) {
     return out;
 }
 
-Str hoursText(std::int64_t seconds, HoursFormat format, const Locale& loc) {
-    const Str sign = seconds < 0 ? u"-" : u"";
-    const std::int64_t magnitude = std::llabs(seconds);
-    if (format == HoursFormat::HoursMinutes) {
-        const std::int64_t minutes = roundedDiv(magnitude, 60);
-        return sign + toStr(minutes / 60) + u":" + twoDigits(minutes % 60);
-    }
-    const std::int64_t hundredths = roundedDiv(magnitude * 100, 3600);
-    return sign + toStr(hundredths / 100) + loc.decimalSeparator + twoDigits(hundredths % 100);
-}
-
-Str amountText(Currency amount, const Locale& loc) {
-    const std::int64_t cents = roundedDiv(amount.scaled, 100);
-    const std::int64_t magnitude = std::llabs(cents);
-    return (cents < 0 ? u"-" : u"") + grouped(magnitude / 100, loc.thousandSeparator) +
-           loc.decimalSeparator + twoDigits(magnitude % 100);
-}
-
-Str dateText(DayNumber day, const Locale& loc) {
-    return dt::formatPicture(dt::toParts(day), loc.shortDate, loc);
-}
-
-Str timeText(Date time, const Locale& loc) {
-    // The long time picture without its seconds (and the separator before
-    // them): "h:mm:ss tt" -> "h:mm tt", "HH:mm:ss" -> "HH:mm".
-    Str picture = loc.longTime;
-    if (const std::size_t s = picture.find(u's'); s != Str::npos) {
-        std::size_t from = s, to = s;
-        while (to < picture.size() && picture[to] == u's')
-            ++to;
-        if (from > 0 && picture[from - 1] != u'm' && picture[from - 1] != u'h' &&
-            picture[from - 1] != u'H')
-            --from;
-        picture.erase(from, to - from);
-    }
-    return dt::formatPicture(dt::toParts(time.days), picture, loc);
-}
-
 TreeRow summaryTree(const Report& report, HoursFormat format, const ReportTexts& t,
                     const Locale& loc) {
     TreeRow root = treeOf(report.total, format, t, loc);
@@ -228,13 +146,13 @@ std::vector<std::vector<Str>> listRows(const Report& report, HoursFormat format,
     std::vector<std::vector<Str>> rows;
     rows.reserve(report.records.size());
     for (const TimeRecord& r : report.records) {
-        std::vector<Str> row = {dateText(r.day, loc), timeText(r.start, loc), timeText(r.end, loc),
+        std::vector<Str> row = {dayText(r.day, loc), timeText(r.start, loc), timeText(r.end, loc),
                                 r.subject};
         for (const Str& value : r.values)
             row.push_back(value);
-        row.push_back(hoursText(r.seconds, format, loc));
-        row.push_back(hoursText(r.roundedSeconds, format, loc));
-        row.push_back(amountText(r.amount, loc));
+        row.push_back(formatHours(r.seconds, format, loc));
+        row.push_back(formatHours(r.roundedSeconds, format, loc));
+        row.push_back(amountText(r.amount, loc, true));
         rows.push_back(std::move(row));
     }
     return rows;
@@ -301,10 +219,10 @@ Str statusText(const Report& report, HoursFormat format, const ReportTexts& t, c
     if (report.records.empty()) return t.noRecords;
     const std::size_t n = report.records.size();
     return toStr(static_cast<long long>(n)) + u" " + (n == 1 ? t.record : t.records) + u", " +
-           dateText(report.options.period.first, loc) + u" - " +
-           dateText(report.options.period.last, loc) + u", " +
-           hoursText(report.total.seconds, format, loc) + u" h, " +
-           amountText(report.total.amount, loc);
+           dayText(report.options.period.first, loc) + u" - " +
+           dayText(report.options.period.last, loc) + u", " +
+           formatHours(report.total.seconds, format, loc) + u" h, " +
+           amountText(report.total.amount, loc, true);
 }
 
 Str failureText(const Str& what, const std::exception_ptr& failure) {

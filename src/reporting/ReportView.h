@@ -13,18 +13,14 @@
 
 #include "common/Locale.h"
 #include "languages/Phrases.h"
+#include "reporting/ExportFormat.h"
+#include "reporting/Periods.h"
 #include "reporting/ReportTypes.h"
 
 namespace hb::reporting {
 
-enum class PeriodChoice : std::uint8_t {
-    ThisWeek,
-    LastWeek,
-    ThisMonth,
-    LastMonth,
-    ThisYear,
-    Custom
-};
+// The window's period choices are the named periods and a custom one.
+using PeriodChoice = PeriodKind;
 inline constexpr std::size_t kPeriodChoices = 6;
 
 enum class ExportFormat : std::uint8_t { Csv, Xlsx, Html };
@@ -138,17 +134,6 @@ Str dimensionCaption(Dimension d, const std::array<Str, kReportLists>& listCapti
 std::vector<Str> roundingChoices(const ReportTexts& t);
 
 // --- texts of values ----------------------------------------------------------
-
-// Hours of a number of seconds: decimal with two places ("7.50", the
-// locale's decimal separator) or hours and minutes ("7:30"), each rounded to
-// the nearest shown unit, half away from zero.
-Str hoursText(std::int64_t seconds, HoursFormat format, const Locale& loc);
-// An amount with two places and the locale's separators ("1,275.00").
-Str amountText(Currency amount, const Locale& loc);
-// A day in the locale's short date format; a time of day without seconds in
-// its time format.
-Str dateText(DayNumber day, const Locale& loc);
-Str timeText(Date time, const Locale& loc);
 
 // --- what the controls show ---------------------------------------------------
 

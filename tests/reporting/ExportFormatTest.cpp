@@ -61,7 +61,7 @@ TEST(ExportFormat, HoursTextDecimalAndHoursMinutes) {
         {3570, HoursFormat::HoursMinutes, "1:00"},
     };
     for (const Case& c : cases) {
-        EXPECT_EQ(toUtf8(hoursText(c.seconds, c.format, Locale::enUS())), c.expected)
+        EXPECT_EQ(toUtf8(formatHours(c.seconds, c.format, Locale::enUS())), c.expected)
             << c.seconds << " s";
     }
 }

@@ -131,10 +131,11 @@ TEST(ReportViewText, HoursInBothFormats) {
     };
     const Locale us;
     for (const Case& c : cases) {
-        EXPECT_EQ(hoursText(c.seconds, HoursFormat::Decimal, us), c.decimal) << c.seconds;
-        EXPECT_EQ(hoursText(c.seconds, HoursFormat::HoursMinutes, us), c.hoursMinutes) << c.seconds;
+        EXPECT_EQ(formatHours(c.seconds, HoursFormat::Decimal, us), c.decimal) << c.seconds;
+        EXPECT_EQ(formatHours(c.seconds, HoursFormat::HoursMinutes, us), c.hoursMinutes)
+            << c.seconds;
     }
-    EXPECT_EQ(hoursText(27000, HoursFormat::Decimal, german()), u"7,50");
+    EXPECT_EQ(formatHours(27000, HoursFormat::Decimal, german()), u"7,50");
 }
 
 TEST(ReportViewText, AmountsWithTwoPlacesAndGroupedThousands) {
@@ -153,8 +154,8 @@ TEST(ReportViewText, AmountsWithTwoPlacesAndGroupedThousands) {
         {9990000, u"999.00", u"999,00"},
     };
     for (const Case& c : cases) {
-        EXPECT_EQ(amountText(Currency{c.scaled}, Locale{}), c.us) << c.scaled;
-        EXPECT_EQ(amountText(Currency{c.scaled}, german()), c.de) << c.scaled;
+        EXPECT_EQ(amountText(Currency{c.scaled}, Locale{}, true), c.us) << c.scaled;
+        EXPECT_EQ(amountText(Currency{c.scaled}, german(), true), c.de) << c.scaled;
     }
 }
 
@@ -175,8 +176,8 @@ TEST(ReportViewText, TimesLeaveOutTheSeconds) {
         l.longTime = c.longTime;
         EXPECT_EQ(timeText(time, l), c.expected) << toUtf8(c.longTime);
     }
-    EXPECT_EQ(dateText(day(2026, 11, 3), german()), u"03.11.2026");
-    EXPECT_EQ(dateText(day(2026, 11, 3), Locale{}), u"11/3/2026");
+    EXPECT_EQ(dayText(day(2026, 11, 3), german()), u"03.11.2026");
+    EXPECT_EQ(dayText(day(2026, 11, 3), Locale{}), u"11/3/2026");
 }
 
 // Acme (Ann, not billed), Globex: with its totals at every level.
