@@ -41,7 +41,11 @@ hb_area(hb_settings_app FILES apps/settings/SettingsEditor.cpp apps/settings/Set
         apps/settings/SettingsTexts.cpp DEPS hb_settings)
 # The report program's portable core (reading the calendar, the time rules,
 # storage, aggregation, exports).
-hb_area(hb_reporting DIRS src/reporting DEPS hb_settings)
+hb_area(hb_reporting DIRS src/reporting DEPS hb_settings
+        EXCLUDE src/reporting/SqliteStore.cpp src/reporting/OdbcStore.cpp
+        src/reporting/RecordStores.cpp)
+# Its record stores (SQLite, ODBC): hb_store, hb_sqlite3 and their tests.
+include(${PROJECT_SOURCE_DIR}/cmake/RecordStores.cmake)
 
 # Everything portable in one static library (what the Windows DLL links).
 add_library(hbcore STATIC $<TARGET_OBJECTS:hb_common> $<TARGET_OBJECTS:hb_diag>

@@ -9,7 +9,7 @@ HB_LOGS="$HB_ROOT/build/logs"
 HB_PACKAGES=(cmake g++ make googletest libgtest-dev libgmock-dev libbenchmark-dev
              clang-14 libclang-rt-14-dev
              mingw-w64 mingw-w64-tools libwine-dev wine64 wine xvfb xauth debootstrap imagemagick
-             wixl)
+             wixl postgresql odbc-postgresql unixodbc unixodbc-dev)
 
 hb_say() { printf '\n==> %s\n' "$*"; }
 

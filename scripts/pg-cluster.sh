@@ -1,0 +1,91 @@
+#!/usr/bin/env bash
+# A private PostgreSQL server for the tests of the server record store.
+#
+#   scripts/pg-cluster.sh start DIR   a fresh cluster in DIR/data, listening
+#                                     only on 127.0.0.1 on a free port, with
+#                                     the database "hourbook" and the login
+#                                     "hb" (trust); writes DIR/port and
+#                                     DIR/connection.txt (the ODBC text)
+#   scripts/pg-cluster.sh stop DIR    stops it (fast shutdown) and removes
+#                                     the cluster's files
+#
+# It installs nothing: it uses Debian's postgresql (HB_PACKAGES in
+# scripts/lib.sh) and the psqlODBC driver "PostgreSQL Unicode". The server
+# refuses to run as root, so as root it runs as the system user "postgres"
+# (made by Debian's package) or, failing that, "hbpg", made here.
+set -euo pipefail
+
+die() {
+    echo "pg-cluster.sh: $*" >&2
+    exit 1
+}
+
+cmd=${1:-}
+dir=${2:-}
+[ -n "$cmd" ] && [ -n "$dir" ] || die "usage: pg-cluster.sh start|stop DIR"
+mkdir -p "$dir"
+dir=$(cd "$dir" && pwd)
+data="$dir/data"
+
+bin=$(ls -d /usr/lib/postgresql/*/bin 2>/dev/null | sort -V | tail -n 1)
+[ -x "$bin/pg_ctl" ] || die "no PostgreSQL server programs in /usr/lib/postgresql (Debian package postgresql)"
+
+# The user the server runs as, and how to run a command as that user.
+as_user=()
+owner=$(id -un)
+if [ "$(id -u)" = 0 ]; then
+    if id postgres >/dev/null 2>&1; then
+        owner=postgres
+    else
+        id hbpg >/dev/null 2>&1 || useradd --system --no-create-home --shell /usr/sbin/nologin hbpg ||
+            die "cannot create the system user hbpg"
+        owner=hbpg
+    fi
+    as_user=(runuser -u "$owner" --)
+fi
+
+stop_cluster() {
+    if [ -f "$data/postmaster.pid" ]; then
+        "${as_user[@]}" "$bin/pg_ctl" -D "$data" -m fast -w -t 30 stop >/dev/null 2>&1 ||
+            "${as_user[@]}" "$bin/pg_ctl" -D "$data" -m immediate -w -t 30 stop >/dev/null 2>&1 || true
+    fi
+}
+
+port_free() { ! (exec 3<>"/dev/tcp/127.0.0.1/$1") 2>/dev/null; }
+
+case $cmd in
+start)
+    stop_cluster
+    rm -rf "$data" "$dir/port" "$dir/connection.txt"
+    mkdir -p "$data"
+    chown "$owner" "$dir" "$data"
+    chmod 700 "$data"
+    "${as_user[@]}" "$bin/initdb" -D "$data" -A trust -U hb -E UTF8 --locale=C.UTF-8 \
+        >"$dir/initdb.log" 2>&1 || { cat "$dir/initdb.log" >&2; die "initdb failed"; }
+    # Another server (another build tree's, another user's) may hold a port:
+    # try the next one when the server cannot bind.
+    started=""
+    for port in $(shuf -i 54329-54999 -n 40); do
+        port_free "$port" || continue
+        if "${as_user[@]}" "$bin/pg_ctl" -D "$data" -w -t 60 -l "$dir/server.log" \
+            -o "-c listen_addresses=127.0.0.1 -p $port -c unix_socket_directories=''" \
+            start >/dev/null 2>&1; then
+            started=$port
+            break
+        fi
+    done
+    [ -n "$started" ] || { tail -n 20 "$dir/server.log" >&2 || true; die "the server did not start"; }
+    "${as_user[@]}" "$bin/createdb" -h 127.0.0.1 -p "$started" -U hb hourbook ||
+        { stop_cluster; die "createdb hourbook failed"; }
+    printf '%s\n' "$started" >"$dir/port"
+    printf 'Driver={PostgreSQL Unicode};Server=127.0.0.1;Port=%s;Database=hourbook;Uid=hb;\n' \
+        "$started" >"$dir/connection.txt"
+    echo "PostgreSQL on 127.0.0.1:$started, cluster $data"
+    ;;
+stop)
+    stop_cluster
+    rm -rf "$data" "$dir/port" "$dir/connection.txt"
+    echo "PostgreSQL in $dir stopped"
+    ;;
+*) die "usage: pg-cluster.sh start|stop DIR" ;;
+esac
