@@ -1,0 +1,369 @@
+#include "reporting/SqliteStore.h"
+
+#include <sqlite3.h>
+
+#include <filesystem>
+#include <string>
+
+namespace hb::reporting {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr int kBusyTimeoutMs = 10000;
+
+// The columns of time_records in the order every statement names them.
+constexpr const char* kColumns =
+    "user_name, entry_id, occurrence_start, day, start_time, end_time, subject, value1, value2, "
+    "value3, billed, all_day, is_private, recurring, seconds, rounded_seconds, rate, amount";
+
+struct Statement {
+    sqlite3_stmt* s = nullptr;
+    Statement() = default;
+    Statement(const Statement&) = delete;
+    Statement& operator=(const Statement&) = delete;
+    ~Statement() { sqlite3_finalize(s); }
+};
+
+}  // namespace
+
+struct SqliteStore::Impl {
+    sqlite3* db = nullptr;
+    std::string file;  // UTF-8, for messages
+    int version = 0;
+    Statement insert, removePeriod, loadUser, loadAll;
+
+    // close_v2 lets the connection go once the statements (members, so
+    // finalized after this) are.
+    ~Impl() { sqlite3_close_v2(db); }
+
+    [[noreturn]] void fail(const std::string& what, int rc) const {
+        std::string detail = db ? sqlite3_errmsg(db) : sqlite3_errstr(rc);
+        switch (rc & 0xFF) {
+            case SQLITE_NOTADB:
+                throw StoreError("the database file " + file + " is not a database (" + detail +
+                                 ")");
+            case SQLITE_READONLY:
+                throw StoreError("the database file " + file + " is read-only: " + what +
+                                 " needs to write to it");
+            case SQLITE_BUSY:
+            case SQLITE_LOCKED:
+                throw StoreError("the database file " + file + " stayed busy for " +
+                                 std::to_string(kBusyTimeoutMs / 1000) +
+                                 " s (another export): " + what);
+            case SQLITE_CORRUPT:
+                throw StoreError("the database file " + file + " is damaged: " + detail);
+            default:
+                throw StoreError("the database file " + file + ": " + what + " failed: " + detail);
+        }
+    }
+
+    void exec(const std::string& sql, const char* what) {
+        int rc = sqlite3_exec(db, sql.c_str(), nullptr, nullptr, nullptr);
+        if (rc != SQLITE_OK) {
+            fail(what, rc);
+        }
+    }
+
+    void prepare(Statement& st, const std::string& sql) {
+        if (st.s) {
+            sqlite3_reset(st.s);
+            sqlite3_clear_bindings(st.s);
+            return;
+        }
+        int rc = sqlite3_prepare_v3(db, sql.c_str(), -1, SQLITE_PREPARE_PERSISTENT, &st.s, nullptr);
+        if (rc != SQLITE_OK) {
+            fail("preparing a statement", rc);
+        }
+    }
+
+    void bindText(sqlite3_stmt* s, int i, const Str& v) {
+        sqlite3_bind_text16(s, i, v.data(), static_cast<int>(v.size() * sizeof(char16_t)),
+                            SQLITE_STATIC);
+    }
+
+    static Str text(sqlite3_stmt* s, int i) {
+        auto p = static_cast<const char16_t*>(sqlite3_column_text16(s, i));
+        if (!p) {
+            return {};
+        }
+        return Str(p, static_cast<std::size_t>(sqlite3_column_bytes16(s, i)) / sizeof(char16_t));
+    }
+
+    // Ends an open transaction: commits when all went well, rolls back when
+    // the scope is left by an exception.
+    struct Transaction {
+        Impl& impl;
+        bool done = false;
+        Transaction(Impl& i, const char* what) : impl(i) { impl.exec("BEGIN IMMEDIATE", what); }
+        void commit(const char* what) {
+            impl.exec("COMMIT", what);
+            done = true;
+        }
+        ~Transaction() {
+            if (!done) {
+                sqlite3_exec(impl.db, "ROLLBACK", nullptr, nullptr, nullptr);
+            }
+        }
+    };
+
+    void migrate(const std::vector<Migration>& steps) {
+        const int latest = latestVersion(steps);
+        Transaction t(*this, "bringing the schema up to date");
+        exec("CREATE TABLE IF NOT EXISTS schema_version(version INTEGER NOT NULL)",
+             "making the schema version table");
+        Statement q;
+        prepare(q, "SELECT max(version) FROM schema_version");
+        int rc = sqlite3_step(q.s);
+        if (rc != SQLITE_ROW) {
+            fail("reading the schema version", rc);
+        }
+        int current = sqlite3_column_int(q.s, 0);
+        if (current > latest) {
+            throw StoreError(
+                "the database file " + file + " has schema version " + std::to_string(current) +
+                ", made by a newer Hourbook (this one knows " + std::to_string(latest) + ")");
+        }
+        if (current == latest) {
+            version = current;
+            return;  // nothing written: the transaction rolls back
+        }
+        for (const auto& m : steps) {
+            if (m.version <= current) {
+                continue;
+            }
+            for (const auto& sql : m.statements) {
+                exec(sql, ("migrating the schema to version " + std::to_string(m.version)).c_str());
+            }
+        }
+        exec("DELETE FROM schema_version", "writing the schema version");
+        exec("INSERT INTO schema_version(version) VALUES(" + std::to_string(latest) + ")",
+             "writing the schema version");
+        t.commit("bringing the schema up to date");
+        version = latest;
+    }
+};
+
+const std::vector<Migration>& SqliteStore::schema() {
+    static const std::vector<Migration> steps{
+        {1,
+         {"CREATE TABLE time_records("
+          " user_name TEXT NOT NULL, entry_id TEXT NOT NULL,"
+          " occurrence_start INTEGER NOT NULL, day INTEGER NOT NULL,"
+          " start_time INTEGER NOT NULL, end_time INTEGER NOT NULL,"
+          " subject TEXT NOT NULL DEFAULT '',"
+          " value1 TEXT NOT NULL DEFAULT '', value2 TEXT NOT NULL DEFAULT '',"
+          " value3 TEXT NOT NULL DEFAULT '',"
+          " billed INTEGER NOT NULL DEFAULT 0 CHECK (billed IN (0, 1)),"
+          " all_day INTEGER NOT NULL DEFAULT 0 CHECK (all_day IN (0, 1)),"
+          " is_private INTEGER NOT NULL DEFAULT 0 CHECK (is_private IN (0, 1)),"
+          " recurring INTEGER NOT NULL DEFAULT 0 CHECK (recurring IN (0, 1)),"
+          " seconds INTEGER NOT NULL DEFAULT 0, rounded_seconds INTEGER NOT NULL DEFAULT 0,"
+          " rate INTEGER NOT NULL DEFAULT 0, amount INTEGER NOT NULL DEFAULT 0,"
+          " PRIMARY KEY (user_name, entry_id, occurrence_start, day))",
+          "CREATE INDEX time_records_by_user_day ON time_records(user_name, day)",
+          "CREATE INDEX time_records_by_day ON time_records(day, start_time)",
+          "CREATE TABLE entry_rates("
+          " list_number INTEGER NOT NULL CHECK (list_number BETWEEN 1 AND 3),"
+          " entry_name TEXT NOT NULL COLLATE NOCASE, rate INTEGER NOT NULL,"
+          " PRIMARY KEY (list_number, entry_name))"}},
+    };
+    return steps;
+}
+
+SqliteStore::SqliteStore(const Str& file, const std::vector<Migration>& migrations)
+    : impl_(std::make_unique<Impl>()) {
+    impl_->file = toUtf8(file);
+    const fs::path path(file);
+    std::error_code ec;
+    fs::path folder = path.parent_path();
+    if (folder.empty()) {
+        folder = ".";
+    }
+    if (!fs::is_directory(folder, ec)) {
+        throw StoreError("cannot open the database file " + impl_->file + ": the folder " +
+                         toUtf8(folder.u16string()) + " does not exist");
+    }
+    auto st = fs::status(path, ec);
+    if (!ec && fs::exists(st)) {
+        if (!fs::is_regular_file(st)) {
+            throw StoreError("cannot open the database file " + impl_->file + ": it is not a file");
+        }
+        // A file without write permission is read-only even to an account
+        // that could write it anyway: exporting would change what its owner
+        // protected.
+        constexpr auto writable =
+            fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write;
+        if ((st.permissions() & writable) == fs::perms::none) {
+            throw StoreError("the database file " + impl_->file +
+                             " is read-only: the report needs to write to it");
+        }
+    }
+    int rc =
+        sqlite3_open_v2(impl_->file.c_str(), &impl_->db,
+                        SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
+    if (rc != SQLITE_OK) {
+        throw StoreError("cannot open the database file " + impl_->file + ": " +
+                         (impl_->db ? sqlite3_errmsg(impl_->db) : sqlite3_errstr(rc)));
+    }
+    sqlite3_extended_result_codes(impl_->db, 1);
+    sqlite3_busy_timeout(impl_->db, kBusyTimeoutMs);
+    if (sqlite3_db_readonly(impl_->db, "main") == 1) {
+        throw StoreError("the database file " + impl_->file +
+                         " is read-only: the report needs to write to it");
+    }
+    // The first statement reads the file: a file that is no database fails here.
+    impl_->exec("PRAGMA journal_mode=WAL", "opening the database");
+    impl_->exec("PRAGMA synchronous=NORMAL", "opening the database");
+    impl_->migrate(migrations);
+}
+
+SqliteStore::~SqliteStore() = default;
+
+int SqliteStore::schemaVersion() {
+    return impl_->version;
+}
+
+void SqliteStore::replacePeriod(const Str& user, const Period& period,
+                                const std::vector<TimeRecord>& records) {
+    checkPeriodRecords(user, period, records);
+    Impl& d = *impl_;
+    const char* what = "storing the period's records";
+    Impl::Transaction t(d, what);
+    d.prepare(d.removePeriod,
+              "DELETE FROM time_records WHERE user_name = ?1 AND day BETWEEN ?2 AND ?3");
+    d.bindText(d.removePeriod.s, 1, user);
+    sqlite3_bind_int(d.removePeriod.s, 2, period.first);
+    sqlite3_bind_int(d.removePeriod.s, 3, period.last);
+    int rc = sqlite3_step(d.removePeriod.s);
+    sqlite3_reset(d.removePeriod.s);
+    if (rc != SQLITE_DONE) {
+        d.fail(what, rc);
+    }
+    d.prepare(d.insert, std::string("INSERT INTO time_records(") + kColumns +
+                            ") VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13, ?14,"
+                            " ?15, ?16, ?17, ?18)");
+    sqlite3_stmt* s = d.insert.s;
+    for (const auto& r : records) {
+        d.bindText(s, 1, user);
+        d.bindText(s, 2, r.entryId);
+        sqlite3_bind_int64(s, 3, storedSeconds(r.occurrenceStart));
+        sqlite3_bind_int(s, 4, r.day);
+        sqlite3_bind_int64(s, 5, storedSeconds(r.start));
+        sqlite3_bind_int64(s, 6, storedSeconds(r.end));
+        d.bindText(s, 7, r.subject);
+        for (std::size_t i = 0; i < kReportLists; ++i) {
+            d.bindText(s, 8 + static_cast<int>(i), r.values[i]);
+        }
+        sqlite3_bind_int(s, 11, r.billed ? 1 : 0);
+        sqlite3_bind_int(s, 12, r.allDay ? 1 : 0);
+        sqlite3_bind_int(s, 13, r.isPrivate ? 1 : 0);
+        sqlite3_bind_int(s, 14, r.recurring ? 1 : 0);
+        sqlite3_bind_int64(s, 15, r.seconds);
+        sqlite3_bind_int64(s, 16, r.roundedSeconds);
+        sqlite3_bind_int64(s, 17, r.rate.scaled);
+        sqlite3_bind_int64(s, 18, r.amount.scaled);
+        rc = sqlite3_step(s);
+        sqlite3_reset(s);
+        if (rc != SQLITE_DONE) {
+            if ((rc & 0xFF) == SQLITE_CONSTRAINT) {
+                throw StoreError("the database file " + d.file + ": " + what +
+                                 " failed: the record of " + toUtf8(r.entryId) + " on day " +
+                                 std::to_string(r.day) + " is there twice (" +
+                                 sqlite3_errmsg(d.db) + ")");
+            }
+            d.fail(what, rc);
+        }
+    }
+    t.commit(what);
+}
+
+std::vector<TimeRecord> SqliteStore::load(const Str& user, const Period& period) {
+    Impl& d = *impl_;
+    const std::string select = std::string("SELECT ") + kColumns + " FROM time_records WHERE ";
+    const std::string order = " ORDER BY day, start_time, user_name, entry_id, occurrence_start";
+    Statement& st = user.empty() ? d.loadAll : d.loadUser;
+    if (user.empty()) {
+        d.prepare(st, select + "day BETWEEN ?1 AND ?2" + order);
+    } else {
+        d.prepare(st, select + "day BETWEEN ?1 AND ?2 AND user_name = ?3" + order);
+        d.bindText(st.s, 3, user);
+    }
+    sqlite3_bind_int(st.s, 1, period.first);
+    sqlite3_bind_int(st.s, 2, period.last);
+    std::vector<TimeRecord> out;
+    sqlite3_stmt* s = st.s;
+    int rc;
+    while ((rc = sqlite3_step(s)) == SQLITE_ROW) {
+        TimeRecord r;
+        r.user = Impl::text(s, 0);
+        r.entryId = Impl::text(s, 1);
+        r.occurrenceStart = storedDate(sqlite3_column_int64(s, 2));
+        r.day = sqlite3_column_int(s, 3);
+        r.start = storedDate(sqlite3_column_int64(s, 4));
+        r.end = storedDate(sqlite3_column_int64(s, 5));
+        r.subject = Impl::text(s, 6);
+        for (std::size_t i = 0; i < kReportLists; ++i) {
+            r.values[i] = Impl::text(s, 7 + static_cast<int>(i));
+        }
+        r.billed = sqlite3_column_int(s, 10) != 0;
+        r.allDay = sqlite3_column_int(s, 11) != 0;
+        r.isPrivate = sqlite3_column_int(s, 12) != 0;
+        r.recurring = sqlite3_column_int(s, 13) != 0;
+        r.seconds = sqlite3_column_int64(s, 14);
+        r.roundedSeconds = sqlite3_column_int64(s, 15);
+        r.rate.scaled = sqlite3_column_int64(s, 16);
+        r.amount.scaled = sqlite3_column_int64(s, 17);
+        out.push_back(std::move(r));
+    }
+    sqlite3_reset(s);
+    if (rc != SQLITE_DONE) {
+        d.fail("reading the period's records", rc);
+    }
+    return out;
+}
+
+RateTable SqliteStore::entryRates() {
+    Impl& d = *impl_;
+    Statement q;
+    d.prepare(q, "SELECT list_number, entry_name, rate FROM entry_rates");
+    RateTable out;
+    int rc;
+    while ((rc = sqlite3_step(q.s)) == SQLITE_ROW) {
+        int list = sqlite3_column_int(q.s, 0);
+        if (list >= 1 && list <= static_cast<int>(kReportLists)) {
+            out[{static_cast<std::size_t>(list - 1), Impl::text(q.s, 1)}] =
+                Currency{sqlite3_column_int64(q.s, 2)};
+        }
+    }
+    if (rc != SQLITE_DONE) {
+        d.fail("reading the entries' rates", rc);
+    }
+    return out;
+}
+
+void SqliteStore::putEntryRates(const RateTable& rates) {
+    Impl& d = *impl_;
+    const char* what = "storing the entries' rates";
+    Impl::Transaction t(d, what);
+    Statement q;
+    d.prepare(
+        q,
+        "INSERT INTO entry_rates(list_number, entry_name, rate) VALUES(?1, ?2, ?3)"
+        " ON CONFLICT(list_number, entry_name) DO UPDATE SET entry_name = excluded.entry_name,"
+        " rate = excluded.rate");
+    for (const auto& [key, rate] : rates) {
+        sqlite3_bind_int(q.s, 1, storedListNumber(key.first));
+        d.bindText(q.s, 2, key.second);
+        sqlite3_bind_int64(q.s, 3, rate.scaled);
+        int rc = sqlite3_step(q.s);
+        sqlite3_reset(q.s);
+        if (rc != SQLITE_DONE) {
+            d.fail(what, rc);
+        }
+    }
+    t.commit(what);
+}
+
+}  // namespace hb::reporting
