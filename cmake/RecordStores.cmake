@@ -74,3 +74,13 @@ if(HB_TESTS AND NOT HB_WINDOWS)
   set_tests_properties(store_pg_start PROPERTIES FIXTURES_SETUP hb_pg LABELS native TIMEOUT 120)
   set_tests_properties(store_pg_stop PROPERTIES FIXTURES_CLEANUP hb_pg LABELS native TIMEOUT 60)
 endif()
+
+# hb_store_bench (preset bench): exporting and loading records.
+if(HB_BENCH AND NOT HB_WINDOWS)
+  find_package(benchmark REQUIRED)
+  add_executable(hb_store_bench ${PROJECT_SOURCE_DIR}/bench/store/store_bench.cpp
+                 $<TARGET_OBJECTS:hb_common> $<TARGET_OBJECTS:hb_store>)
+  target_include_directories(hb_store_bench PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR})
+  target_link_libraries(hb_store_bench PRIVATE hb_sqlite3 ODBC::ODBC benchmark::benchmark
+                        benchmark::benchmark_main)
+endif()
