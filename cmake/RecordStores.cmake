@@ -40,12 +40,20 @@ if(NOT HB_WINDOWS)
   target_link_libraries(hb_sqlite3 PUBLIC Threads::Threads m)
 endif()
 
-find_package(ODBC REQUIRED)
+# Windows' odbc32 by name: the imported target of FindODBC would make the
+# linker switch back to dynamic libraries (-Bdynamic) after it, and the
+# programs would then need the MinGW run-time DLLs.
+if(HB_WINDOWS)
+  set(HB_ODBC_LIBS odbc32)
+else()
+  find_package(ODBC REQUIRED)
+  set(HB_ODBC_LIBS ODBC::ODBC)
+endif()
 
 # SqliteStore, OdbcStore and the factory, apart from hb_reporting so that
 # what links the portable core alone needs neither SQLite nor ODBC.
 hb_area(hb_store FILES src/reporting/SqliteStore.cpp src/reporting/OdbcStore.cpp
-        src/reporting/RecordStores.cpp DEPS hb_sqlite3 ODBC::ODBC)
+        src/reporting/RecordStores.cpp DEPS hb_sqlite3 ${HB_ODBC_LIBS})
 
 # test_store: the store suite, run against SQLite files and against a private
 # PostgreSQL server that a ctest fixture starts (scripts/pg-cluster.sh) and
@@ -59,7 +67,7 @@ if(HB_TESTS AND NOT HB_WINDOWS)
   add_executable(test_store ${store_test_srcs} $<TARGET_OBJECTS:hb_common> $<TARGET_OBJECTS:hb_store>)
   target_include_directories(test_store PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}
                              ${PROJECT_SOURCE_DIR}/tests)
-  target_link_libraries(test_store PRIVATE hb_sqlite3 ODBC::ODBC GTest::gtest GTest::gmock
+  target_link_libraries(test_store PRIVATE hb_sqlite3 ${HB_ODBC_LIBS} GTest::gtest GTest::gmock
                         GTest::gtest_main)
   set(HB_PG_DIR ${CMAKE_BINARY_DIR}/pg)
   gtest_discover_tests(test_store TEST_FILTER "-Odbc*" DISCOVERY_TIMEOUT 60
@@ -81,6 +89,6 @@ if(HB_BENCH AND NOT HB_WINDOWS)
   add_executable(hb_store_bench ${PROJECT_SOURCE_DIR}/bench/store/store_bench.cpp
                  $<TARGET_OBJECTS:hb_common> $<TARGET_OBJECTS:hb_store>)
   target_include_directories(hb_store_bench PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR})
-  target_link_libraries(hb_store_bench PRIVATE hb_sqlite3 ODBC::ODBC benchmark::benchmark
+  target_link_libraries(hb_store_bench PRIVATE hb_sqlite3 ${HB_ODBC_LIBS} benchmark::benchmark
                         benchmark::benchmark_main)
 endif()

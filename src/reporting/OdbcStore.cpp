@@ -1,8 +1,13 @@
 #include "reporting/OdbcStore.h"
 
-// The ODBC headers: unixODBC's natively, MinGW's for Windows.
+// The ODBC headers: unixODBC's natively, Windows' (which need its types
+// declared first) in the Windows build.
+#ifdef _WIN32
+#include "platform/win32/OdbcApi.h"
+#else
 #include <sql.h>
 #include <sqlext.h>
+#endif
 
 #include <deque>
 #include <string>
