@@ -55,6 +55,19 @@ endif()
 hb_area(hb_store FILES src/reporting/SqliteStore.cpp src/reporting/OdbcStore.cpp
         src/reporting/RecordStores.cpp DEPS hb_sqlite3 ${HB_ODBC_LIBS})
 
+# The private PostgreSQL server of a build tree's tests, in ${HB_PG_DIR}: the
+# ctest fixture hb_pg, whose setup test starts it and whose cleanup test stops
+# it after the last test that requires it, failed or not.
+set(HB_PG_DIR ${CMAKE_BINARY_DIR}/pg)
+function(hb_store_pg_fixture label)
+  add_test(NAME store_pg_start COMMAND bash ${PROJECT_SOURCE_DIR}/scripts/pg-cluster.sh start
+           ${HB_PG_DIR})
+  add_test(NAME store_pg_stop COMMAND bash ${PROJECT_SOURCE_DIR}/scripts/pg-cluster.sh stop
+           ${HB_PG_DIR})
+  set_tests_properties(store_pg_start PROPERTIES FIXTURES_SETUP hb_pg LABELS ${label} TIMEOUT 120)
+  set_tests_properties(store_pg_stop PROPERTIES FIXTURES_CLEANUP hb_pg LABELS ${label} TIMEOUT 60)
+endfunction()
+
 # test_store: the store suite, run against SQLite files and against a private
 # PostgreSQL server that a ctest fixture starts (scripts/pg-cluster.sh) and
 # stops again after the last test that needs it, failed or not. The server's
@@ -69,18 +82,12 @@ if(HB_TESTS AND NOT HB_WINDOWS)
                              ${PROJECT_SOURCE_DIR}/tests)
   target_link_libraries(test_store PRIVATE hb_sqlite3 ${HB_ODBC_LIBS} GTest::gtest GTest::gmock
                         GTest::gtest_main)
-  set(HB_PG_DIR ${CMAKE_BINARY_DIR}/pg)
   gtest_discover_tests(test_store TEST_FILTER "-Odbc*" DISCOVERY_TIMEOUT 60
                        PROPERTIES LABELS native)
   gtest_discover_tests(test_store TEST_FILTER "Odbc*" DISCOVERY_TIMEOUT 60
                        PROPERTIES LABELS native FIXTURES_REQUIRED hb_pg
                        ENVIRONMENT "HB_PG_CONNECTION_FILE=${HB_PG_DIR}/connection.txt")
-  add_test(NAME store_pg_start COMMAND bash ${PROJECT_SOURCE_DIR}/scripts/pg-cluster.sh start
-           ${HB_PG_DIR})
-  add_test(NAME store_pg_stop COMMAND bash ${PROJECT_SOURCE_DIR}/scripts/pg-cluster.sh stop
-           ${HB_PG_DIR})
-  set_tests_properties(store_pg_start PROPERTIES FIXTURES_SETUP hb_pg LABELS native TIMEOUT 120)
-  set_tests_properties(store_pg_stop PROPERTIES FIXTURES_CLEANUP hb_pg LABELS native TIMEOUT 60)
+  hb_store_pg_fixture(native)
 endif()
 
 # hb_store_bench (preset bench): exporting and loading records.

@@ -14,7 +14,6 @@ target_link_libraries(hb_storewintests PRIVATE hb_sqlite3 ${HB_ODBC_LIBS} gtest 
 set_target_properties(hb_storewintests PROPERTIES CROSSCOMPILING_EMULATOR ${HB_WINE_RUN})
 
 if(HB_WINE_TESTS)
-  set(HB_PG_DIR ${CMAKE_BINARY_DIR}/pg)
   gtest_discover_tests(hb_storewintests TEST_PREFIX "wine.store." DISCOVERY_MODE PRE_TEST
                        TEST_FILTER "-WineOdbc*" DISCOVERY_TIMEOUT 120
                        PROPERTIES LABELS wine TIMEOUT 180 RESOURCE_LOCK wineprefix)
@@ -24,10 +23,5 @@ if(HB_WINE_TESTS)
                        PROPERTIES LABELS wine TIMEOUT 180 RESOURCE_LOCK wineprefix
                        FIXTURES_REQUIRED hb_pg
                        ENVIRONMENT "HB_PG_CONNECTION_FILE=Z:${HB_PG_DIR}/connection.txt")
-  add_test(NAME store_pg_start COMMAND bash ${PROJECT_SOURCE_DIR}/scripts/pg-cluster.sh start
-           ${HB_PG_DIR})
-  add_test(NAME store_pg_stop COMMAND bash ${PROJECT_SOURCE_DIR}/scripts/pg-cluster.sh stop
-           ${HB_PG_DIR})
-  set_tests_properties(store_pg_start PROPERTIES FIXTURES_SETUP hb_pg LABELS wine TIMEOUT 120)
-  set_tests_properties(store_pg_stop PROPERTIES FIXTURES_CLEANUP hb_pg LABELS wine TIMEOUT 60)
+  hb_store_pg_fixture(wine)
 endif()

@@ -214,7 +214,6 @@ struct OdbcStore::Impl {
     }
 
     void migrate(const std::vector<Migration>& steps) {
-        const int latest = latestVersion(steps);
         Transaction t(*this);
         exec("SELECT pg_advisory_xact_lock(" + std::to_string(kMigrationLock) + ")",
              "waiting for another program bringing the schema up to date");
@@ -222,29 +221,13 @@ struct OdbcStore::Impl {
              "making the schema version table");
         Stmt q(*this, "SELECT coalesce(max(version), 0) FROM schema_version");
         q.run("reading the schema version");
-        int current = q.fetch("reading the schema version") ? static_cast<int>(q.getInteger(1)) : 0;
+        const int current =
+            q.fetch("reading the schema version") ? static_cast<int>(q.getInteger(1)) : 0;
         q.clear();
-        if (current > latest) {
-            throw StoreError("the server database (" + where + ") has schema version " +
-                             std::to_string(current) +
-                             ", made by a newer Hourbook (this one knows " +
-                             std::to_string(latest) + ")");
-        }
-        if (current < latest) {
-            for (const auto& m : steps) {
-                if (m.version <= current) {
-                    continue;
-                }
-                for (const auto& sql : m.statements) {
-                    exec(sql, "migrating the schema to version " + std::to_string(m.version));
-                }
-            }
-            exec("DELETE FROM schema_version", "writing the schema version");
-            exec("INSERT INTO schema_version(version) VALUES(" + std::to_string(latest) + ")",
-                 "writing the schema version");
-        }
+        version = applyMigrations(
+            current, steps, "the server database (" + where + ")",
+            [this](const std::string& sql, const std::string& what) { exec(sql, what); });
         t.commit("bringing the schema up to date");
-        version = latest;
     }
 };
 

@@ -37,6 +37,30 @@ int latestVersion(const std::vector<Migration>& migrations) {
     return v;
 }
 
+int applyMigrations(int current, const std::vector<Migration>& steps, const std::string& database,
+                    const ExecSql& exec) {
+    const int latest = latestVersion(steps);
+    if (current > latest) {
+        throw StoreError(database + " has schema version " + std::to_string(current) +
+                         ", made by a newer Hourbook (this one knows " + std::to_string(latest) +
+                         ")");
+    }
+    if (current == latest) {
+        return current;
+    }
+    for (const auto& m : steps) {
+        if (m.version > current) {
+            for (const auto& sql : m.statements) {
+                exec(sql, "migrating the schema to version " + std::to_string(m.version));
+            }
+        }
+    }
+    exec("DELETE FROM schema_version", "writing the schema version");
+    exec("INSERT INTO schema_version(version) VALUES(" + std::to_string(latest) + ")",
+         "writing the schema version");
+    return latest;
+}
+
 std::int64_t storedSeconds(Date d) {
     return std::llround(d.days * 86400.0);
 }

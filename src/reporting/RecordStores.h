@@ -18,6 +18,7 @@
 // 1/10000 (the Currency's own scaled value), so 95.50 is 955000. Flags are
 // 0 or 1.
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -49,6 +50,15 @@ struct Migration {
 
 // The latest version of a list of steps.
 int latestVersion(const std::vector<Migration>& migrations);
+
+// Brings a database at version `current` up to the latest of `steps`: runs
+// the statements of every step above it, then records the new version in
+// schema_version, each through `exec(sql, what)` in the caller's
+// transaction. Raises StoreError for a database newer than the steps
+// (`database` names it in the message). Returns the version it is then at.
+using ExecSql = std::function<void(const std::string& sql, const std::string& what)>;
+int applyMigrations(int current, const std::vector<Migration>& steps, const std::string& database,
+                    const ExecSql& exec);
 
 // Times as kept: whole seconds since 30 December 1899 (rounded to the
 // nearest second), and back.

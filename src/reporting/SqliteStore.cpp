@@ -59,7 +59,7 @@ struct SqliteStore::Impl {
         }
     }
 
-    void exec(const std::string& sql, const char* what) {
+    void exec(const std::string& sql, const std::string& what) {
         int rc = sqlite3_exec(db, sql.c_str(), nullptr, nullptr, nullptr);
         if (rc != SQLITE_OK) {
             fail(what, rc);
@@ -96,8 +96,10 @@ struct SqliteStore::Impl {
     struct Transaction {
         Impl& impl;
         bool done = false;
-        Transaction(Impl& i, const char* what) : impl(i) { impl.exec("BEGIN IMMEDIATE", what); }
-        void commit(const char* what) {
+        Transaction(Impl& i, const std::string& what) : impl(i) {
+            impl.exec("BEGIN IMMEDIATE", what);
+        }
+        void commit(const std::string& what) {
             impl.exec("COMMIT", what);
             done = true;
         }
@@ -109,7 +111,6 @@ struct SqliteStore::Impl {
     };
 
     void migrate(const std::vector<Migration>& steps) {
-        const int latest = latestVersion(steps);
         Transaction t(*this, "bringing the schema up to date");
         exec("CREATE TABLE IF NOT EXISTS schema_version(version INTEGER NOT NULL)",
              "making the schema version table");
@@ -119,29 +120,14 @@ struct SqliteStore::Impl {
         if (rc != SQLITE_ROW) {
             fail("reading the schema version", rc);
         }
-        int current = sqlite3_column_int(q.s, 0);
-        if (current > latest) {
-            throw StoreError(
-                "the database file " + file + " has schema version " + std::to_string(current) +
-                ", made by a newer Hourbook (this one knows " + std::to_string(latest) + ")");
+        const int current = sqlite3_column_int(q.s, 0);
+        sqlite3_reset(q.s);
+        version = applyMigrations(
+            current, steps, "the database file " + file,
+            [this](const std::string& sql, const std::string& what) { exec(sql, what); });
+        if (version != current) {
+            t.commit("bringing the schema up to date");
         }
-        if (current == latest) {
-            version = current;
-            return;  // nothing written: the transaction rolls back
-        }
-        for (const auto& m : steps) {
-            if (m.version <= current) {
-                continue;
-            }
-            for (const auto& sql : m.statements) {
-                exec(sql, ("migrating the schema to version " + std::to_string(m.version)).c_str());
-            }
-        }
-        exec("DELETE FROM schema_version", "writing the schema version");
-        exec("INSERT INTO schema_version(version) VALUES(" + std::to_string(latest) + ")",
-             "writing the schema version");
-        t.commit("bringing the schema up to date");
-        version = latest;
     }
 };
 

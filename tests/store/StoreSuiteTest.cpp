@@ -19,6 +19,7 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
 enum class Kind { Sqlite, Odbc };
+void PrintTo(Kind k, std::ostream* os) { *os << (k == Kind::Sqlite ? "SQLite" : "PostgreSQL"); }
 
 class StoreSuite : public ::testing::TestWithParam<Kind> {
   protected:
