@@ -9,7 +9,9 @@
 #include <sqlext.h>
 #endif
 
+#include <algorithm>
 #include <deque>
+#include <memory>
 #include <string>
 
 namespace hb::reporting {
@@ -21,6 +23,9 @@ namespace {
 // Serialises the connections that bring the schema up to date (any number
 // unique to this program would do).
 constexpr long long kMigrationLock = 0x48425354;  // "HBST"
+
+// Rows one INSERT carries (18 parameters each; PostgreSQL takes up to 65535).
+constexpr std::size_t kRowsPerInsert = 200;
 
 constexpr const char* kColumns =
     "user_name, entry_id, occurrence_start, day, start_time, end_time, subject, value1, value2, "
@@ -357,30 +362,43 @@ void OdbcStore::replacePeriod(const Str& user, const Period& period,
     lock.text(user).run(what);
     Impl::Stmt del(d, "DELETE FROM time_records WHERE user_name = ? AND day BETWEEN ? AND ?");
     del.text(user).integer(period.first).integer(period.last).run(what);
-    Impl::Stmt ins(d, std::string("INSERT INTO time_records(") + kColumns +
-                          ") VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
-    for (const auto& r : records) {
-        ins.clear();
-        ins.text(user)
-            .text(r.entryId)
-            .integer(storedSeconds(r.occurrenceStart))
-            .integer(r.day)
-            .integer(storedSeconds(r.start))
-            .integer(storedSeconds(r.end))
-            .text(r.subject)
-            .text(r.values[0])
-            .text(r.values[1])
-            .text(r.values[2])
-            .integer(r.billed)
-            .integer(r.allDay)
-            .integer(r.isPrivate)
-            .integer(r.recurring)
-            .integer(r.seconds)
-            .integer(r.roundedSeconds)
-            .integer(r.rate.scaled)
-            .integer(r.amount.scaled)
-            .run(what + " (the record of " + toUtf8(r.entryId) + " on day " +
-                 std::to_string(r.day) + ")");
+    // Many rows per statement: each statement is a round trip to the server.
+    std::unique_ptr<Impl::Stmt> full, rest;
+    for (std::size_t first = 0; first < records.size(); first += kRowsPerInsert) {
+        const std::size_t rows = std::min(kRowsPerInsert, records.size() - first);
+        auto& ins = rows == kRowsPerInsert ? full : rest;
+        if (!ins) {
+            std::string sql = std::string("INSERT INTO time_records(") + kColumns + ") VALUES";
+            for (std::size_t i = 0; i < rows; ++i) {
+                sql += i ? ", " : " ";
+                sql += "(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)";
+            }
+            ins = std::make_unique<Impl::Stmt>(d, sql);
+        }
+        ins->clear();
+        for (std::size_t i = first; i < first + rows; ++i) {
+            const TimeRecord& r = records[i];
+            ins->text(user)
+                .text(r.entryId)
+                .integer(storedSeconds(r.occurrenceStart))
+                .integer(r.day)
+                .integer(storedSeconds(r.start))
+                .integer(storedSeconds(r.end))
+                .text(r.subject)
+                .text(r.values[0])
+                .text(r.values[1])
+                .text(r.values[2])
+                .integer(r.billed)
+                .integer(r.allDay)
+                .integer(r.isPrivate)
+                .integer(r.recurring)
+                .integer(r.seconds)
+                .integer(r.roundedSeconds)
+                .integer(r.rate.scaled)
+                .integer(r.amount.scaled);
+        }
+        ins->run(what + " (records " + std::to_string(first + 1) + " to " +
+                 std::to_string(first + rows) + ")");
     }
     t.commit(what);
 }

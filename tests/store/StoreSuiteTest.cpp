@@ -5,7 +5,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <optional>
+#include <tuple>
 
 #include "StoreTestSupport.h"
 #include "reporting/OdbcStore.h"
@@ -19,7 +21,9 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
 enum class Kind { Sqlite, Odbc };
-void PrintTo(Kind k, std::ostream* os) { *os << (k == Kind::Sqlite ? "SQLite" : "PostgreSQL"); }
+void PrintTo(Kind k, std::ostream* os) {
+    *os << (k == Kind::Sqlite ? "SQLite" : "PostgreSQL");
+}
 
 class StoreSuite : public ::testing::TestWithParam<Kind> {
   protected:
@@ -71,6 +75,25 @@ TEST_P(StoreSuite, ReplacingAPeriodTwiceNeverDoublesAndFollowsOutlook) {
     EXPECT_EQ(describe(store->load(u"anna", kWeek)), describe(second));
     // Another connection sees what was committed.
     EXPECT_EQ(describe(open()->load(u"anna", kWeek)), describe(second));
+}
+
+// Exports of every size come back whole, however the store splits them
+// into statements (the server store sends 200 rows at a time).
+TEST_P(StoreSuite, ExportsOfAnySizeComeBackWhole) {
+    auto store = open();
+    for (int size : {0, 1, 199, 200, 201, 450, 3}) {
+        std::vector<TimeRecord> records;
+        for (int i = 0; i < size; ++i) {
+            records.push_back(record(u"E" + toStr(i), kWeek.first + i % 7, 7 + (i / 7) * 0.1, 0.1,
+                                     u"S" + toStr(i), Currency{i}));
+            records.back().user = u"anna";
+        }
+        store->replacePeriod(u"anna", kWeek, records);
+        std::sort(records.begin(), records.end(), [](const TimeRecord& a, const TimeRecord& b) {
+            return std::tie(a.day, a.start) < std::tie(b.day, b.start);
+        });
+        EXPECT_EQ(describe(store->load(u"anna", kWeek)), describe(records)) << size;
+    }
 }
 
 TEST_P(StoreSuite, ReplacingTouchesOnlyThatUsersRecordsOfThatPeriod) {
