@@ -253,8 +253,11 @@ const std::vector<Migration>& OdbcStore::schema() {
           " seconds bigint NOT NULL DEFAULT 0, rounded_seconds bigint NOT NULL DEFAULT 0,"
           " rate bigint NOT NULL DEFAULT 0, amount bigint NOT NULL DEFAULT 0,"
           " PRIMARY KEY (user_name, entry_id, occurrence_start, day))",
-          "CREATE INDEX time_records_by_user_day ON time_records(user_name, day)",
-          "CREATE INDEX time_records_by_day ON time_records(day, start_time)",
+          "CREATE INDEX time_records_by_user_day ON time_records(user_name, day, start_time, "
+          "entry_id,"
+          " occurrence_start)",
+          "CREATE INDEX time_records_by_day ON time_records(day, start_time, user_name, entry_id,"
+          " occurrence_start)",
           "CREATE TABLE entry_rates("
           " list_number integer NOT NULL CHECK (list_number BETWEEN 1 AND 3),"
           " entry_name text NOT NULL, rate bigint NOT NULL)",
