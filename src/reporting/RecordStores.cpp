@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "common/Text.h"
 #include "reporting/OdbcStore.h"
 #include "reporting/SqliteStore.h"
 
@@ -81,6 +82,20 @@ void checkPeriodRecords(const Str& user, const Period& period,
                              std::to_string(period.last) + " it was to be stored with");
         }
     }
+}
+
+std::optional<Currency> entryRate(const RateTable& rates, std::size_t list, StrView name) {
+    if (auto it = rates.find({list, Str(name)}); it != rates.end()) {
+        return it->second;
+    }
+    // Tables are short (the entries someone gave a rate of their own).
+    for (auto it = rates.lower_bound({list, Str()}); it != rates.end() && it->first.first == list;
+         ++it) {
+        if (text::equalsNoCase(it->first.second, name)) {
+            return it->second;
+        }
+    }
+    return std::nullopt;
 }
 
 int storedListNumber(std::size_t list) {

@@ -20,6 +20,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -71,6 +72,11 @@ Date storedDate(std::int64_t seconds);
 // period), the user is named. Raises StoreError.
 void checkPeriodRecords(const Str& user, const Period& period,
                         const std::vector<TimeRecord>& records);
+
+// An entry's own rate: the rate of `name` in `list` (0-based), letter case
+// ignored as the add-in ignores it when it compares entries; none when the
+// table holds no rate for it.
+std::optional<Currency> entryRate(const RateTable& rates, std::size_t list, StrView name);
 
 // The list number kept in entry_rates (1-based) of a RateTable list
 // (0-based); raises StoreError past the report's lists.
