@@ -5,7 +5,7 @@ enable_language(C)
 
 set(HB_THIRD_PARTY_CACHE "$ENV{HB_THIRD_PARTY_CACHE}" CACHE PATH
     "Where fetched third-party sources are kept (empty: /var/cache/hourbook/third-party)")
-if(NOT HB_SQLITE_DIR)
+if(NOT HB_SQLITE_DIR OR NOT EXISTS "${HB_SQLITE_DIR}/sqlite3.c")
   set(cache_arg)
   if(HB_THIRD_PARTY_CACHE)
     set(cache_arg ${HB_THIRD_PARTY_CACHE})
@@ -16,7 +16,7 @@ if(NOT HB_SQLITE_DIR)
   if(NOT sqlite_rc EQUAL 0 OR NOT EXISTS "${sqlite_dir}/sqlite3.c")
     message(FATAL_ERROR "scripts/third-party.sh sqlite failed (${sqlite_rc}): no SQLite source")
   endif()
-  set(HB_SQLITE_DIR ${sqlite_dir} CACHE PATH "The checked SQLite source (sqlite3.c, sqlite3.h)")
+  set(HB_SQLITE_DIR ${sqlite_dir} CACHE PATH "The checked SQLite source (sqlite3.c, sqlite3.h)" FORCE)
 endif()
 
 # Built once per tree, optimised and without the sanitizers or the project's

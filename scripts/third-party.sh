@@ -7,7 +7,9 @@
 #       SQLite's single-file source (sqlite3.c, sqlite3.h), from the npm
 #       package better-sqlite3, which carries it in deps/sqlite3. Prints the
 #       folder holding the two files. CACHE-DIR defaults to
-#       $HB_THIRD_PARTY_CACHE or /var/cache/hourbook/third-party.
+#       $HB_THIRD_PARTY_CACHE, else /var/cache/hourbook/third-party (shared by
+#       every build tree of the machine) where it can be written, else the
+#       source tree's build/third-party (not tracked).
 set -euo pipefail
 
 SQLITE_NPM_PACKAGE=better-sqlite3@13.2.0
@@ -64,8 +66,17 @@ fetch_sqlite() {
     printf '%s\n' "$dest"
 }
 
+default_cache() {
+    local shared=/var/cache/hourbook/third-party
+    if mkdir -p "$shared" 2>/dev/null && [ -w "$shared" ]; then
+        printf '%s' "$shared"
+    else
+        printf '%s' "$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)/build/third-party"
+    fi
+}
+
 what=${1:-}
-cache=${2:-${HB_THIRD_PARTY_CACHE:-/var/cache/hourbook/third-party}}
+cache=${2:-${HB_THIRD_PARTY_CACHE:-$(default_cache)}}
 case $what in
 sqlite) fetch_sqlite "$cache" ;;
 *) die "usage: third-party.sh sqlite [CACHE-DIR]" ;;
