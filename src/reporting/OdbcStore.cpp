@@ -27,10 +27,6 @@ constexpr long long kMigrationLock = 0x48425354;  // "HBST"
 // Rows one INSERT carries (18 parameters each; PostgreSQL takes up to 65535).
 constexpr std::size_t kRowsPerInsert = 200;
 
-constexpr const char* kColumns =
-    "user_name, entry_id, occurrence_start, day, start_time, end_time, subject, value1, value2, "
-    "value3, billed, all_day, is_private, recurring, seconds, rounded_seconds, rate, amount";
-
 SQLWCHAR* wide(Str& s) {
     return reinterpret_cast<SQLWCHAR*>(s.data());
 }
@@ -237,34 +233,7 @@ struct OdbcStore::Impl {
 };
 
 const std::vector<Migration>& OdbcStore::schema() {
-    static const std::vector<Migration> steps{
-        {1,
-         {"CREATE TABLE time_records("
-          " user_name text NOT NULL, entry_id text NOT NULL,"
-          " occurrence_start bigint NOT NULL, day integer NOT NULL,"
-          " start_time bigint NOT NULL, end_time bigint NOT NULL,"
-          " subject text NOT NULL DEFAULT '',"
-          " value1 text NOT NULL DEFAULT '', value2 text NOT NULL DEFAULT '',"
-          " value3 text NOT NULL DEFAULT '',"
-          " billed integer NOT NULL DEFAULT 0 CHECK (billed IN (0, 1)),"
-          " all_day integer NOT NULL DEFAULT 0 CHECK (all_day IN (0, 1)),"
-          " is_private integer NOT NULL DEFAULT 0 CHECK (is_private IN (0, 1)),"
-          " recurring integer NOT NULL DEFAULT 0 CHECK (recurring IN (0, 1)),"
-          " seconds bigint NOT NULL DEFAULT 0, rounded_seconds bigint NOT NULL DEFAULT 0,"
-          " rate bigint NOT NULL DEFAULT 0, amount bigint NOT NULL DEFAULT 0,"
-          " PRIMARY KEY (user_name, entry_id, occurrence_start, day))",
-          "CREATE INDEX time_records_by_user_day ON time_records(user_name, day, start_time, "
-          "entry_id,"
-          " occurrence_start)",
-          "CREATE INDEX time_records_by_day ON time_records(day, start_time, user_name, entry_id,"
-          " occurrence_start)",
-          "CREATE TABLE entry_rates("
-          " list_number integer NOT NULL CHECK (list_number BETWEEN 1 AND 3),"
-          " entry_name text NOT NULL, rate bigint NOT NULL)",
-          "CREATE UNIQUE INDEX entry_rates_by_name ON entry_rates(list_number, "
-          "lower(entry_name))"}},
-    };
-    return steps;
+    return recordSchema();
 }
 
 Str OdbcStore::withoutPassword(const Str& connection) {
@@ -363,7 +332,7 @@ void OdbcStore::replacePeriod(const Str& user, const Period& period,
     // what the first stored, instead of both deleting and both inserting.
     Impl::Stmt lock(d, "SELECT pg_advisory_xact_lock(1, hashtext(?))");
     lock.text(user).run(what);
-    Impl::Stmt del(d, "DELETE FROM time_records WHERE user_name = ? AND day BETWEEN ? AND ?");
+    Impl::Stmt del(d, sql::kDeletePeriod);
     del.text(user).integer(period.first).integer(period.last).run(what);
     // Many rows per statement: each statement is a round trip to the server.
     std::unique_ptr<Impl::Stmt> full, rest;
@@ -371,12 +340,7 @@ void OdbcStore::replacePeriod(const Str& user, const Period& period,
         const std::size_t rows = std::min(kRowsPerInsert, records.size() - first);
         auto& ins = rows == kRowsPerInsert ? full : rest;
         if (!ins) {
-            std::string sql = std::string("INSERT INTO time_records(") + kColumns + ") VALUES";
-            for (std::size_t i = 0; i < rows; ++i) {
-                sql += i ? ", " : " ";
-                sql += "(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)";
-            }
-            ins = std::make_unique<Impl::Stmt>(d, sql);
+            ins = std::make_unique<Impl::Stmt>(d, sql::insertRecords(rows));
         }
         ins->clear();
         for (std::size_t i = first; i < first + rows; ++i) {
@@ -409,13 +373,8 @@ void OdbcStore::replacePeriod(const Str& user, const Period& period,
 std::vector<TimeRecord> OdbcStore::load(const Str& user, const Period& period) {
     Impl& d = *impl_;
     const std::string what = "reading the period's records";
-    std::string sql = std::string("SELECT ") + kColumns +
-                      " FROM time_records WHERE day BETWEEN ? AND ?" +
-                      (user.empty() ? "" : " AND user_name = ?") +
-                      " ORDER BY day, start_time, user_name COLLATE \"C\", entry_id COLLATE \"C\","
-                      " occurrence_start";
     Impl::Transaction t(d);
-    Impl::Stmt q(d, sql);
+    Impl::Stmt q(d, sql::selectPeriod(!user.empty()));
     q.integer(period.first).integer(period.last);
     if (!user.empty()) {
         q.text(user);
@@ -452,7 +411,7 @@ RateTable OdbcStore::entryRates() {
     Impl& d = *impl_;
     const std::string what = "reading the entries' rates";
     Impl::Transaction t(d);
-    Impl::Stmt q(d, "SELECT list_number, entry_name, rate FROM entry_rates");
+    Impl::Stmt q(d, sql::kSelectRates);
     q.run(what);
     RateTable out;
     while (q.fetch(what)) {
@@ -471,10 +430,7 @@ void OdbcStore::putEntryRates(const RateTable& rates) {
     Impl& d = *impl_;
     const std::string what = "storing the entries' rates";
     Impl::Transaction t(d);
-    Impl::Stmt q(d,
-                 "INSERT INTO entry_rates(list_number, entry_name, rate) VALUES(?, ?, ?)"
-                 " ON CONFLICT (list_number, lower(entry_name)) DO UPDATE"
-                 " SET entry_name = excluded.entry_name, rate = excluded.rate");
+    Impl::Stmt q(d, sql::kUpsertRate);
     for (const auto& [key, rate] : rates) {
         q.clear();
         q.integer(storedListNumber(key.first)).text(key.second).integer(rate.scaled).run(what);

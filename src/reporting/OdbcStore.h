@@ -1,7 +1,8 @@
 #pragma once
 // The record store in a shared server database reached through ODBC (report
-// choice 3), in PostgreSQL's dialect: a workgroup's members export into one
-// database and report across it. Only the ODBC functions with the W suffix
+// choice 3): a workgroup's members export into one database and report
+// across it. The server is PostgreSQL (its advisory locks serialise
+// migrations and each user's exports). Only the ODBC functions with the W suffix
 // are called (texts are UTF-16 throughout; Wine's odbc32 has no A functions).
 #include <memory>
 #include <vector>
@@ -29,7 +30,7 @@ class OdbcStore : public RecordStore {
     RateTable entryRates() override;
     void putEntryRates(const RateTable& rates) override;
 
-    // The schema's steps in PostgreSQL's dialect.
+    // The schema's steps (recordSchema()).
     static const std::vector<Migration>& schema();
 
     // The connection text as messages may show it: a password's value

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string>
 
 #include "common/Text.h"
 #include "reporting/OdbcStore.h"
@@ -28,6 +29,67 @@ std::unique_ptr<RecordStore> openRecordStore(int choice, const Str& value) {
             throw StoreError("report data source " + std::to_string(choice) +
                              " keeps no database (2: a folder, 3: a server connection)");
     }
+}
+
+namespace sql {
+
+const char* const kRecordColumns =
+    "user_name, entry_id, occurrence_start, day, start_time, end_time, subject, value1, value2, "
+    "value3, billed, all_day, is_private, recurring, seconds, rounded_seconds, rate, amount";
+const char* const kDeletePeriod =
+    "DELETE FROM time_records WHERE user_name = ? AND day BETWEEN ? AND ?";
+const char* const kSelectRates = "SELECT list_number, entry_name, rate FROM entry_rates";
+const char* const kUpsertRate =
+    "INSERT INTO entry_rates(list_number, entry_name, rate) VALUES(?, ?, ?)"
+    " ON CONFLICT (list_number, lower(entry_name)) DO UPDATE"
+    " SET entry_name = excluded.entry_name, rate = excluded.rate";
+
+std::string insertRecords(std::size_t rows) {
+    std::string out = std::string("INSERT INTO time_records(") + kRecordColumns + ") VALUES";
+    for (std::size_t i = 0; i < rows; ++i) {
+        out += i ? ", " : " ";
+        out += "(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)";
+    }
+    return out;
+}
+
+std::string selectPeriod(bool oneUser) {
+    // The indexes hold this order, so that neither database sorts.
+    return std::string("SELECT ") + kRecordColumns +
+           " FROM time_records WHERE day BETWEEN ? AND ?" + (oneUser ? " AND user_name = ?" : "") +
+           " ORDER BY day, start_time, user_name, entry_id, occurrence_start";
+}
+
+}  // namespace sql
+
+const std::vector<Migration>& recordSchema() {
+    static const std::vector<Migration> steps{
+        {1,
+         {"CREATE TABLE time_records("
+          " user_name text NOT NULL, entry_id text NOT NULL,"
+          " occurrence_start bigint NOT NULL, day integer NOT NULL,"
+          " start_time bigint NOT NULL, end_time bigint NOT NULL,"
+          " subject text NOT NULL DEFAULT '',"
+          " value1 text NOT NULL DEFAULT '', value2 text NOT NULL DEFAULT '',"
+          " value3 text NOT NULL DEFAULT '',"
+          " billed integer NOT NULL DEFAULT 0 CHECK (billed IN (0, 1)),"
+          " all_day integer NOT NULL DEFAULT 0 CHECK (all_day IN (0, 1)),"
+          " is_private integer NOT NULL DEFAULT 0 CHECK (is_private IN (0, 1)),"
+          " recurring integer NOT NULL DEFAULT 0 CHECK (recurring IN (0, 1)),"
+          " seconds bigint NOT NULL DEFAULT 0, rounded_seconds bigint NOT NULL DEFAULT 0,"
+          " rate bigint NOT NULL DEFAULT 0, amount bigint NOT NULL DEFAULT 0,"
+          " PRIMARY KEY (user_name, entry_id, occurrence_start, day))",
+          "CREATE INDEX time_records_by_user_day"
+          " ON time_records(user_name, day, start_time, entry_id, occurrence_start)",
+          "CREATE INDEX time_records_by_day"
+          " ON time_records(day, start_time, user_name, entry_id, occurrence_start)",
+          "CREATE TABLE entry_rates("
+          " list_number integer NOT NULL CHECK (list_number BETWEEN 1 AND 3),"
+          " entry_name text NOT NULL, rate bigint NOT NULL)",
+          "CREATE UNIQUE INDEX entry_rates_by_name ON entry_rates(list_number, "
+          "lower(entry_name))"}},
+    };
+    return steps;
 }
 
 int latestVersion(const std::vector<Migration>& migrations) {

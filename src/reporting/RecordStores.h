@@ -3,7 +3,7 @@
 // the schema's migration steps, how times and money are kept, the checks a
 // period's records pass before anything is written.
 //
-// Both stores keep one schema (SQLite and PostgreSQL dialects of it):
+// Both stores keep one schema, one SQL text that both databases run:
 //   schema_version(version)            the schema's version, one row
 //   time_records(user_name, entry_id, occurrence_start, day, start_time,
 //                end_time, subject, value1, value2, value3, billed, all_day,
@@ -41,6 +41,22 @@ inline constexpr char16_t kSqliteFileName[] = u"Hourbook.sqlite";
 // for any other choice and when the database cannot be opened.
 std::unique_ptr<RecordStore> openRecordStore(int choice, const Str& value);
 
+// The SQL both stores run: the same text serves SQLite and PostgreSQL
+// (bigint and integer columns, lower() for the rates' letter case, '?'
+// parameters).
+namespace sql {
+// The columns of time_records in the order every statement names them.
+extern const char* const kRecordColumns;
+extern const char* const kDeletePeriod;  // ? user, ? first day, ? last day
+extern const char* const kSelectRates;
+extern const char* const kUpsertRate;  // ? list number, ? entry name, ? rate
+// INSERT INTO time_records of `rows` rows of parameters.
+std::string insertRecords(std::size_t rows);
+// SELECT kRecordColumns of a period (? first day, ? last day), of one user
+// (a third ?) or all, in the report's order.
+std::string selectPeriod(bool oneUser);
+}  // namespace sql
+
 // One step of the schema: the statements that take a database from the
 // version before to `version`. A database is migrated by running, in one
 // transaction, every step above its version.
@@ -48,6 +64,9 @@ struct Migration {
     int version = 0;
     std::vector<std::string> statements;
 };
+
+// The schema's steps (both stores).
+const std::vector<Migration>& recordSchema();
 
 // The latest version of a list of steps.
 int latestVersion(const std::vector<Migration>& migrations);

@@ -13,11 +13,6 @@ namespace {
 
 constexpr int kBusyTimeoutMs = 10000;
 
-// The columns of time_records in the order every statement names them.
-constexpr const char* kColumns =
-    "user_name, entry_id, occurrence_start, day, start_time, end_time, subject, value1, value2, "
-    "value3, billed, all_day, is_private, recurring, seconds, rounded_seconds, rate, amount";
-
 struct Statement {
     sqlite3_stmt* s = nullptr;
     Statement() = default;
@@ -132,33 +127,7 @@ struct SqliteStore::Impl {
 };
 
 const std::vector<Migration>& SqliteStore::schema() {
-    static const std::vector<Migration> steps{
-        {1,
-         {"CREATE TABLE time_records("
-          " user_name TEXT NOT NULL, entry_id TEXT NOT NULL,"
-          " occurrence_start INTEGER NOT NULL, day INTEGER NOT NULL,"
-          " start_time INTEGER NOT NULL, end_time INTEGER NOT NULL,"
-          " subject TEXT NOT NULL DEFAULT '',"
-          " value1 TEXT NOT NULL DEFAULT '', value2 TEXT NOT NULL DEFAULT '',"
-          " value3 TEXT NOT NULL DEFAULT '',"
-          " billed INTEGER NOT NULL DEFAULT 0 CHECK (billed IN (0, 1)),"
-          " all_day INTEGER NOT NULL DEFAULT 0 CHECK (all_day IN (0, 1)),"
-          " is_private INTEGER NOT NULL DEFAULT 0 CHECK (is_private IN (0, 1)),"
-          " recurring INTEGER NOT NULL DEFAULT 0 CHECK (recurring IN (0, 1)),"
-          " seconds INTEGER NOT NULL DEFAULT 0, rounded_seconds INTEGER NOT NULL DEFAULT 0,"
-          " rate INTEGER NOT NULL DEFAULT 0, amount INTEGER NOT NULL DEFAULT 0,"
-          " PRIMARY KEY (user_name, entry_id, occurrence_start, day))",
-          "CREATE INDEX time_records_by_user_day ON time_records(user_name, day, start_time, "
-          "entry_id,"
-          " occurrence_start)",
-          "CREATE INDEX time_records_by_day ON time_records(day, start_time, user_name, entry_id,"
-          " occurrence_start)",
-          "CREATE TABLE entry_rates("
-          " list_number INTEGER NOT NULL CHECK (list_number BETWEEN 1 AND 3),"
-          " entry_name TEXT NOT NULL COLLATE NOCASE, rate INTEGER NOT NULL,"
-          " PRIMARY KEY (list_number, entry_name))"}},
-    };
-    return steps;
+    return recordSchema();
 }
 
 SqliteStore::SqliteStore(const Str& file, const std::vector<Migration>& migrations)
@@ -222,8 +191,7 @@ void SqliteStore::replacePeriod(const Str& user, const Period& period,
     Impl& d = *impl_;
     const char* what = "storing the period's records";
     Impl::Transaction t(d, what);
-    d.prepare(d.removePeriod,
-              "DELETE FROM time_records WHERE user_name = ?1 AND day BETWEEN ?2 AND ?3");
+    d.prepare(d.removePeriod, sql::kDeletePeriod);
     d.bindText(d.removePeriod.s, 1, user);
     sqlite3_bind_int(d.removePeriod.s, 2, period.first);
     sqlite3_bind_int(d.removePeriod.s, 3, period.last);
@@ -232,9 +200,7 @@ void SqliteStore::replacePeriod(const Str& user, const Period& period,
     if (rc != SQLITE_DONE) {
         d.fail(what, rc);
     }
-    d.prepare(d.insert, std::string("INSERT INTO time_records(") + kColumns +
-                            ") VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13, ?14,"
-                            " ?15, ?16, ?17, ?18)");
+    d.prepare(d.insert, sql::insertRecords(1));
     sqlite3_stmt* s = d.insert.s;
     for (const auto& r : records) {
         d.bindText(s, 1, user);
@@ -272,13 +238,9 @@ void SqliteStore::replacePeriod(const Str& user, const Period& period,
 
 std::vector<TimeRecord> SqliteStore::load(const Str& user, const Period& period) {
     Impl& d = *impl_;
-    const std::string select = std::string("SELECT ") + kColumns + " FROM time_records WHERE ";
-    const std::string order = " ORDER BY day, start_time, user_name, entry_id, occurrence_start";
     Statement& st = user.empty() ? d.loadAll : d.loadUser;
-    if (user.empty()) {
-        d.prepare(st, select + "day BETWEEN ?1 AND ?2" + order);
-    } else {
-        d.prepare(st, select + "day BETWEEN ?1 AND ?2 AND user_name = ?3" + order);
+    d.prepare(st, sql::selectPeriod(!user.empty()));
+    if (!user.empty()) {
         d.bindText(st.s, 3, user);
     }
     sqlite3_bind_int(st.s, 1, period.first);
@@ -318,7 +280,7 @@ std::vector<TimeRecord> SqliteStore::load(const Str& user, const Period& period)
 RateTable SqliteStore::entryRates() {
     Impl& d = *impl_;
     Statement q;
-    d.prepare(q, "SELECT list_number, entry_name, rate FROM entry_rates");
+    d.prepare(q, sql::kSelectRates);
     RateTable out;
     int rc;
     while ((rc = sqlite3_step(q.s)) == SQLITE_ROW) {
@@ -339,11 +301,7 @@ void SqliteStore::putEntryRates(const RateTable& rates) {
     const char* what = "storing the entries' rates";
     Impl::Transaction t(d, what);
     Statement q;
-    d.prepare(
-        q,
-        "INSERT INTO entry_rates(list_number, entry_name, rate) VALUES(?1, ?2, ?3)"
-        " ON CONFLICT(list_number, entry_name) DO UPDATE SET entry_name = excluded.entry_name,"
-        " rate = excluded.rate");
+    d.prepare(q, sql::kUpsertRate);
     for (const auto& [key, rate] : rates) {
         sqlite3_bind_int(q.s, 1, storedListNumber(key.first));
         d.bindText(q.s, 2, key.second);

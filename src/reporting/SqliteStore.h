@@ -28,7 +28,7 @@ class SqliteStore : public RecordStore {
     RateTable entryRates() override;
     void putEntryRates(const RateTable& rates) override;
 
-    // The schema's steps in SQLite's dialect.
+    // The schema's steps (recordSchema()).
     static const std::vector<Migration>& schema();
 
   private:
