@@ -78,12 +78,23 @@ struct SqliteStore::Impl {
                             SQLITE_STATIC);
     }
 
-    static Str text(sqlite3_stmt* s, int i) {
-        auto p = static_cast<const char16_t*>(sqlite3_column_text16(s, i));
+    // A text column as kept (UTF-8): most texts are ASCII, which widens
+    // unit for unit without SQLite converting it into a buffer of its own.
+    static void text(sqlite3_stmt* s, int i, Str& out) {
+        auto p = sqlite3_column_text(s, i);
+        const auto n = static_cast<std::size_t>(sqlite3_column_bytes(s, i));
         if (!p) {
-            return {};
+            out.clear();
+            return;
         }
-        return Str(p, static_cast<std::size_t>(sqlite3_column_bytes16(s, i)) / sizeof(char16_t));
+        out.resize(n);
+        for (std::size_t k = 0; k < n; ++k) {
+            if (p[k] >= 0x80) {
+                out = fromUtf8(std::string_view(reinterpret_cast<const char*>(p), n));
+                return;
+            }
+            out[k] = static_cast<char16_t>(p[k]);
+        }
     }
 
     // Ends an open transaction: commits when all went well, rolls back when
@@ -249,16 +260,16 @@ std::vector<TimeRecord> SqliteStore::load(const Str& user, const Period& period)
     sqlite3_stmt* s = st.s;
     int rc;
     while ((rc = sqlite3_step(s)) == SQLITE_ROW) {
-        TimeRecord r;
-        r.user = Impl::text(s, 0);
-        r.entryId = Impl::text(s, 1);
+        TimeRecord& r = out.emplace_back();
+        Impl::text(s, 0, r.user);
+        Impl::text(s, 1, r.entryId);
         r.occurrenceStart = storedDate(sqlite3_column_int64(s, 2));
         r.day = sqlite3_column_int(s, 3);
         r.start = storedDate(sqlite3_column_int64(s, 4));
         r.end = storedDate(sqlite3_column_int64(s, 5));
-        r.subject = Impl::text(s, 6);
+        Impl::text(s, 6, r.subject);
         for (std::size_t i = 0; i < kReportLists; ++i) {
-            r.values[i] = Impl::text(s, 7 + static_cast<int>(i));
+            Impl::text(s, 7 + static_cast<int>(i), r.values[i]);
         }
         r.billed = sqlite3_column_int(s, 10) != 0;
         r.allDay = sqlite3_column_int(s, 11) != 0;
@@ -268,7 +279,6 @@ std::vector<TimeRecord> SqliteStore::load(const Str& user, const Period& period)
         r.roundedSeconds = sqlite3_column_int64(s, 15);
         r.rate.scaled = sqlite3_column_int64(s, 16);
         r.amount.scaled = sqlite3_column_int64(s, 17);
-        out.push_back(std::move(r));
     }
     sqlite3_reset(s);
     if (rc != SQLITE_DONE) {
@@ -286,7 +296,9 @@ RateTable SqliteStore::entryRates() {
     while ((rc = sqlite3_step(q.s)) == SQLITE_ROW) {
         int list = sqlite3_column_int(q.s, 0);
         if (list >= 1 && list <= static_cast<int>(kReportLists)) {
-            out[{static_cast<std::size_t>(list - 1), Impl::text(q.s, 1)}] =
+            Str name;
+            Impl::text(q.s, 1, name);
+            out[{static_cast<std::size_t>(list - 1), name}] =
                 Currency{sqlite3_column_int64(q.s, 2)};
         }
     }
