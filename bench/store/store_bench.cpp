@@ -32,7 +32,8 @@ std::vector<TimeRecord> makeRecords(std::size_t count, const Period& period) {
     for (std::size_t i = 0; i < count; ++i) {
         TimeRecord r;
         r.user = u"anna";
-        r.entryId = u"00000000A1B2C3D4E5F6071829304A5B6C7D8E9F0700" + toStr(static_cast<long long>(i));
+        r.entryId =
+            u"00000000A1B2C3D4E5F6071829304A5B6C7D8E9F0700" + toStr(static_cast<long long>(i));
         r.day = period.first + static_cast<DayNumber>(i / perDay);
         double hour = 7.0 + static_cast<double>(i % perDay) * 12.0 / static_cast<double>(perDay);
         r.occurrenceStart = r.start = Date{r.day + hour / 24.0};
