@@ -11,8 +11,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr int kBusyTimeoutMs = 10000;
-
 struct Statement {
     sqlite3_stmt* s = nullptr;
     Statement() = default;
@@ -27,6 +25,7 @@ struct SqliteStore::Impl {
     sqlite3* db = nullptr;
     std::string file;  // UTF-8, for messages
     int version = 0;
+    int busyMs = kBusyTimeoutMs;
     Statement insert, removePeriod, loadUser, loadAll;
 
     // close_v2 lets the connection go once the statements (members, so
@@ -45,8 +44,9 @@ struct SqliteStore::Impl {
             case SQLITE_BUSY:
             case SQLITE_LOCKED:
                 throw StoreError("the database file " + file + " stayed busy for " +
-                                 std::to_string(kBusyTimeoutMs / 1000) +
-                                 " s (another export): " + what);
+                                 (busyMs % 1000 == 0 ? std::to_string(busyMs / 1000) + " s"
+                                                     : std::to_string(busyMs) + " ms") +
+                                 " (another export): " + what);
             case SQLITE_CORRUPT:
                 throw StoreError("the database file " + file + " is damaged: " + detail);
             default:
@@ -141,8 +141,9 @@ const std::vector<Migration>& SqliteStore::schema() {
     return recordSchema();
 }
 
-SqliteStore::SqliteStore(const Str& file, const std::vector<Migration>& migrations)
+SqliteStore::SqliteStore(const Str& file, const std::vector<Migration>& migrations, int busyMs)
     : impl_(std::make_unique<Impl>()) {
+    impl_->busyMs = busyMs;
     impl_->file = toUtf8(file);
     const fs::path path(file);
     std::error_code ec;
@@ -177,7 +178,7 @@ SqliteStore::SqliteStore(const Str& file, const std::vector<Migration>& migratio
                          (impl_->db ? sqlite3_errmsg(impl_->db) : sqlite3_errstr(rc)));
     }
     sqlite3_extended_result_codes(impl_->db, 1);
-    sqlite3_busy_timeout(impl_->db, kBusyTimeoutMs);
+    sqlite3_busy_timeout(impl_->db, busyMs);
     if (sqlite3_db_readonly(impl_->db, "main") == 1) {
         throw StoreError("the database file " + impl_->file +
                          " is read-only: the report needs to write to it");

@@ -12,11 +12,15 @@ namespace hb::reporting {
 
 class SqliteStore : public RecordStore {
   public:
+    static constexpr int kBusyTimeoutMs = 10000;
+
     // Opens the database file (creating it when missing) and brings its
     // schema up to date with `migrations`. Raises StoreError: the folder
     // does not exist, the file is read-only or not a database, the file was
     // made by a newer schema, a migration failed (the file is then as it was).
-    explicit SqliteStore(const Str& file, const std::vector<Migration>& migrations = schema());
+    // `busyMs` is how long a write waits for another writer (10 s).
+    explicit SqliteStore(const Str& file, const std::vector<Migration>& migrations = schema(),
+                         int busyMs = kBusyTimeoutMs);
     ~SqliteStore() override;
     SqliteStore(const SqliteStore&) = delete;
     SqliteStore& operator=(const SqliteStore&) = delete;

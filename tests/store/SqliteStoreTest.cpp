@@ -111,3 +111,35 @@ TEST(SqliteStoreOpen, AVersionZeroFileIsMigratedToTheCurrentSchema) {
 
 }  // namespace
 }  // namespace hb::reporting
+
+namespace hb::reporting {
+namespace {
+
+// Another program holding the file's write lock longer than the store
+// waits: the export fails with a StoreError and leaves the records as they
+// were; once the lock is gone it goes through.
+TEST(SqliteStoreBusy, AnExportThatWaitsTooLongFailsAndChangesNothing) {
+    TempFolder folder;
+    const Str file = folder.file("Hourbook.sqlite");
+    SqliteStore store(file, SqliteStore::schema(), 200);
+    store.replacePeriod(u"anna", {45000, 45000}, {testing::record(u"A", 45000, 9, 1)});
+    sqlite3* other = nullptr;
+    ASSERT_EQ(sqlite3_open(toUtf8(file).c_str(), &other), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+    try {
+        store.replacePeriod(u"anna", {45000, 45000}, {testing::record(u"B", 45000, 9, 1)});
+        ADD_FAILURE() << "stored past another writer's lock";
+    } catch (const StoreError& e) {
+        EXPECT_THAT(e.what(), HasSubstr("stayed busy for 200 ms"));
+    }
+    sqlite3_exec(other, "ROLLBACK", nullptr, nullptr, nullptr);
+    sqlite3_close(other);
+    auto left = store.load(u"anna", {45000, 45000});
+    ASSERT_EQ(left.size(), 1u);
+    EXPECT_EQ(left[0].entryId, u"A");
+    store.replacePeriod(u"anna", {45000, 45000}, {testing::record(u"B", 45000, 9, 1)});
+    EXPECT_EQ(store.load(u"anna", {45000, 45000})[0].entryId, u"B");
+}
+
+}  // namespace
+}  // namespace hb::reporting
