@@ -42,11 +42,15 @@ hb_area(hb_settings_app FILES apps/settings/SettingsEditor.cpp apps/settings/Set
 # The report program's portable core (reading the calendar, the time rules,
 # storage, aggregation, exports).
 include(${PROJECT_SOURCE_DIR}/cmake/Xlsxwriter.cmake)
-if(HB_HAVE_XLSXWRITER)
-  hb_area(hb_reporting DIRS src/reporting DEPS hb_settings hb_xlsxwriter)
-else()
-  hb_area(hb_reporting DIRS src/reporting EXCLUDE src/reporting/XlsxExport.cpp DEPS hb_settings)
+set(hb_reporting_excluded src/reporting/SqliteStore.cpp src/reporting/OdbcStore.cpp
+    src/reporting/RecordStores.cpp)
+if(NOT HB_HAVE_XLSXWRITER)
+  list(APPEND hb_reporting_excluded src/reporting/XlsxExport.cpp)
 endif()
+hb_area(hb_reporting DIRS src/reporting DEPS hb_settings hb_xlsxwriter
+        EXCLUDE ${hb_reporting_excluded})
+# Its record stores (SQLite, ODBC): hb_store, hb_sqlite3 and their tests.
+include(${PROJECT_SOURCE_DIR}/cmake/RecordStores.cmake)
 
 # Everything portable in one static library (what the Windows DLL links).
 add_library(hbcore STATIC $<TARGET_OBJECTS:hb_common> $<TARGET_OBJECTS:hb_diag>

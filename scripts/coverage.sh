@@ -14,7 +14,8 @@ set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 cd "$HB_ROOT"
 
-HB_PACKAGES=(cmake g++ make googletest libgtest-dev libgmock-dev gcovr)
+HB_PACKAGES=(cmake g++ make googletest libgtest-dev libgmock-dev gcovr
+             postgresql odbc-postgresql unixodbc unixodbc-dev)
 hb_ensure_packages
 
 dir=$(hb_build_dir coverage)

@@ -10,7 +10,8 @@ HB_PACKAGES=(cmake g++ make googletest libgtest-dev libgmock-dev libbenchmark-de
              clang-14 libclang-rt-14-dev
              mingw-w64 mingw-w64-tools libwine-dev wine64 wine xvfb xauth debootstrap imagemagick
              wixl
-             libxlsxwriter-dev libz-mingw-w64-dev python3-openpyxl)
+             libxlsxwriter-dev libz-mingw-w64-dev python3-openpyxl
+             postgresql odbc-postgresql unixodbc unixodbc-dev)
 
 hb_say() { printf '\n==> %s\n' "$*"; }
 

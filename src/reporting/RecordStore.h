@@ -40,6 +40,13 @@ class RecordStore {
     virtual std::vector<TimeRecord> load(const Str& user, const Period& period) = 0;
     // The rates entries have of their own.
     virtual RateTable entryRates() = 0;
+    // Sets these entries' own rates (others are kept), in one transaction.
+    // Raises StoreError; a store that keeps no rates raises it always.
+    virtual void putEntryRates(const RateTable& rates);
 };
+
+inline void RecordStore::putEntryRates(const RateTable&) {
+    throw StoreError("this record store keeps no rates of its own");
+}
 
 }  // namespace hb::reporting
