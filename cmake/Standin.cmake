@@ -20,10 +20,15 @@ add_dependencies(hb_standin hb_idl)
 # The session presses Settings: the add-in starts the settings program from its folder.
 add_dependencies(hb_standin HBPersonalSettingsSingle)
 
+# The tests of the stand-in served to other processes register it as
+# Outlook's local server and compare with the calendar it furnishes.
+set(hb_standin_served ${PROJECT_SOURCE_DIR}/standin/HostSetup.cpp
+    ${PROJECT_SOURCE_DIR}/standin/OutlookServer.cpp)
 if(HB_WIN_TESTS)
   file(GLOB hb_standintest_srcs CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/win/Standin*WinTest.cpp)
   if(hb_standintest_srcs)
-    add_executable(hb_standintests ${hb_standintest_srcs})
+    add_executable(hb_standintests ${hb_standintest_srcs} ${hb_standin_served}
+                   $<TARGET_OBJECTS:hb_sim>)
     target_include_directories(hb_standintests PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}
                                ${PROJECT_SOURCE_DIR}/tests ${hb_gen})
     target_link_libraries(hb_standintests PRIVATE hb_win32 hbcore gtest gtest_main ${HB_WIN_LIBS})
@@ -42,3 +47,4 @@ add_dependencies(hb_e2ebench hb_idl HBAddin)
 
 # The end-to-end tests of hb_wintests run hb_standin.exe from their folder.
 add_dependencies(hb_wintests hb_standin)
+target_sources(hb_wintests PRIVATE ${hb_standin_served})
