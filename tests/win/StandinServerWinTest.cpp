@@ -124,6 +124,10 @@ TEST_F(StandinServer, ARunningStandinIsFoundByGetActiveObjectAndQuitsWhenLetGo) 
         ASSERT_EQ(heldCalendar().size(), 3u);
         EXPECT_EQ(app.toObject()->typeName(), u"Application");
         EXPECT_EQ(readCalendar(app), heldCalendar());
+        // The items read are let go; the Application alone keeps it running.
+        EXPECT_EQ(WaitForSingleObject(pi.hProcess, 1000), static_cast<DWORD>(WAIT_TIMEOUT))
+            << "the stand-in quit while a client still held its Application";
+        EXPECT_EQ(app.toObject()->get(u"Name").toStr(), u"Outlook");
     }
     // Let go of everything: the stand-in ends by itself and its entry goes.
     DWORD code = 99;
