@@ -122,12 +122,8 @@ void furnishOutlook(sim::Outlook& o, int version) {
 RunningOutlook::RunningOutlook(sim::Scenario& sc) {
     RegSetKeyValueW(HKEY_CLASSES_ROOT, (std::wstring(kOutlookProgId) + L"\\CLSID").c_str(), nullptr,
                     REG_SZ, kOutlookClsid, sizeof kOutlookClsid);
-    CLSID clsid{};
-    CLSIDFromString(kOutlookClsid, &clsid);
-    hb::Variant app = sc.instruments().toAddin(
-        hb::Variant(hb::ObjectPtr(sc.outlook().application())), u"GetObject");
-    hb::com::ComPtr<IDispatch> d = hb::com::dispatchOf(app.toObject());
-    RegisterActiveObject(d.get(), clsid, ACTIVEOBJECT_STRONG, &cookie_);
+    RegisterActiveObject(servedApplication(sc, u"GetObject").get(), outlookClassId(),
+                         ACTIVEOBJECT_STRONG, &cookie_);
 }
 
 RunningOutlook::~RunningOutlook() {

@@ -50,14 +50,21 @@ std::wstring registeredOutlookServer() {
     return text;
 }
 
-OutlookServer::OutlookServer(sim::Scenario& sc) : sc_(sc) {
+CLSID outlookClassId() {
     CLSID clsid{};
-    if (FAILED(CLSIDFromString(kOutlookClsid, &clsid))) return;
-    // The Application as every client sees it (calls counted like the
-    // add-in's); the dispatch server keeps one COM object per simulated one.
-    const hb::Variant app = sc.instruments().toAddin(
-        hb::Variant(hb::ObjectPtr(sc.outlook().application())), u"GetActiveObject");
-    hb::com::ComPtr<IDispatch> dispatch = hb::com::dispatchOf(app.toObject());
+    CLSIDFromString(kOutlookClsid, &clsid);
+    return clsid;
+}
+
+hb::com::ComPtr<IDispatch> servedApplication(sim::Scenario& sc, const hb::Str& origin) {
+    const hb::Variant app =
+        sc.instruments().toAddin(hb::Variant(hb::ObjectPtr(sc.outlook().application())), origin);
+    return hb::com::dispatchOf(app.toObject());
+}
+
+OutlookServer::OutlookServer(sim::Scenario& sc) : sc_(sc) {
+    const CLSID clsid = outlookClassId();
+    hb::com::ComPtr<IDispatch> dispatch = servedApplication(sc, u"GetActiveObject");
     if (!dispatch) return;
     // Registered weakly, as an application started by automation does: the
     // table alone does not keep it running, its clients do.

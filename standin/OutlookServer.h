@@ -30,6 +30,14 @@ void unregisterOutlookServer();
 // The local server's command line as registered, empty when none is.
 std::wstring registeredOutlookServer();
 
+// Outlook's class id, parsed.
+CLSID outlookClassId();
+
+// The scenario's Application as a COM object, as a client gets it (its
+// calls counted as the add-in's are, `origin` naming how it was had); the
+// dispatch server keeps one COM object per simulated one.
+hb::com::ComPtr<IDispatch> servedApplication(sim::Scenario& sc, const hb::Str& origin);
+
 // Serves the scenario's Application to other processes while it lives:
 // registered in the running object table and as the class object of
 // Outlook.Application; both are revoked when it goes.
