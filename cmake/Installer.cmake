@@ -68,15 +68,24 @@ function(hb_msi_package target output version)
 
   set(files $<TARGET_FILE:HBAddin>)
   set(programs HBAddin)
-  set(settings_exe "")
-  if(TARGET HBPersonalSettingsSingle)
-    list(APPEND files $<TARGET_FILE:HBPersonalSettingsSingle>)
-    list(APPEND programs HBPersonalSettingsSingle)
-    set(settings_exe $<TARGET_FILE_NAME:HBPersonalSettingsSingle>)
-  endif()
+  # The programs beside the add-in, each as the package's variable for its
+  # file (empty when the build has no such program).
+  set(program_defines)
+  foreach(entry IN ITEMS HBPersonalSettingsSingle:SettingsExe HBReporting:ReportingExe)
+    string(REPLACE ":" ";" entry ${entry})
+    list(GET entry 0 program)
+    list(GET entry 1 variable)
+    set(file_name "")
+    if(TARGET ${program})
+      list(APPEND files $<TARGET_FILE:${program}>)
+      list(APPEND programs ${program})
+      set(file_name $<TARGET_FILE_NAME:${program}>)
+    endif()
+    list(APPEND program_defines -D ${variable}=${file_name})
+  endforeach()
   set(wxs ${PROJECT_SOURCE_DIR}/installer/HBAddin.wxs)
   # wixl takes the files by their names in its working directory, the build
-  # tree's root, where the DLL and the settings program are built.
+  # tree's root, where the DLL and the settings and report programs are built.
   get_filename_component(output_dir ${output} DIRECTORY)
   add_custom_command(
     OUTPUT ${output}
@@ -87,7 +96,7 @@ function(hb_msi_package target output version)
             -D FriendlyName=${hb_msi_FriendlyName} -D VendorWebAddress=${hb_msi_VendorWebAddress}
             -D DesignerClsid=${hb_msi_designer} -D PaneClsid=${hb_msi_pane}
             -D LibId=${hb_msi_libid} -D PaneIid=${hb_msi_pane_iid}
-            -D AddinDll=$<TARGET_FILE_NAME:HBAddin> -D SettingsExe=${settings_exe} ${wxs}
+            -D AddinDll=$<TARGET_FILE_NAME:HBAddin> ${program_defines} ${wxs}
     DEPENDS ${wxs} ${files}
     WORKING_DIRECTORY ${CMAKE_BINARY_DIR}
     COMMENT "wixl: ${output}"

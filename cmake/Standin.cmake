@@ -20,10 +20,16 @@ add_dependencies(hb_standin hb_idl)
 # The session presses Settings: the add-in starts the settings program from its folder.
 add_dependencies(hb_standin HBPersonalSettingsSingle)
 
+# What a run of the stand-in sets up around its Outlook, and its Application
+# served to other processes: the end-to-end benchmark and the tests that
+# register the stand-in as Outlook's local server share these.
+set(hb_standin_served ${PROJECT_SOURCE_DIR}/standin/HostSetup.cpp
+    ${PROJECT_SOURCE_DIR}/standin/OutlookServer.cpp)
 if(HB_WIN_TESTS)
   file(GLOB hb_standintest_srcs CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/win/Standin*WinTest.cpp)
   if(hb_standintest_srcs)
-    add_executable(hb_standintests ${hb_standintest_srcs})
+    add_executable(hb_standintests ${hb_standintest_srcs} ${hb_standin_served}
+                   $<TARGET_OBJECTS:hb_sim>)
     target_include_directories(hb_standintests PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}
                                ${PROJECT_SOURCE_DIR}/tests ${hb_gen})
     target_link_libraries(hb_standintests PRIVATE hb_win32 hbcore gtest gtest_main ${HB_WIN_LIBS})
@@ -34,7 +40,7 @@ endif()
 add_executable(hb_e2ebench ${PROJECT_SOURCE_DIR}/bench/win/hb_e2ebench.cpp
                ${PROJECT_SOURCE_DIR}/standin/LoadedAddins.cpp
                ${PROJECT_SOURCE_DIR}/standin/TaskPaneFactory.cpp
-               ${PROJECT_SOURCE_DIR}/standin/HostSetup.cpp ${hb_standin_rc} $<TARGET_OBJECTS:hb_sim>)
+               ${hb_standin_served} ${hb_standin_rc} $<TARGET_OBJECTS:hb_sim>)
 target_include_directories(hb_e2ebench PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}
                            ${PROJECT_SOURCE_DIR}/tests/win ${hb_gen})
 target_link_libraries(hb_e2ebench PRIVATE hb_win32 hbcore ${HB_WIN_LIBS})
@@ -42,3 +48,4 @@ add_dependencies(hb_e2ebench hb_idl HBAddin)
 
 # The end-to-end tests of hb_wintests run hb_standin.exe from their folder.
 add_dependencies(hb_wintests hb_standin)
+target_sources(hb_wintests PRIVATE ${hb_standin_served})

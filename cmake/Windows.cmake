@@ -7,6 +7,7 @@
 #   gtest          GoogleTest built from Debian's source (/usr/src/googletest)
 #   hb_wintests    tests/win/*.cpp, GoogleTest, run under Wine by CTest
 #   hb_selfcheck   tests/win/selfcheck: loads HBAddin.dll and reports on it
+#   HBReporting    the report program (cmake/ReportingApp.cmake)
 #
 # The test programs run through ${CMAKE_BINARY_DIR}/wine-run.sh (generated from
 # cmake/wine-run.sh.in), which uses the build tree's own Wine prefix.
@@ -191,3 +192,5 @@ include(${CMAKE_CURRENT_LIST_DIR}/Standin.cmake)
 include(${CMAKE_CURRENT_LIST_DIR}/SettingsApp.cmake)
 include(${CMAKE_CURRENT_LIST_DIR}/ReportWindow.cmake)
 include(${CMAKE_CURRENT_LIST_DIR}/RecordStoresWin.cmake)
+# The report program links the window and the record stores above.
+include(${CMAKE_CURRENT_LIST_DIR}/ReportingApp.cmake)

@@ -9,6 +9,7 @@
 #include "common/Text.h"
 #include "sim/Instruments.h"
 #include "sim/SimObject.h"
+#include "standin/OutlookServer.h"
 #include "win/com/ComVariant.h"
 #include "win/com/DispatchServer.h"
 
@@ -17,7 +18,6 @@ namespace standin {
 namespace {
 
 constexpr wchar_t kSettingsKey[] = L"Software\\Brindlewood\\Hourbook for Outlook\\Settings";
-constexpr wchar_t kOutlookClsid[] = L"{0006F03A-0000-0000-C000-000000000046}";
 
 bool keyExists(HKEY root, const wchar_t* path) {
     HKEY key = nullptr;
@@ -120,14 +120,10 @@ void furnishOutlook(sim::Outlook& o, int version) {
 }
 
 RunningOutlook::RunningOutlook(sim::Scenario& sc) {
-    RegSetKeyValueW(HKEY_CLASSES_ROOT, L"Outlook.Application\\CLSID", nullptr, REG_SZ,
-                    kOutlookClsid, sizeof kOutlookClsid);
-    CLSID clsid{};
-    CLSIDFromString(kOutlookClsid, &clsid);
-    hb::Variant app = sc.instruments().toAddin(
-        hb::Variant(hb::ObjectPtr(sc.outlook().application())), u"GetObject");
-    hb::com::ComPtr<IDispatch> d = hb::com::dispatchOf(app.toObject());
-    RegisterActiveObject(d.get(), clsid, ACTIVEOBJECT_STRONG, &cookie_);
+    RegSetKeyValueW(HKEY_CLASSES_ROOT, (std::wstring(kOutlookProgId) + L"\\CLSID").c_str(), nullptr,
+                    REG_SZ, kOutlookClsid, sizeof kOutlookClsid);
+    RegisterActiveObject(servedApplication(sc, u"GetObject").get(), outlookClassId(),
+                         ACTIVEOBJECT_STRONG, &cookie_);
 }
 
 RunningOutlook::~RunningOutlook() {

@@ -8,11 +8,17 @@
 //   hb_standin.exe [--version 9..16] [--shots FOLDER] [--startup-only]
 //   hb_standin.exe [--version 9..16] --after-startup
 //   hb_standin.exe [--version 9..16] --fault-sweep startup|selection
+//   hb_standin.exe [--version 9..16] -Embedding
+//   hb_standin.exe --register-server | --unregister-server
 //
 // --after-startup: Outlook runs first without the add-in, with an
 // appointment window open; then the user loads the add-in in the COM
 // add-ins dialog (OnConnection with ext_cm_AfterStartup, no Startup event),
 // and bills in the calendar and in that window.
+// -Embedding: started by COM as Outlook.Application's local server (the
+// keys --register-server writes and --unregister-server removes): serves its
+// Application to other processes and quits when they let go
+// (OutlookServer.h).
 // Exit status: 0 when every expectation held, the add-in loaded, showed no
 // message box and let go of every object it was handed; 1 otherwise. The
 // fault sweep (FaultSweep.h) has rules of its own.
@@ -35,6 +41,7 @@
 #include "standin/HostSetup.h"
 #include "standin/HostWindows.h"
 #include "standin/LoadedAddins.h"
+#include "standin/OutlookServer.h"
 #include "standin/SettingsProgram.h"
 #include "win/ComTestSupport.h"
 #include "win/com/ComVariant.h"
@@ -141,6 +148,7 @@ struct Options {
     bool startupOnly = false;
     bool afterStartup = false;
     std::optional<SweepPhase> sweep;
+    bool embedding = false;
 };
 
 std::string utf8(const Str& s) {
@@ -611,6 +619,23 @@ int Session::run() {
     return failures_ == 0 ? 0 : 1;
 }
 
+// An Outlook started by automation: the calendar of the session, no window,
+// no add-in; it ends when its clients let go.
+int serveAutomationClients(int version) {
+    sim::Scenario sc;
+    furnishOutlook(sc.outlook(), version);
+    OutlookServer server(sc);
+    if (!server.serving()) return 1;
+    server.serveUntilReleased(60000);
+    return 0;
+}
+
+std::wstring ownPath() {
+    wchar_t path[MAX_PATH * 4] = {};
+    GetModuleFileNameW(nullptr, path, MAX_PATH * 4);
+    return path;
+}
+
 }  // namespace
 }  // namespace standin
 
@@ -624,6 +649,15 @@ int wmain(int argc, wchar_t** argv) {
             options.shots = argv[++i];
         } else if (arg == L"--startup-only") {
             options.startupOnly = true;
+        } else if (_wcsicmp(arg.c_str(), L"-Embedding") == 0 ||
+                   _wcsicmp(arg.c_str(), L"/Embedding") == 0) {
+            options.embedding = true;
+        } else if (arg == L"--register-server" || arg == L"--unregister-server") {
+            if (arg == L"--unregister-server") {
+                standin::unregisterOutlookServer();
+                return 0;
+            }
+            return standin::registerOutlookServer(standin::ownPath()) ? 0 : 1;
         } else if (arg == L"--after-startup") {
             options.afterStartup = true;
         } else if (arg == L"--fault-sweep" && i + 1 < argc &&
@@ -635,7 +669,9 @@ int wmain(int argc, wchar_t** argv) {
             std::fprintf(stderr,
                          "usage: hb_standin [--version 9..16] [--shots FOLDER] [--startup-only]\n"
                          "       hb_standin [--version 9..16] --after-startup\n"
-                         "       hb_standin [--version 9..16] --fault-sweep startup|selection\n");
+                         "       hb_standin [--version 9..16] --fault-sweep startup|selection\n"
+                         "       hb_standin [--version 9..16] -Embedding\n"
+                         "       hb_standin --register-server | --unregister-server\n");
             return 2;
         }
     }
@@ -647,7 +683,9 @@ int wmain(int argc, wchar_t** argv) {
     if (FAILED(OleInitialize(nullptr))) return 1;
     standin::serveSimulatedOutlook();
     int rc = 1;
-    if (options.sweep) {
+    if (options.embedding) {
+        rc = standin::serveAutomationClients(options.version);
+    } else if (options.sweep) {
         rc = standin::runFaultSweep(*options.sweep, options.version);
     } else {
         standin::Session session(options);

@@ -19,40 +19,15 @@
 #include "apps/settings/SettingsStore.h"
 #include "common/Text.h"
 #include "languages/modMultiLanguage.h"
-#include "platform/win32/Win32Platform.h"
+#include "platform/win32/ConsolePlatform.h"
 
 namespace {
 
+using hb::ConsolePlatform;
 using hb::Str;
+using hb::writeErrorLine;
 
 enum Exit { kOk = 0, kFailed = 1, kUsage = 2 };
-
-// stderr of a GUI program: the handle it was given (a file or pipe), or the
-// console of the program that started it.
-void writeError(const Str& text) {
-    HANDLE h = GetStdHandle(STD_ERROR_HANDLE);
-    if ((h == nullptr || h == INVALID_HANDLE_VALUE) && AttachConsole(ATTACH_PARENT_PROCESS))
-        h = CreateFileW(L"CONOUT$", GENERIC_WRITE, FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0,
-                        nullptr);
-    if (h == nullptr || h == INVALID_HANDLE_VALUE) return;
-    const Str line = text + u"\r\n";
-    DWORD written = 0;
-    if (GetFileType(h) == FILE_TYPE_CHAR &&
-        WriteConsoleW(h, line.c_str(), static_cast<DWORD>(line.size()), &written, nullptr))
-        return;
-    const std::string bytes = hb::toUtf8(line);
-    WriteFile(h, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
-}
-
-// The command-line forms show no windows: what the add-in's error reporter
-// would show in a message box goes to stderr, answered "No".
-class ConsolePlatform : public hb::Win32Platform {
-  public:
-    std::int32_t messageBox(const Str& text, const Str&, std::uint32_t flags) override {
-        writeError(text);
-        return (flags & hb::win::MbYesNo) ? hb::win::IdNo : hb::win::IdOk;
-    }
-};
 
 bool readFile(const std::wstring& path, std::string& bytes) {
     FILE* f = _wfopen(path.c_str(), L"rb");
@@ -84,22 +59,22 @@ int commandLine(const std::wstring& verb, const std::wstring& path) {
     if (verb == L"/export") {
         std::string bytes;
         if (auto failure = hb::settingsapp::exportBody(s, bytes)) {
-            writeError(*failure);
+            writeErrorLine(*failure);
             return kFailed;
         }
         if (!writeFile(path, bytes)) {
-            writeError(u"Could not write " + file);
+            writeErrorLine(u"Could not write " + file);
             return kFailed;
         }
         return kOk;
     }
     std::string bytes;
     if (!readFile(path, bytes)) {
-        writeError(u"Could not read " + file);
+        writeErrorLine(u"Could not read " + file);
         return kFailed;
     }
     if (auto failure = hb::settingsapp::importBody(s, bytes)) {
-        writeError(file + u": " + *failure + u" Nothing was imported.");
+        writeErrorLine(file + u": " + *failure + u" Nothing was imported.");
         return kFailed;
     }
     return kOk;
@@ -153,7 +128,7 @@ int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, PWSTR, int) {
         const std::wstring verb = lower(args[0]);
         if (verb == L"/export" || verb == L"/import") return commandLine(verb, args[1]);
     }
-    writeError(
+    writeErrorLine(
         u"Usage: HBPersonalSettingsSingle.exe [True|False]\r\n"
         u"       HBPersonalSettingsSingle.exe /export FILE\r\n"
         u"       HBPersonalSettingsSingle.exe /import FILE");

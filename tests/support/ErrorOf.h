@@ -1,7 +1,8 @@
 #pragma once
-// The number of the automation error a call raises, for tests that compare
-// it with the number the run time would raise.
+// The automation error a call raises, for tests that compare its number
+// (and description) with what the run time or Outlook would raise.
 #include <cstdint>
+#include <optional>
 
 #include "common/AutomationError.h"
 
@@ -17,5 +18,20 @@ std::int32_t errorOf(F&& f) {
     }
     return 0;
 }
+
+namespace test {
+
+// The automation error `f` raises, if any.
+template <class F>
+std::optional<AutomationError> raisedBy(F&& f) {
+    try {
+        f();
+    } catch (const AutomationError& e) {
+        return e;
+    }
+    return std::nullopt;
+}
+
+}  // namespace test
 
 }  // namespace hb

@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "common/AutomationError.h"
+#include "../support/ErrorOf.h"
 #include "win/com/ComObject.h"
 
 namespace hb::test {
@@ -270,17 +271,6 @@ inline DWORD runProgram(std::wstring command, DWORD timeoutMs = 60000,
     }
     if (readEnd) CloseHandle(readEnd);
     return code;
-}
-
-// The automation error `f` raises, if any.
-template <class F>
-std::optional<AutomationError> raisedBy(F&& f) {
-    try {
-        f();
-    } catch (const AutomationError& e) {
-        return e;
-    }
-    return std::nullopt;
 }
 
 // The Unix path of a file under Wine (for Unix programs started on it),

@@ -258,7 +258,8 @@ TEST_F(Installer, InstallsWhatTheOwnRegistrationWritesAndUninstallsToTheStateBef
     std::map<std::wstring, std::string> expected = {
         {L"HBAddin.dll", test::readFile(exeFolder() + L"\\HBAddin.dll")},
         {L"HBPersonalSettingsSingle.exe",
-         test::readFile(exeFolder() + L"\\HBPersonalSettingsSingle.exe")}};
+         test::readFile(exeFolder() + L"\\HBPersonalSettingsSingle.exe")},
+        {L"HBReporting.exe", test::readFile(exeFolder() + L"\\HBReporting.exe")}};
     EXPECT_TRUE(files(installFolder()) == expected) << "the installed files are the build's";
 
     {

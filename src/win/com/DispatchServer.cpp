@@ -23,6 +23,9 @@ constexpr wchar_t kErrorSource[] = L"Microsoft Outlook";
 
 std::atomic<long> g_objects{0};
 std::atomic<long> g_connections{0};
+// Objects that clients of other apartments or processes hold (COM's stub
+// manager tells each object through IExternalConnection).
+std::atomic<long> g_external{0};
 
 MemberNames& memberNames() {
     static MemberNames names;
@@ -286,7 +289,8 @@ class ConnectionPoint : public ComObject<ConnectionPoint, IConnectionPoint> {
     DWORD next_ = 0;
 };
 
-class ExportedObject : public ComObject<ExportedObject, IDispatch, IConnectionPointContainer> {
+class ExportedObject
+    : public ComObject<ExportedObject, IDispatch, IConnectionPointContainer, IExternalConnection> {
   public:
     explicit ExportedObject(ObjectPtr object)
         : object_(std::move(object)), identity_(object_->identity()) {
@@ -392,6 +396,20 @@ class ExportedObject : public ComObject<ExportedObject, IDispatch, IConnectionPo
         }
     }
 
+    // COM calls these as the first client of another apartment takes the
+    // object and as the last one lets go of it: a local server counts the
+    // objects so held to know when nobody needs it any more.
+    STDMETHODIMP_(DWORD) AddConnection(DWORD type, DWORD) override {
+        if (!(type & EXTCONN_STRONG)) return external_;
+        if (external_++ == 0) ++g_external;
+        return external_;
+    }
+    STDMETHODIMP_(DWORD) ReleaseConnection(DWORD type, DWORD, BOOL) override {
+        if (!(type & EXTCONN_STRONG) || external_ == 0) return external_;
+        if (--external_ == 0) --g_external;
+        return external_;
+    }
+
     STDMETHODIMP EnumConnectionPoints(IEnumConnectionPoints** out) override {
         if (out) *out = nullptr;
         return E_NOTIMPL;
@@ -418,6 +436,7 @@ class ExportedObject : public ComObject<ExportedObject, IDispatch, IConnectionPo
 
     ObjectPtr object_;
     const void* identity_;
+    DWORD external_ = 0;
 };
 
 }  // namespace
@@ -456,6 +475,10 @@ long liveExportedObjects() {
 
 long liveServerConnections() {
     return g_connections.load();
+}
+
+long externallyHeldObjects() {
+    return g_external.load();
 }
 
 }  // namespace hb::com

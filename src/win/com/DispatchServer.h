@@ -50,5 +50,8 @@ void installDispatchServer(MemberNames names = {});
 // The reference census: served objects alive, and advised connections.
 long liveExportedObjects();
 long liveServerConnections();
+// Served objects that a client in another apartment or process holds (a
+// local server ends when this falls back to 0).
+long externallyHeldObjects();
 
 }  // namespace hb::com

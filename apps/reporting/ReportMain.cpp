@@ -1,0 +1,115 @@
+// HBReporting.exe: the report program the add-in's Report button starts.
+// Without arguments, or with only a folder, it opens the report window; with
+// options (ReportCommandLine.h) it runs the report for scripts and
+// schedulers without a window, writes the files asked for, says what went
+// wrong on stderr and ends with the exit code of ReportCommandLine.h.
+//
+// It reaches Outlook as any other program does (the running
+// Outlook.Application, else a new one) and never writes to the mailbox.
+#include <windows.h>
+// windows.h first: shellapi.h relies on its types.
+#include <shellapi.h>
+
+#include <vector>
+
+#include "apps/reporting/ReportParts.h"
+#include "apps/reporting/ReportWindow.h"
+#include "common/DateTime.h"
+#include "platform/win32/ConsolePlatform.h"
+#include "reporting/ReportCommandLine.h"
+
+namespace {
+
+using hb::Str;
+using namespace hb::reporting;
+
+DayNumber today() {
+    SYSTEMTIME now{};
+    GetLocalTime(&now);
+    return static_cast<DayNumber>(hb::dt::serial(now.wYear, now.wMonth, now.wDay));
+}
+
+// The user's first day of the week: 0 Monday ... 6 Sunday, as Windows
+// numbers LOCALE_IFIRSTDAYOFWEEK.
+int firstWeekday() {
+    wchar_t text[4] = {};
+    if (GetLocaleInfoW(LOCALE_USER_DEFAULT, LOCALE_IFIRSTDAYOFWEEK, text, 4) == 0) return 0;
+    const int day = text[0] - L'0';
+    return day >= 0 && day <= 6 ? day : 0;
+}
+
+// COM for the program's thread; Outlook's objects are let go before it ends.
+class Apartment {
+  public:
+    Apartment() : ok_(SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED))) {}
+    ~Apartment() {
+        if (ok_) CoUninitialize();
+    }
+    Apartment(const Apartment&) = delete;
+    Apartment& operator=(const Apartment&) = delete;
+    bool ok() const { return ok_; }
+
+  private:
+    bool ok_;
+};
+
+int commandLine(const ReportCommand& command) {
+    Apartment apartment;
+    if (!apartment.ok()) {
+        hb::writeErrorLine(u"COM could not be started: Outlook is not available.");
+        return static_cast<int>(ExitCode::OutlookUnavailable);
+    }
+    RunOutcome outcome;
+    {
+        hb::ConsolePlatform platform;
+        hb::Session s(platform);
+        const ReportSteps steps = reportSteps(s, command.folder);
+        outcome = runReportCommand(command, resolvePeriod(command, today(), firstWeekday()), steps);
+    }
+    for (const Str& message : outcome.messages)
+        hb::writeErrorLine(message);
+    return static_cast<int>(outcome.code);
+}
+
+int window(HINSTANCE instance, const ReportCommand& command) {
+    Apartment apartment;
+    hb::Win32Platform platform;
+    hb::Session s(platform);
+    ReportSteps steps = reportSteps(s, command.folder);
+    return runReportWindow(instance, s, steps, today(), firstWeekday());
+}
+
+}  // namespace
+
+int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, PWSTR, int) {
+    SetProcessDPIAware();
+    int argc = 0;
+    LPWSTR* argv = CommandLineToArgvW(GetCommandLineW(), &argc);
+    std::vector<Str> args;
+    for (int i = 1; argv && i < argc; ++i)
+        args.emplace_back(reinterpret_cast<const char16_t*>(argv[i]));
+    LocalFree(argv);
+
+    const ParsedCommand parsed = parseReportCommand(args);
+    if (!parsed.command) {
+        hb::writeErrorLine(u"HBReporting: " + parsed.error);
+        hb::writeErrorLine(u"HBReporting.exe /? shows the options.");
+        return static_cast<int>(ExitCode::BadArguments);
+    }
+    try {
+        switch (parsed.command->mode) {
+            case RunMode::Help:
+                hb::writeErrorLine(reportUsage());
+                return static_cast<int>(ExitCode::Ok);
+            case RunMode::Report:
+                return commandLine(*parsed.command);
+            case RunMode::Window:
+                return window(instance, *parsed.command);
+        }
+    } catch (const std::exception& e) {
+        hb::writeErrorLine(u"HBReporting failed: " + hb::fromUtf8(e.what()));
+    } catch (...) {
+        hb::writeErrorLine(u"HBReporting failed.");
+    }
+    return static_cast<int>(ExitCode::Failed);
+}
