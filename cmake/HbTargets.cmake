@@ -89,7 +89,7 @@ if(HB_BENCH AND NOT HB_WINDOWS)
   if(bench_srcs)
     add_executable(hb_bench ${bench_srcs} $<TARGET_OBJECTS:hb_common> $<TARGET_OBJECTS:hb_sim>
                    $<TARGET_OBJECTS:hb_diag> $<TARGET_OBJECTS:hb_settings>
-                   $<TARGET_OBJECTS:hb_session>)
+                   $<TARGET_OBJECTS:hb_session> $<TARGET_OBJECTS:hb_reporting>)
     target_include_directories(hb_bench PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR})
     target_link_libraries(hb_bench PRIVATE benchmark::benchmark benchmark::benchmark_main)
   endif()

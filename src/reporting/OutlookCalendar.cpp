@@ -117,7 +117,11 @@ std::vector<CalendarEntry> OutlookCalendar::read(const Period& period) {
         }
         e.entryId = item.get(u"EntryID").toStr();
         e.categories = item.get(u"Categories").toStr();
-        e.allDay = item.get(u"AllDayEvent").toBool();
+        // Outlook keeps an all-day event from midnight to midnight: only
+        // such an appointment can be one, and only it costs the extra call.
+        if (secondsOf(e.start) % 86400 == 0 && secondsOf(e.end) % 86400 == 0) {
+            e.allDay = item.get(u"AllDayEvent").toBool();
+        }
         e.isPrivate = item.get(u"Sensitivity").toLong() == kSensitivityPrivate;
         std::int32_t state = item.get(u"RecurrenceState").toLong();
         e.recurring = state != 0;

@@ -90,8 +90,10 @@ TEST(OutlookCalendar, ReadsWhatAnEntryNeeds) {
                                         makeDate(2026, 11, 3, 10, 30), u"Acme, Smith");
     single->sensitivity = ol::Private;
     c.cal->addAllDayEvent(u"Holiday", makeDate(2026, 11, 5), 2, u"Leave");
+    c.cal->addAppointment(u"Midnight to midnight", makeDate(2026, 11, 8), makeDate(2026, 11, 9));
     auto entries = c.read(Period{day(2026, 11, 2), day(2026, 11, 8)});
-    ASSERT_EQ(entries.size(), 2u);
+    ASSERT_EQ(entries.size(), 3u);
+    EXPECT_FALSE(entries[2].allDay);
     const auto& r = entries[0];
     EXPECT_EQ(r.entryId, single->entryId);
     EXPECT_EQ(r.start, makeDate(2026, 11, 3, 9));
@@ -158,14 +160,17 @@ TEST(OutlookCalendar, MakesFewCallsPerAppointment) {
     c.cal->addSeries(
         u"Standup", makeDate(2026, 11, 2, 8), makeDate(2026, 11, 2, 8, 15),
         Recurrence::weekly(ol::Monday | ol::Tuesday | ol::Wednesday | ol::Thursday | ol::Friday));
+    c.cal->addAllDayEvent(u"Holiday", makeDate(2026, 11, 7));
     Variant app = c.application();
     c.sc.instruments().resetCounts();
     auto entries =
         OutlookCalendar(app, hb::Locale::enUS()).read(Period{day(2026, 11, 2), day(2026, 11, 8)});
-    ASSERT_EQ(entries.size(), 10u);
-    // Eight properties and GetFirst/GetNext per appointment; six calls to
-    // get there and the GetNext that finds the end.
-    EXPECT_EQ(c.sc.instruments().callCount(), 10u * 9u + 7u) << c.sc.instruments().logText();
+    ASSERT_EQ(entries.size(), 11u);
+    // Seven properties and GetFirst/GetNext per appointment, AllDayEvent
+    // only for the one from midnight to midnight; six calls to get there
+    // and the GetNext that finds the end.
+    EXPECT_EQ(c.sc.instruments().callCount(), 11u * 8u + 1u + 7u) << c.sc.instruments().logText();
+    EXPECT_EQ(c.sc.instruments().count(u"AllDayEvent"), 1u);
     EXPECT_EQ(c.sc.instruments().count(u"Items", u"Count"), 0u);
 }
 
