@@ -62,53 +62,44 @@ bool isDayOfMonth(const hb::dt::Parts& p, std::int32_t dayOfMonth) {
 
 // ======================= the pattern =======================
 
-Recurrence Recurrence::daily(std::int32_t interval) {
+namespace {
+
+Recurrence pattern(std::int32_t type, std::int32_t interval, std::int32_t mask = 0,
+                   std::int32_t dayOfMonth = 0, std::int32_t month = 0, std::int32_t instance = 0) {
     Recurrence r;
-    r.type = ol::RecursDaily;
+    r.type = type;
     r.interval = interval;
+    r.dayOfWeekMask = mask;
+    r.dayOfMonth = dayOfMonth;
+    r.monthOfYear = month;
+    r.instance = instance;
     return r;
+}
+
+}  // namespace
+
+Recurrence Recurrence::daily(std::int32_t interval) {
+    return pattern(ol::RecursDaily, interval);
 }
 
 Recurrence Recurrence::weekly(std::int32_t mask, std::int32_t interval) {
-    Recurrence r;
-    r.type = ol::RecursWeekly;
-    r.dayOfWeekMask = mask;
-    r.interval = interval;
-    return r;
+    return pattern(ol::RecursWeekly, interval, mask);
 }
 
 Recurrence Recurrence::monthly(std::int32_t dayOfMonth, std::int32_t interval) {
-    Recurrence r;
-    r.type = ol::RecursMonthly;
-    r.dayOfMonth = dayOfMonth;
-    r.interval = interval;
-    return r;
+    return pattern(ol::RecursMonthly, interval, 0, dayOfMonth);
 }
 
 Recurrence Recurrence::monthNth(std::int32_t instance, std::int32_t mask, std::int32_t interval) {
-    Recurrence r;
-    r.type = ol::RecursMonthNth;
-    r.instance = instance;
-    r.dayOfWeekMask = mask;
-    r.interval = interval;
-    return r;
+    return pattern(ol::RecursMonthNth, interval, mask, 0, 0, instance);
 }
 
 Recurrence Recurrence::yearly(std::int32_t month, std::int32_t dayOfMonth) {
-    Recurrence r;
-    r.type = ol::RecursYearly;
-    r.monthOfYear = month;
-    r.dayOfMonth = dayOfMonth;
-    return r;
+    return pattern(ol::RecursYearly, 1, 0, dayOfMonth, month);
 }
 
 Recurrence Recurrence::yearNth(std::int32_t instance, std::int32_t mask, std::int32_t month) {
-    Recurrence r;
-    r.type = ol::RecursYearNth;
-    r.instance = instance;
-    r.dayOfWeekMask = mask;
-    r.monthOfYear = month;
-    return r;
+    return pattern(ol::RecursYearNth, 1, mask, 0, month, instance);
 }
 
 Recurrence Recurrence::until(hb::Date last) const {

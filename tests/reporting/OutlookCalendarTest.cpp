@@ -8,6 +8,7 @@
 #include "common/DateTime.h"
 #include "reporting/OutlookCalendar.h"
 #include "sim/Scenario.h"
+#include "support/Locales.h"
 
 namespace {
 
@@ -19,14 +20,7 @@ using hb::reporting::OutlookCalendar;
 using hb::reporting::Period;
 using namespace sim;
 
-hb::Locale germanLocale() {
-    hb::Locale l;
-    l.decimalSeparator = u",";
-    l.listSeparator = u";";
-    l.shortDate = u"dd.MM.yyyy";
-    l.longTime = u"HH:mm:ss";
-    return l;
-}
+using hb::test::germanLocale;
 
 DayNumber day(int y, int m, int d) {
     return static_cast<DayNumber>(hb::dt::serial(y, m, d));

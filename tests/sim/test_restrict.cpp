@@ -8,6 +8,7 @@
 
 #include "common/DateTime.h"
 #include "sim/Scenario.h"
+#include "support/Locales.h"
 
 namespace {
 
@@ -15,15 +16,7 @@ using hb::Str;
 using hb::Variant;
 using namespace sim;
 
-hb::Locale germanLocale() {
-    hb::Locale l;
-    l.decimalSeparator = u",";
-    l.thousandSeparator = u".";
-    l.listSeparator = u";";
-    l.shortDate = u"dd.MM.yyyy";
-    l.longTime = u"HH:mm:ss";
-    return l;
-}
+using hb::test::germanLocale;
 
 Variant calendarItems(Scenario& sc) {
     return sc.instruments()
