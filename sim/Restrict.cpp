@@ -469,7 +469,8 @@ void addViewMembers(hb::Members<Items>& m) {
                 })
         .method(u"GetPrevious",
                 [](Items& i) {
-                    if (i.cursor == 0 || i.cursor > i.cursorView.size()) {
+                    // Off either end the walk stays there.
+                    if (i.cursor == 0 || i.cursor >= i.cursorView.size()) {
                         i.cursor = i.cursorView.size();
                         return Variant::nothing();
                     }

@@ -181,6 +181,35 @@ TEST(SimRestrict, ExpandedCollectionsWalkInStartOrderBothWays) {
     EXPECT_EQ(walk(week).size(), 4u);
 }
 
+TEST(SimRestrict, RestrictedCollectionsNarrowSortAndIndex) {
+    Scenario sc;
+    auto cal = sc.outlook().calendar();
+    cal->addAppointment(u"b", makeDate(2026, 11, 2, 9), makeDate(2026, 11, 2, 12));
+    cal->addAppointment(u"C", makeDate(2026, 11, 3, 9), makeDate(2026, 11, 3, 10));
+    cal->addAppointment(u"a", makeDate(2026, 11, 4, 9), makeDate(2026, 11, 4, 11));
+    Variant items = calendarItems(sc);
+    Variant week = items.call(u"Restrict", {Str(u"[Start] >= '11/2/2026'")});
+    Variant later = week.call(u"Restrict", {Str(u"[Start] > '11/2/2026 9:00 AM'")});
+    EXPECT_EQ(later.get(u"Count").toLong(), 2);
+    EXPECT_EQ(week.get(u"Count").toLong(), 3);
+    week.call(u"Sort", {Str(u"[Subject]")});
+    EXPECT_EQ(week.call(u"Item", {1}).get(u"Subject").toStr(), u"a");
+    EXPECT_EQ(week.call(u"Item", {3}).get(u"Subject").toStr(), u"C");
+    week.call(u"Sort", {Str(u"End"), true});
+    EXPECT_EQ(week.call(u"Item", {1}).get(u"Subject").toStr(), u"a");
+    EXPECT_EQ(week.obj().enumerate().size(), 3u);
+    EXPECT_THROW(week.call(u"Item", {4}), hb::AutomationError);
+    // Walking off either end gives Nothing, and keeps giving it.
+    EXPECT_EQ(week.call(u"GetLast").get(u"Subject").toStr(), u"b");
+    week.call(u"GetPrevious");
+    week.call(u"GetPrevious");
+    EXPECT_TRUE(week.call(u"GetPrevious").isNothing());
+    EXPECT_TRUE(week.call(u"GetPrevious").isNothing());
+    // Find reads dates too.
+    EXPECT_EQ(items.call(u"Find", {Str(u"[End] = '11/3/2026 10:00 AM'")}).get(u"Subject").toStr(),
+              u"C");
+}
+
 TEST(SimRestrict, AnEndlessExpansionStopsAndForEachRefusesIt) {
     Scenario sc;
     sc.outlook().calendar()->addSeries(u"Forever", makeDate(2026, 1, 1, 9),
