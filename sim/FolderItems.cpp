@@ -73,6 +73,7 @@ std::shared_ptr<const hb::MemberTable> folderTable() {
             .get(u"Application", [](Folder& f) { return obj(f.world().application()); })
             .get(u"Session", [](Folder& f) { return obj(f.world().nameSpace()); })
             .get(u"Items", [](Folder& f) { return obj(f.newItemsCollection()); })
+            .method(u"GetTable", [](Folder& f, Args& args) { return tableOf(f, args); })
             .get(u"Folders", [](Folder& f) { return obj(f.world().make<Folders>(self(f))); })
             .build();
     return t;

@@ -99,6 +99,14 @@
 //    original start is that date (a date with a time must be that start);
 //    none raises "You changed one of the recurrences of this item, and this
 //    instance no longer exists. Close any open items and try again."
+//  - Folder.GetTable(filter) (a Jet filter as Restrict's; "@SQL=" filters
+//    are not modelled) gives a Table of the matching items with the
+//    columns EntryID, Subject and MessageClass (this simulation keeps no
+//    creation times) until Columns.RemoveAll / Columns.Add change them; a
+//    series is one row (its master), never its occurrences. Row(name or
+//    1-based index) reads a column (dates in local time); a column the
+//    table does not have raises. GetNextRow gives Nothing after the last
+//    row (EndOfTable True); MoveToStart rewinds.
 //  - AllDayEvent = True moves Start to midnight of its day and End to the
 //    midnight after its last day (local time), as Outlook keeps all-day
 //    events. Sensitivity: olNormal 0, olPersonal 1, olPrivate 2,
@@ -645,6 +653,32 @@ class UserProperty : public SimObject {
     // Converts a value to the property's type as Outlook does (raises 13).
     Variant coerce(const Variant& v) const;
     Str unusableReason() const override;
+};
+
+// ---- Folder.GetTable (Outlook 2007 and later) ----
+
+// A table of a folder's items: the items that matched the filter when it
+// was made (series as their masters only: a table does not expand them),
+// one row each, with the columns asked for.
+class Table : public SimObject {
+  public:
+    Table(Outlook& world, std::vector<std::shared_ptr<Item>> rows);
+    std::vector<std::shared_ptr<Item>> rows;
+    std::vector<Str> columns;  // the properties, as Outlook names them
+    std::size_t next = 0;      // the row GetNextRow gives
+};
+
+class TableColumns : public SimObject {
+  public:
+    TableColumns(Outlook& world, std::shared_ptr<Table> table);
+    std::shared_ptr<Table> table;
+};
+
+class TableRow : public SimObject {
+  public:
+    TableRow(Outlook& world, std::shared_ptr<Item> item, std::vector<Str> columns);
+    std::shared_ptr<Item> item;
+    std::vector<Str> columns;
 };
 
 // ---- recurrence ----

@@ -36,6 +36,9 @@ Variant findFrom(Items& items, std::size_t from);
 // The Items members that sort, restrict and iterate (Restrict.cpp).
 void addViewMembers(hb::Members<Items>& members);
 
+// Folder.GetTable (Table.cpp).
+Variant tableOf(Folder& folder, Args& args);
+
 // ---- recurrence (Recurrence.cpp) ----
 // The object of an occurrence of a series at its original start: the one
 // the series has for that day (selected before), else a new one.

@@ -363,3 +363,43 @@ TEST(SimItems, AllDayEventsRunMidnightToMidnightAndSensitivityIsKept) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(SimTable, GivesOneRowPerItemWithTheColumnsAskedFor) {
+    Scenario sc;
+    auto cal = sc.outlook().calendar();
+    cal->addAppointment(u"Before", makeDate(2026, 10, 30, 9), makeDate(2026, 10, 30, 10));
+    auto review = cal->addAppointment(u"Review", makeDate(2026, 11, 3, 9),
+                                      makeDate(2026, 11, 3, 10, 30), u"Acme");
+    cal->addSeries(u"Standup", makeDate(2026, 11, 2, 9), makeDate(2026, 11, 2, 9, 15),
+                   Recurrence::daily());
+    cal->addMeetingRequest(u"Request");
+    Variant folder = calendarItems(sc).get(u"Parent");
+    Variant table = folder.call(u"GetTable", {Str(u"[End] > '11/1/2026'")});
+    EXPECT_EQ(table.call(u"GetRowCount").toLong(), 2);  // the series is its master only
+    Variant first = table.call(u"GetNextRow");
+    EXPECT_EQ(first.call(u"", {Str(u"EntryID")}).toStr(), review->entryId);
+    EXPECT_THROW(first.call(u"", {Str(u"Start")}), hb::AutomationError);  // not a column yet
+
+    Variant columns = table.get(u"Columns");
+    columns.call(u"RemoveAll");
+    for (const char16_t* c : {u"Subject", u"Start", u"Categories", u"IsRecurring"})
+        columns.call(u"Add", {Str(c)});
+    EXPECT_EQ(columns.get(u"Count").toLong(), 4);
+    EXPECT_THROW(columns.call(u"Add", {Str(u"Colour")}), hb::AutomationError);
+    table.call(u"MoveToStart");
+    std::vector<std::string> rows;
+    while (!table.get(u"EndOfTable").toBool()) {
+        Variant row = table.call(u"GetNextRow");
+        rows.push_back(hb::toUtf8(row.call(u"", {1}).toStr() + u" " + row.call(u"", {3}).toStr() +
+                                  u" " + row.call(u"", {Str(u"IsRecurring")}).toStr()));
+        EXPECT_GE(row.call(u"", {Str(u"start")}).toDate().days, makeDate(2026, 11, 2).days);
+    }
+    EXPECT_EQ(rows, (std::vector<std::string>{"Review Acme False", "Standup  True"}));
+    EXPECT_TRUE(table.call(u"GetNextRow").isNothing());
+    EXPECT_THROW(folder.call(u"GetTable", {Str(u"@SQL=\"urn:schemas:httpmail:subject\" = 'x'")}),
+                 hb::AutomationError);
+}
+
+}  // namespace
