@@ -682,6 +682,8 @@ void copyValues(Item& to, const Item& from, bool withDates) {
     to.reminderSet = from.reminderSet;
     to.allDayEvent = from.allDayEvent;
     to.sensitivity = from.sensitivity;
+    to.isRecurring = from.isRecurring;
+    to.recurrence = from.recurrence;
     to.categories = from.categories;
 }
 

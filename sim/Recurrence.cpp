@@ -295,7 +295,7 @@ Variant recurrencePatternOf(Item& item) {
     if (auto m = r.master.lock()) return obj(item.world().make<RecurrencePattern>(m));
     if (r.isRecurring) return obj(item.world().make<RecurrencePattern>(self(r)));
     // Asked of a single appointment, Outlook makes it a weekly series on
-    // its day (in this object, until it is saved).
+    // its day: this object is one now, and the item once it is saved.
     Item& values = *item.resolved();
     values.isRecurring = true;
     Recurrence p = Recurrence::weekly(maskOf(dayOf(values.start)));

@@ -73,6 +73,14 @@ std::optional<Str> filterText(const Item& item, const Str& property) {
     return std::nullopt;
 }
 
+NodePtr combine(Node::Kind kind, NodePtr a, NodePtr b) {
+    auto n = std::make_shared<Node>();
+    n->kind = kind;
+    n->left = std::move(a);
+    n->right = std::move(b);
+    return n;
+}
+
 class Parser {
   public:
     Parser(const Str& text, const Outlook& world, bool restrict)
@@ -104,14 +112,6 @@ class Parser {
         }
         i_ = after;
         return true;
-    }
-
-    NodePtr combine(Node::Kind kind, NodePtr a, NodePtr b) {
-        auto n = std::make_shared<Node>();
-        n->kind = kind;
-        n->left = std::move(a);
-        n->right = std::move(b);
-        return n;
     }
 
     NodePtr orExpr() {
@@ -494,13 +494,7 @@ void addViewMembers(hb::Members<Items>& m) {
         .method(u"Restrict",
                 [](Items& i, Args& args) {
                     auto filter = parseFilter(hb::requiredArg(args, 0).toStr(), i.world(), true);
-                    if (i.restriction) {
-                        auto both = std::make_shared<FilterNode>();
-                        both->kind = FilterNode::Kind::And;
-                        both->left = i.restriction;
-                        both->right = filter;
-                        filter = both;
-                    }
+                    if (i.restriction) filter = combine(Node::Kind::And, i.restriction, filter);
                     auto c = i.world().make<Items>(i.folder);
                     c->sortProperty = i.sortProperty;
                     c->sortDescending = i.sortDescending;

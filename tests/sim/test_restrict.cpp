@@ -357,6 +357,14 @@ TEST(SimItems, AllDayEventsRunMidnightToMidnightAndSensitivityIsKept) {
     item.call(u"Save");
     EXPECT_EQ(appt->sensitivity, ol::Private);
     EXPECT_TRUE(appt->allDayEvent);
+    // Asked for its pattern, a single appointment becomes a weekly series.
+    Variant pattern = item.call(u"GetRecurrencePattern");
+    EXPECT_EQ(pattern.get(u"RecurrenceType").toLong(), ol::RecursWeekly);
+    EXPECT_EQ(pattern.get(u"DayOfWeekMask").toLong(), ol::Monday);
+    EXPECT_TRUE(pattern.get(u"NoEndDate").toBool());
+    EXPECT_EQ(appt->isRecurring, false);
+    item.call(u"Save");
+    EXPECT_EQ(items.call(u"GetFirst").get(u"RecurrenceState").toLong(), 1);
     auto holiday = sc.outlook().calendar()->addAllDayEvent(u"Holiday", makeDate(2026, 5, 8, 13), 3);
     EXPECT_EQ(holiday->start, makeDate(2026, 5, 8));
     EXPECT_EQ(holiday->end, makeDate(2026, 5, 11));
