@@ -50,6 +50,67 @@
 //    EntryID the master's; saving a changed occurrence makes it an
 //    exception of the series.
 //  - MeetingItem has no Start or End (438), as Outlook's meeting item.
+//  - Items.Restrict(filter) gives a new collection: the items of the folder
+//    that match the filter when it is called (a snapshot; later changes to
+//    the folder do not reach it), in the collection's sort order. Filters
+//    are Jet texts: conditions "[Property] op 'value'" (op = <> < <= > >=,
+//    the value in single or double quotes, a doubled quote stands for one)
+//    joined by AND, OR and NOT, parentheses optional. [Start] and [End]
+//    compare dates: the value is written as the user writes a date and a
+//    time (the short date format and a time without seconds, "11/30/2026
+//    11:59 PM" in en-US, "30.11.2026 23:59" in de-DE) and read with the
+//    locale the simulation is set to (Outlook::locale). A value that is no
+//    date there (an ISO text under en-US, say) raises "Cannot parse
+//    condition. Error at ..." (DISP_E_EXCEPTION). A value WITH seconds is
+//    Outlook's quiet trap: the filter does not work as expected; here the
+//    time of such a value is ignored (it compares as midnight of its day),
+//    so a reader that writes seconds loses the last day's appointments.
+//    An item without the property (a meeting request or mail has no Start)
+//    never matches a condition on it. Restrict refuses [Categories], [Body]
+//    and [EntryID] (as Outlook does) and properties it does not know.
+//  - Items.Sort("[Start]" | "[End]" | "[Subject]", Descending) orders the
+//    collection. Items.IncludeRecurrences = True expands recurring series
+//    into their occurrences only when the collection was sorted by [Start]
+//    ascending BEFORE it was set (set first and sorted after, or sorted by
+//    anything else, the collection gives the series' masters only, as
+//    Outlook does). The expansion is made by Restrict (a restricted
+//    collection of an expanding one holds the occurrences that match; one
+//    restricted first and expanded after does not expand). Count of an
+//    expanding collection is 2147483647 (Outlook's value is undefined):
+//    iterate with GetFirst/GetNext (or GetLast/GetPrevious). A series
+//    without end in a collection not bounded by a [Start] upper limit is
+//    endless in Outlook; here its expansion stops after
+//    kExpansionCap occurrences, GetNext then gives Nothing, and For Each
+//    over such a collection raises rather than running out of memory.
+//  - An expanded collection lists each occurrence once: an occurrence of a
+//    series reads its master's values on its own dates (RecurrenceState 2,
+//    EntryID the master's, Parent the master); an exception has its own
+//    Start, End, Subject and Categories (RecurrenceState 3) and takes the
+//    place of the occurrence of its original date; a deleted occurrence is
+//    not there. RecurrencePattern.Exceptions lists both (Exception.Deleted,
+//    OriginalDate, AppointmentItem). A test can make every expanded
+//    occurrence listed twice (Outlook::repeatOccurrences), for readers that
+//    must cope with a store that repeats them.
+//  - Recurrence (GetRecurrencePattern): the pattern types, the days of
+//    week as OlDaysOfWeek bits, Instance 1-4 or 5 (last); a monthly or
+//    yearly day past the month's end falls on its last day; occurrences
+//    ending by count count deleted ones too. The pattern is read-only here.
+//    GetOccurrence(date) gives the occurrence (or the exception) whose
+//    original start is that date (a date with a time must be that start);
+//    none raises "You changed one of the recurrences of this item, and this
+//    instance no longer exists. Close any open items and try again."
+//  - Folder.GetTable(filter) (a Jet filter as Restrict's; "@SQL=" filters
+//    are not modelled) gives a Table of the matching items with the
+//    columns EntryID, Subject and MessageClass (this simulation keeps no
+//    creation times) until Columns.RemoveAll / Columns.Add change them; a
+//    series is one row (its master), never its occurrences. Row(name or
+//    1-based index) reads a column (dates in local time); a column the
+//    table does not have raises. GetNextRow gives Nothing after the last
+//    row (EndOfTable True); MoveToStart rewinds.
+//  - AllDayEvent = True moves Start to midnight of its day and End to the
+//    midnight after its last day (local time), as Outlook keeps all-day
+//    events. Sensitivity: olNormal 0, olPersonal 1, olPrivate 2,
+//    olConfidential 3.
 #include <deque>
 #include <functional>
 #include <map>
@@ -59,6 +120,7 @@
 #include <vector>
 
 #include "common/Constants.h"
+#include "common/Locale.h"
 #include "sim/SimObject.h"
 
 namespace sim {
@@ -107,6 +169,25 @@ constexpr std::int32_t YesNo = 6;
 constexpr std::int32_t Currency = 14;
 constexpr std::int32_t Integer = 20;
 
+// OlRecurrenceType, OlDaysOfWeek, OlSensitivity.
+constexpr std::int32_t RecursDaily = 0;
+constexpr std::int32_t RecursWeekly = 1;
+constexpr std::int32_t RecursMonthly = 2;
+constexpr std::int32_t RecursMonthNth = 3;
+constexpr std::int32_t RecursYearly = 5;
+constexpr std::int32_t RecursYearNth = 6;
+constexpr std::int32_t Sunday = 1;
+constexpr std::int32_t Monday = 2;
+constexpr std::int32_t Tuesday = 4;
+constexpr std::int32_t Wednesday = 8;
+constexpr std::int32_t Thursday = 16;
+constexpr std::int32_t Friday = 32;
+constexpr std::int32_t Saturday = 64;
+constexpr std::int32_t Normal = 0;
+constexpr std::int32_t Personal = 1;
+constexpr std::int32_t Private = 2;
+constexpr std::int32_t Confidential = 3;
+
 // OlObjectClass values of Class.
 constexpr std::int32_t ClassAppointment = 26;
 constexpr std::int32_t ClassMail = 43;
@@ -150,6 +231,47 @@ constexpr std::int32_t kOfficeErrorNumber = -2147467259;   // E_FAIL
 // TimeSerial.
 hb::Date makeDate(int year, int month, int day, int hour = 0, int minute = 0, int second = 0);
 
+// Count of a collection that expands recurring series.
+constexpr std::int32_t kUnknownCount = 2147483647;
+// Where the expansion of an endless series stops (see the header comment).
+constexpr std::size_t kExpansionCap = 5000;
+
+// A recurrence pattern (days are whole day numbers of the date count).
+struct Recurrence {
+    std::int32_t type = ol::RecursWeekly;
+    std::int32_t interval = 1;
+    std::int32_t dayOfWeekMask = 0;  // OlDaysOfWeek bits (weekly, ...Nth)
+    std::int32_t dayOfMonth = 0;     // monthly, yearly
+    std::int32_t monthOfYear = 0;    // yearly, yearNth (1-12)
+    std::int32_t instance = 0;       // monthNth, yearNth: 1-4, 5 the last
+    std::int32_t patternStart = 0;   // the day of the first occurrence (at the latest)
+    std::int32_t patternEnd = 0;     // the last possible day (end by date)
+    bool noEndDate = true;
+    std::int32_t occurrences = 0;  // end after this many (0: by date or never)
+    double startTime = 0;          // time of day of each start (fraction)
+    double duration = 0;           // days
+
+    // Set-up helpers: the kind of pattern; the series' first start gives
+    // PatternStartDate, StartTime and Duration (addSeries).
+    static Recurrence daily(std::int32_t interval = 1);
+    static Recurrence weekly(std::int32_t mask, std::int32_t interval = 1);
+    static Recurrence monthly(std::int32_t dayOfMonth, std::int32_t interval = 1);
+    static Recurrence monthNth(std::int32_t instance, std::int32_t mask, std::int32_t interval = 1);
+    static Recurrence yearly(std::int32_t month, std::int32_t dayOfMonth);
+    static Recurrence yearNth(std::int32_t instance, std::int32_t mask, std::int32_t month);
+    Recurrence until(hb::Date lastDay) const;    // end by date
+    Recurrence times(std::int32_t count) const;  // end after a count
+
+    // Whether the pattern has an occurrence on that day (its end and count
+    // aside).
+    bool matchesDay(std::int32_t day) const;
+    // The days of the occurrences from `from` to `to` (both included), in
+    // order, the end and the count applied; at most `cap` of them.
+    std::vector<std::int32_t> days(std::int32_t from, std::int32_t to, std::size_t cap) const;
+    // The day of the last occurrence (end by count or date), or nullopt.
+    std::optional<std::int32_t> lastDay() const;
+};
+
 struct Store {
     Str storeId;
     std::shared_ptr<Folder> root;
@@ -175,6 +297,10 @@ class Outlook {
     int majorVersion() const;
     // The list separator of the user's locale (Categories are split at it).
     Str listSeparator = u",";
+    // The user's regional settings: how Restrict reads the dates of a filter.
+    hb::Locale locale = hb::Locale::enUS();
+    // A test setting: expanded collections list every occurrence twice.
+    bool repeatOccurrences = false;
 
     // A new store; the first one made is the default store (the mailbox).
     Store& addStore(Str rootName);
@@ -348,8 +474,17 @@ class Folder : public SimObject {
     std::shared_ptr<Item> addMeetingRequest(Str subject, Str categories = {});
     std::shared_ptr<Item> addMail(Str subject, Str to = {}, Str body = {});
     // A recurring series (its master appointment).
+    // Its pattern: weekly on the start's day, from that day, without end.
     std::shared_ptr<Item> addRecurringAppointment(Str subject, hb::Date start, hb::Date end,
                                                   Str categories = {});
+    // A series with a pattern: start and end are those of the first
+    // occurrence (its day is PatternStartDate; the times and the length
+    // are each occurrence's).
+    std::shared_ptr<Item> addSeries(Str subject, hb::Date start, hb::Date end, Recurrence pattern,
+                                    Str categories = {});
+    // An all-day event over `days` days from the day of `firstDay`.
+    std::shared_ptr<Item> addAllDayEvent(Str subject, hb::Date firstDay, int days = 1,
+                                         Str categories = {});
     // The first item of that subject, or null.
     std::shared_ptr<Item> findBySubject(StrView subject) const;
 
@@ -375,6 +510,17 @@ class Folders : public SimObject {
     std::shared_ptr<Folder> folder;
 };
 
+struct FilterNode;
+
+// One member of a sorted, restricted or expanding collection: a stored item
+// (a single appointment, a master, an exception) or an occurrence of a
+// series (master and original start) made into an object when reached.
+struct ItemsEntry {
+    std::shared_ptr<Item> item;
+    std::shared_ptr<Item> master;  // an occurrence: its series
+    hb::Date start;                // an occurrence: its (original) start
+};
+
 class Items : public SimObject {
   public:
     Items(Outlook& world, std::shared_ptr<Folder> folder);
@@ -382,6 +528,29 @@ class Items : public SimObject {
     // Find / FindNext state.
     Str lastFilter;
     std::size_t nextPosition = 0;
+
+    // Sort, IncludeRecurrences and Restrict state.
+    Str sortProperty;  // empty: the folder's order
+    bool sortDescending = false;
+    bool includeRecurrences = false;
+    bool expansionArmed = false;  // set True while sorted by [Start] ascending
+    std::shared_ptr<const FilterNode> restriction;
+    // A restricted collection's snapshot (null: the folder, read live).
+    std::shared_ptr<std::vector<ItemsEntry>> snapshot;
+    bool capped = false;            // an endless series was cut at kExpansionCap
+    bool expandedSnapshot = false;  // restricted from an expanding collection
+    // GetFirst/GetNext/GetLast/GetPrevious over a sorted or restricted view.
+    std::vector<ItemsEntry> cursorView;
+    std::size_t cursor = 0;
+
+    // Whether the collection gives series' occurrences rather than masters.
+    bool expands() const;
+    // Whether it is more than the folder's items in the folder's order.
+    bool plain() const { return !snapshot && sortProperty.empty() && !expands(); }
+    // Its members now, in order.
+    std::vector<ItemsEntry> entries();
+    // What the add-in gets for one member.
+    Variant objectOf(const ItemsEntry& entry);
 };
 
 enum class ItemKind : std::uint8_t { Appointment, MeetingRequest, Mail };
@@ -395,6 +564,7 @@ class Item : public SimObject {
     hb::Date start, end;
     bool reminderSet = true;
     bool allDayEvent = false;
+    std::int32_t sensitivity = ol::Normal;
     // As Outlook keeps it (see categoriesText); set through setCategories.
     Str categories;
     Str entryId;  // empty until the item was first saved
@@ -408,6 +578,11 @@ class Item : public SimObject {
     std::weak_ptr<Item> master;
     std::vector<std::shared_ptr<Item>> exceptions;
     std::vector<std::shared_ptr<Item>> occurrences;
+    // A master's pattern and the original starts of its deleted occurrences.
+    Recurrence recurrence;
+    std::vector<hb::Date> deletedOccurrences;
+    // An exception's original start (the occurrence it replaces).
+    hb::Date originalDate;
 
     // An object the add-in got by a lookup: its own copy of the values, and
     // the stored item it was read from (null for the stored item itself).
@@ -438,8 +613,16 @@ class Item : public SimObject {
     std::shared_ptr<UserProperty> addUserProperty(Str name, std::int32_t type, Variant value);
 
     void setCategories(const Str& text);
-    // An exception of this recurring series (a master), with its own start.
+    // An exception of this recurring series (a master), with its own start
+    // (its original start: the same day at the pattern's time).
     std::shared_ptr<Item> addException(hb::Date start, hb::Date end);
+    // An exception that moves the occurrence of originalStart.
+    std::shared_ptr<Item> addException(hb::Date originalStart, hb::Date start, hb::Date end);
+    // The occurrence of originalStart is deleted from the series.
+    void deleteOccurrence(hb::Date originalStart);
+    // The exception (or stored occurrence) of that original day, or null.
+    std::shared_ptr<Item> exceptionOn(std::int32_t day) const;
+    bool deletedOn(std::int32_t day) const;
     // The occurrence of this series (a master) at that start, as selecting
     // it in the calendar gives it (the same one for the same start).
     std::shared_ptr<Item> occurrence(hb::Date start, hb::Date end);
@@ -470,6 +653,56 @@ class UserProperty : public SimObject {
     // Converts a value to the property's type as Outlook does (raises 13).
     Variant coerce(const Variant& v) const;
     Str unusableReason() const override;
+};
+
+// ---- Folder.GetTable (Outlook 2007 and later) ----
+
+// A table of a folder's items: the items that matched the filter when it
+// was made (series as their masters only: a table does not expand them),
+// one row each, with the columns asked for.
+class Table : public SimObject {
+  public:
+    Table(Outlook& world, std::vector<std::shared_ptr<Item>> rows);
+    std::vector<std::shared_ptr<Item>> rows;
+    std::vector<Str> columns;  // the properties, as Outlook names them
+    std::size_t next = 0;      // the row GetNextRow gives
+};
+
+class TableColumns : public SimObject {
+  public:
+    TableColumns(Outlook& world, std::shared_ptr<Table> table);
+    std::shared_ptr<Table> table;
+};
+
+class TableRow : public SimObject {
+  public:
+    TableRow(Outlook& world, std::shared_ptr<Item> item, std::vector<Str> columns);
+    std::shared_ptr<Item> item;
+    std::vector<Str> columns;
+};
+
+// ---- recurrence ----
+
+// GetRecurrencePattern of a series (a view of its master's pattern).
+class RecurrencePattern : public SimObject {
+  public:
+    RecurrencePattern(Outlook& world, std::shared_ptr<Item> master);
+    std::shared_ptr<Item> master;  // the stored master
+};
+
+// RecurrencePattern.Exceptions: the changed and the deleted occurrences.
+class Exceptions : public SimObject {
+  public:
+    Exceptions(Outlook& world, std::shared_ptr<Item> master);
+    std::shared_ptr<Item> master;
+};
+
+class RecurrenceException : public SimObject {
+  public:
+    // item null: a deleted occurrence.
+    RecurrenceException(Outlook& world, hb::Date originalDate, std::shared_ptr<Item> item);
+    hb::Date originalDate;
+    std::shared_ptr<Item> item;
 };
 
 // ---- windows ----

@@ -11,6 +11,7 @@
 #include "common/DateTime.h"
 #include "common/Object.h"
 #include "common/Variant.h"
+#include "support/Locales.h"
 
 namespace hb {
 namespace {
@@ -22,13 +23,7 @@ constexpr std::int64_t kI64Min = std::numeric_limits<std::int64_t>::min();
 constexpr std::int32_t kI32Min = std::numeric_limits<std::int32_t>::min();
 
 Locale german() {
-    Locale l;
-    l.decimalSeparator = u",";
-    l.thousandSeparator = u".";
-    l.listSeparator = u";";
-    l.shortDate = u"dd.MM.yyyy";
-    l.longTime = u"HH:mm:ss";
-    return l;
+    return test::germanLocale();
 }
 
 // The user's own regional settings as the system reports them (checked

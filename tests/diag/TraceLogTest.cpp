@@ -4,6 +4,7 @@
 
 #include "diag/DiagSupport.h"
 #include "diagnostics/modErroHandling.h"
+#include "support/Locales.h"
 
 namespace hbtest {
 namespace {
@@ -56,12 +57,7 @@ TEST_F(TraceLogTest, SwitchOnAppendsALinePerTextAndClearsThePendingError) {
 }
 
 TEST_F(TraceLogTest, DateAndTimeInTheUsersFormat) {
-    hb::Locale german;
-    german.decimalSeparator = u",";
-    german.thousandSeparator = u".";
-    german.listSeparator = u";";
-    german.shortDate = u"dd.MM.yyyy";
-    german.longTime = u"HH:mm:ss";
+    hb::Locale german = hb::test::germanLocale();
     platform.setUserLocale(german);
     s.diag.blnTrace = true;
     hb::subTrace(s, u"Splitting the categories string ,Acme");
