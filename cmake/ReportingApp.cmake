@@ -4,20 +4,22 @@
 #
 #   hb_reporting   the portable core (src/reporting, an hb_area of
 #                  cmake/HbTargets.cmake, tested natively)
-#   HBReporting    the program: apps/reporting/*.cpp (the command line's
-#                  main, the report window, the parts bound together) over
+#   HBReporting    the program: apps/reporting (the command line's main and
+#                  the parts bound together, the window of hb_report_ui) over
 #                  the portable core, the Win32 platform and the COM client
 
 set(hb_reporting_dir ${PROJECT_SOURCE_DIR}/apps/reporting)
-file(GLOB hb_reporting_srcs CONFIGURE_DEPENDS ${hb_reporting_dir}/*.cpp)
-
-add_executable(HBReporting WIN32 ${hb_reporting_srcs} ${hb_reporting_dir}/ReportingApp.rc
-               $<TARGET_OBJECTS:hb_reporting>)
+add_executable(HBReporting WIN32 ${hb_reporting_dir}/ReportMain.cpp
+               ${hb_reporting_dir}/ReportParts.cpp ${hb_reporting_dir}/ReportingApp.rc
+               $<TARGET_OBJECTS:hb_reporting> $<TARGET_OBJECTS:hb_store>)
 target_include_directories(HBReporting PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}
                            ${hb_reporting_dir} ${CMAKE_BINARY_DIR}/generated)
 target_compile_definitions(HBReporting PRIVATE ${HB_WIN_DEFS})
 target_link_options(HBReporting PRIVATE -municode)
-target_link_libraries(HBReporting PRIVATE hb_win32 hbcore ${HB_WIN_LIBS})
+# The window (cmake/ReportWindow.cmake), the stores' libraries
+# (cmake/RecordStores.cmake) and the XLSX writer (cmake/Xlsxwriter.cmake).
+target_link_libraries(HBReporting PRIVATE hb_report_ui hb_win32 hbcore hb_sqlite3 ${HB_ODBC_LIBS}
+                      hb_xlsxwriter ${HB_WIN_LIBS})
 set_target_properties(HBReporting PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR})
 set_source_files_properties(${hb_reporting_dir}/ReportingApp.rc PROPERTIES OBJECT_DEPENDS
   "${HB_LANGUAGE_FILE};${CMAKE_BINARY_DIR}/generated/hb_build.h;${hb_reporting_dir}/ReportingApp.manifest")

@@ -10,13 +10,17 @@
 // windows.h first: shellapi.h relies on its types.
 #include <shellapi.h>
 
+#include <array>
 #include <vector>
 
 #include "apps/reporting/ReportParts.h"
 #include "apps/reporting/ReportWindow.h"
 #include "common/DateTime.h"
+#include "languages/modMultiLanguage.h"
 #include "platform/win32/ConsolePlatform.h"
+#include "platform/win32/Win32Platform.h"
 #include "reporting/ReportCommandLine.h"
+#include "settings/modRegistryEntry.h"
 
 namespace {
 
@@ -71,17 +75,46 @@ int commandLine(const ReportCommand& command) {
     return static_cast<int>(outcome.code);
 }
 
-int window(HINSTANCE instance, const ReportCommand& command) {
+// The captions of the user's first three lists, from the registry's list
+// text ("Company:Acme;...\r\n" lines); the window opens before Outlook is
+// reached, and lists not stored yet keep the usual captions.
+std::array<Str, kReportLists> listCaptions(hb::Platform& platform) {
+    std::array<Str, kReportLists> captions = {u"Company", u"Person", u"Extra field"};
+    Str lists;
+    try {
+        lists = hb::GetSettingString(platform, u"Settings", u"MetadataList", Str());
+    } catch (const std::exception&) {
+        return captions;
+    }
+    std::size_t index = 0, from = 0;
+    while (index < kReportLists && from < lists.size()) {
+        std::size_t end = lists.find(u"\r\n", from);
+        if (end == Str::npos) end = lists.size();
+        const Str line = lists.substr(from, end - from);
+        if (const std::size_t colon = line.find(u':'); colon != Str::npos && colon > 0)
+            captions[index++] = line.substr(0, colon);
+        from = end + 2;
+    }
+    return captions;
+}
+
+int window(HINSTANCE instance, const ReportCommand& command, int show) {
     Apartment apartment;
     hb::Win32Platform platform;
     hb::Session s(platform);
-    ReportSteps steps = reportSteps(s, command.folder);
-    return runReportWindow(instance, s, steps, today(), firstWeekday());
+    hb::LoadLanguages(s, hb::fncGetlocalLanguage(s));
+    hb::reportapp::ReportWindowSetup setup;
+    setup.texts = reportTextsFrom(s.phrases);
+    setup.locale = platform.userLocale();
+    setup.listCaptions = listCaptions(platform);
+    setup.today = today();
+    ReportStepsModel model(reportSteps(s, command.folder));
+    return hb::reportapp::runReportWindow(instance, model, setup, show);
 }
 
 }  // namespace
 
-int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, PWSTR, int) {
+int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, PWSTR, int show) {
     SetProcessDPIAware();
     int argc = 0;
     LPWSTR* argv = CommandLineToArgvW(GetCommandLineW(), &argc);
@@ -104,7 +137,7 @@ int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, PWSTR, int) {
             case RunMode::Report:
                 return commandLine(*parsed.command);
             case RunMode::Window:
-                return window(instance, *parsed.command);
+                return window(instance, *parsed.command, show);
         }
     } catch (const std::exception& e) {
         hb::writeErrorLine(u"HBReporting failed: " + hb::fromUtf8(e.what()));

@@ -1,12 +1,16 @@
 #include "apps/reporting/ReportParts.h"
 
+#include <filesystem>
 #include <memory>
 
-#include "reporting/Exports.h"
+#include "reporting/CsvExport.h"
+#include "reporting/ExportFormat.h"
+#include "reporting/HtmlExport.h"
 #include "reporting/OutlookCalendar.h"
 #include "reporting/RecordStores.h"
 #include "reporting/ReportJob.h"
 #include "reporting/ReportSession.h"
+#include "reporting/XlsxExport.h"
 #include "settings/cPersonalSettings.h"
 
 namespace hb::reporting {
@@ -15,13 +19,17 @@ namespace {
 
 constexpr std::int32_t kReportChoiceFolder = 2;
 
+std::filesystem::path pathOf(const Str& file) {
+    return std::filesystem::path(std::u16string(file));
+}
+
 }  // namespace
 
 ReportSteps reportSteps(Session& s, const Str& folder) {
     ReportSteps steps;
     steps.calendar = [&s]() -> std::unique_ptr<CalendarSource> {
         prepareReportSession(s, reachOutlook(s.platform));
-        return std::make_unique<OutlookCalendar>(s.olApp, s);
+        return std::make_unique<OutlookCalendar>(s.olApp, s.platform.userLocale());
     };
     steps.store = [&s, folder] {
         if (!folder.empty()) return openRecordStore(kReportChoiceFolder, folder);
@@ -33,19 +41,38 @@ ReportSteps reportSteps(Session& s, const Str& folder) {
         return runReport(s, calendar, store, options);
     };
     steps.write = [&s](const Report& report, ExportFormat format, const Str& file) {
+        // The list separator Outlook's categories use is the user's, which
+        // is also the one a spreadsheet in that locale splits CSV cells at.
+        Locale loc = s.platform.userLocale();
+        if (!s.strListSeparator.empty()) loc.listSeparator = s.strListSeparator;
+        const ExportTexts texts = exportTexts(s.phrases);
         switch (format) {
             case ExportFormat::Csv:
-                writeCsv(report, file, s.strListSeparator);
+                writeCsv(pathOf(file), report, loc, texts);
                 break;
             case ExportFormat::Xlsx:
-                writeXlsx(report, file);
+                writeXlsx(pathOf(file), report, loc, texts);
                 break;
             case ExportFormat::Html:
-                writeHtml(report, file);
+                writeHtml(pathOf(file), report, loc, texts);
                 break;
         }
     };
     return steps;
+}
+
+ReportStepsModel::ReportStepsModel(ReportSteps steps) : steps_(std::move(steps)) {}
+
+Report ReportStepsModel::run(const ReportOptions& options) {
+    // Outlook and the database are reached again for every run, on the
+    // thread that runs it: the window's thread never holds their objects.
+    const std::unique_ptr<CalendarSource> calendar = steps_.calendar();
+    const std::unique_ptr<RecordStore> store = steps_.store();
+    return steps_.report(*calendar, *store, options);
+}
+
+void ReportStepsModel::exportTo(ExportFormat format, const Str& path, const Report& report) {
+    steps_.write(report, format, path);
 }
 
 }  // namespace hb::reporting

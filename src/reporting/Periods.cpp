@@ -72,13 +72,14 @@ WeekNumber isoWeek(DayNumber day) {
     return {year, (thursday - dayNumber(year, 1, 1)) / 7 + 1};
 }
 
-Period periodFor(PeriodKind kind, DayNumber today) {
+Period periodFor(PeriodKind kind, DayNumber today, int firstWeekday) {
     const CivilDate c = civilDate(today);
+    const DayNumber firstOfWeek = today - ((weekday(today) - firstWeekday) % 7 + 7) % 7;
     switch (kind) {
         case PeriodKind::ThisWeek:
-            return {weekStart(today), weekStart(today) + 6};
+            return {firstOfWeek, firstOfWeek + 6};
         case PeriodKind::LastWeek:
-            return {weekStart(today) - 7, weekStart(today) - 1};
+            return {firstOfWeek - 7, firstOfWeek - 1};
         case PeriodKind::ThisMonth:
             return {dayNumber(c.year, c.month, 1),
                     dayNumber(c.year, c.month, 1) + dt::daysInMonth(c.year, c.month) - 1};
@@ -89,6 +90,8 @@ Period periodFor(PeriodKind kind, DayNumber today) {
         }
         case PeriodKind::ThisYear:
             return {dayNumber(c.year, 1, 1), dayNumber(c.year, 12, 31)};
+        case PeriodKind::LastYear:
+            return {dayNumber(c.year - 1, 1, 1), dayNumber(c.year - 1, 12, 31)};
         case PeriodKind::Custom:
             break;
     }

@@ -14,7 +14,17 @@
 
 namespace hb::reporting {
 
-enum class PeriodKind : std::uint8_t { ThisWeek, LastWeek, ThisMonth, LastMonth, ThisYear, Custom };
+// LastYear stands after Custom so that the window's choices, the first six,
+// keep their places.
+enum class PeriodKind : std::uint8_t {
+    ThisWeek,
+    LastWeek,
+    ThisMonth,
+    LastMonth,
+    ThisYear,
+    Custom,
+    LastYear
+};
 
 // A period the user asked for that is no period: a date that does not exist,
 // or a first day after the last. The message says which, in words for the user.
@@ -45,9 +55,10 @@ struct WeekNumber {
 };
 WeekNumber isoWeek(DayNumber day);
 
-// One of the named periods, relative to today. Custom is no named period
-// (PeriodError); use customPeriod.
-Period periodFor(PeriodKind kind, DayNumber today);
+// One of the named periods, relative to today; weeks begin on firstWeekday
+// (0 Monday ... 6 Sunday, as Windows numbers the user's first day of the
+// week). Custom is no named period (PeriodError); use customPeriod.
+Period periodFor(PeriodKind kind, DayNumber today, int firstWeekday = 0);
 // A custom period of two calendar dates, both included. Raises PeriodError
 // for a date that does not exist or a first date after the last.
 Period customPeriod(const CivilDate& from, const CivilDate& to);

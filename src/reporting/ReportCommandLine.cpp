@@ -233,10 +233,6 @@ class Parser {
     Str error_;
 };
 
-DayNumber firstOfMonth(int year, int month) {
-    return static_cast<DayNumber>(dt::serial(year, month, 1));
-}
-
 }  // namespace
 
 ParsedCommand parseReportCommand(const std::vector<Str>& arguments) {
@@ -244,31 +240,7 @@ ParsedCommand parseReportCommand(const std::vector<Str>& arguments) {
 }
 
 Period namedPeriodDays(NamedPeriod period, DayNumber today, int firstWeekday) {
-    // Day 0, 30 December 1899, was a Saturday (5 counting from Monday).
-    const int weekday = ((today + 5) % 7 + 7) % 7;
-    const DayNumber weekStart = today - ((weekday - firstWeekday) % 7 + 7) % 7;
-    const dt::Parts p = dt::toParts(today);
-    switch (period) {
-        case NamedPeriod::ThisWeek:
-            return {weekStart, weekStart + 6};
-        case NamedPeriod::LastWeek:
-            return {weekStart - 7, weekStart - 1};
-        case NamedPeriod::ThisMonth: {
-            const DayNumber first = firstOfMonth(p.year, p.month);
-            return {first, first + dt::daysInMonth(p.year, p.month) - 1};
-        }
-        case NamedPeriod::LastMonth: {
-            const int year = p.month == 1 ? p.year - 1 : p.year;
-            const int month = p.month == 1 ? 12 : p.month - 1;
-            const DayNumber first = firstOfMonth(year, month);
-            return {first, first + dt::daysInMonth(year, month) - 1};
-        }
-        case NamedPeriod::ThisYear:
-            return {firstOfMonth(p.year, 1), firstOfMonth(p.year + 1, 1) - 1};
-        case NamedPeriod::LastYear:
-            return {firstOfMonth(p.year - 1, 1), firstOfMonth(p.year, 1) - 1};
-    }
-    return {};
+    return periodFor(period, today, firstWeekday);
 }
 
 Period resolvePeriod(const ReportCommand& command, DayNumber today, int firstWeekday) {

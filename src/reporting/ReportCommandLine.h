@@ -18,6 +18,7 @@
 #include <optional>
 #include <vector>
 
+#include "reporting/Periods.h"
 #include "reporting/ReportTypes.h"
 
 namespace hb::reporting {
@@ -35,14 +36,7 @@ enum class ExitCode : int {
 enum class RunMode : std::uint8_t { Window, Report, Help };
 
 // A period named relative to today.
-enum class NamedPeriod : std::uint8_t {
-    ThisWeek,
-    LastWeek,
-    ThisMonth,
-    LastMonth,
-    ThisYear,
-    LastYear
-};
+using NamedPeriod = PeriodKind;
 
 struct ReportCommand {
     RunMode mode = RunMode::Window;

@@ -20,8 +20,6 @@
 
 namespace hb::reporting {
 
-enum class ExportFormat : std::uint8_t { Csv, Xlsx, Html };
-
 struct ReportSteps {
     std::function<std::unique_ptr<CalendarSource>()> calendar;
     std::function<std::unique_ptr<RecordStore>()> store;

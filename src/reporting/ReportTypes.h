@@ -83,6 +83,9 @@ struct Rounding {
 
 enum class HoursFormat : std::uint8_t { Decimal, HoursMinutes };
 
+// The files a report is written to.
+enum class ExportFormat : std::uint8_t { Csv, Xlsx, Html };
+
 // What a summary level groups by.
 enum class Dimension : std::uint8_t { List1, List2, List3, Day, Week, Month, Year, User };
 

@@ -23,7 +23,6 @@ namespace hb::reporting {
 using PeriodChoice = PeriodKind;
 inline constexpr std::size_t kPeriodChoices = 6;
 
-enum class ExportFormat : std::uint8_t { Csv, Xlsx, Html };
 inline constexpr std::size_t kExportFormats = 3;
 
 // What the report program gives the window: it runs a report and writes it
