@@ -30,7 +30,7 @@ if(TARGET gtest)
                               "${HB_LANGUAGE_FILE};${CMAKE_BINARY_DIR}/generated/hb_build.h")
   add_dependencies(hb_report_window_tests hb_language)
   target_compile_definitions(hb_report_window_tests PRIVATE ${HB_WIN_DEFS})
-  target_link_libraries(hb_report_window_tests PRIVATE hb_win32 hbcore gtest gtest_main
+  target_link_libraries(hb_report_window_tests PRIVATE hb_win32 hbcore hb_xlsxwriter gtest gtest_main
                         ${HB_WIN_LIBS} comdlg32)
   set_target_properties(hb_report_window_tests PROPERTIES CROSSCOMPILING_EMULATOR ${HB_WINE_RUN})
   if(HB_WINE_TESTS)

@@ -17,8 +17,6 @@ namespace hb::reporting {
 
 namespace {
 
-constexpr std::int32_t kReportChoiceFolder = 2;
-
 std::filesystem::path pathOf(const Str& file) {
     return std::filesystem::path(std::u16string(file));
 }
