@@ -8,6 +8,7 @@
 #include "common/ErrorTrap.h"
 #include "diagnostics/modErroHandling.h"
 #include "explorer/cExplorerEvents.h"
+#include "explorer/cRibbon.h"
 #include "explorer/cToolBarItem.h"
 
 namespace hb {
@@ -131,6 +132,7 @@ void subCloseDown(Session& s) noexcept {
         // too: nothing of Outlook may stay held once the add-in has let go.
         s.onsMAPI = Variant();
         s.oCTPFactory = Variant();
+        if (s.objRibbon) s.objRibbon->release();
     } catch (...) {
     }
     s.blnClosingDown = false;
