@@ -188,26 +188,30 @@ bool cRibbon::getEnabled(const Variant& control) noexcept {
     return result;
 }
 
+// A button's caption, tip and image: the phrase table's, as on the toolbar.
+std::optional<cRibbon::Face> cRibbon::faceOf(Kind kind) const {
+    const Phrases& p = s_.phrases;
+    switch (kind) {
+        case Kind::Report:
+            return Face{p.LNGREPORT, p.LNGREPORTTT, u"REPORT"};
+        case Kind::Settings:
+            return Face{p.LNGSETTINGS, p.LNGSETTINGSTT, u"SETTINGS"};
+        case Kind::Statistics:
+            return Face{p.LNGSTATISTICS, p.LNGSTATSTT, u"STATISTICS"};
+        default:
+            return std::nullopt;
+    }
+}
+
 Str cRibbon::getLabel(const Variant& control) noexcept {
     Str result;
     trap(s_, u"cRibbon.getLabel", [&] {
         const Target t = target(control);
-        switch (t.kind) {
-            case Kind::List:
-                if (s_.oPersonalSettings && t.list < model_.shownLists())
-                    result = model_.caption(t.list);
-                break;
-            case Kind::Report:
-                result = s_.phrases.LNGREPORT;
-                break;
-            case Kind::Settings:
-                result = s_.phrases.LNGSETTINGS;
-                break;
-            case Kind::Statistics:
-                result = s_.phrases.LNGSTATISTICS;
-                break;
-            default:
-                break;
+        if (t.kind == Kind::List) {
+            if (s_.oPersonalSettings && t.list < model_.shownLists())
+                result = model_.caption(t.list);
+        } else if (const auto face = faceOf(t.kind)) {
+            result = face->caption;
         }
     });
     return result;
@@ -216,21 +220,9 @@ Str cRibbon::getLabel(const Variant& control) noexcept {
 Str cRibbon::getScreentip(const Variant& control) noexcept {
     Str result;
     trap(s_, u"cRibbon.getScreentip", [&] {
-        const Target t = target(control);
-        switch (t.kind) {
-            case Kind::Report:
-                result = s_.phrases.LNGREPORTTT;
-                break;
-            case Kind::Settings:
-                result = s_.phrases.LNGSETTINGSTT;
-                break;
-            case Kind::Statistics:
-                result = s_.phrases.LNGSTATSTT;
-                break;
-            default:
-                break;
-        }
+        if (const auto face = faceOf(target(control).kind)) result = face->tip;
     });
+    // A drop-down's tip is its caption.
     if (result.empty()) result = getLabel(control);
     return result;
 }
@@ -238,19 +230,8 @@ Str cRibbon::getScreentip(const Variant& control) noexcept {
 Variant cRibbon::getImage(const Variant& control) noexcept {
     Variant result = Variant::nothing();
     trap(s_, u"cRibbon.getImage", [&] {
-        switch (target(control).kind) {
-            case Kind::Report:
-                result = s_.platform.picture(u"REPORT");
-                break;
-            case Kind::Settings:
-                result = s_.platform.picture(u"SETTINGS");
-                break;
-            case Kind::Statistics:
-                result = s_.platform.picture(u"STATISTICS");
-                break;
-            default:
-                break;
-        }
+        if (const auto face = faceOf(target(control).kind))
+            result = s_.platform.picture(face->image);
     });
     return result;
 }

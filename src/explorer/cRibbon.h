@@ -95,6 +95,12 @@ class cRibbon {
         std::size_t list = 0;
     };
     static Target targetOf(const Str& id);
+    // A button's caption, tip and image name (none for other controls).
+    struct Face {
+        Str caption, tip;
+        const char16_t* image;
+    };
+    std::optional<Face> faceOf(Kind kind) const;
     Target target(const Variant& control) const;
     // The one appointment, meeting or occurrence selected in the control's
     // window, or Nothing.
