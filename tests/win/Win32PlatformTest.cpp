@@ -239,5 +239,23 @@ TEST(Win32Platform, ModuleFolderOfTheProgramItself) {
     EXPECT_TRUE(p.fileExists(p.moduleFolder() + u"\\HBAddin.dll"));
 }
 
+// The ribbon's button images are OLE pictures: Windows' own picture
+// object answers for them (a bitmap of 32 x 32 pixels, in HIMETRIC at the
+// screen's 96 pixels to the inch).
+TEST(Win32Picture, TheButtonImagesAreBitmapPicturesOfWindows) {
+    CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+    Win32Platform p;
+    for (const char16_t* name : {u"REPORT", u"SETTINGS", u"STATISTICS"}) {
+        SCOPED_TRACE(toUtf8(name));
+        const Variant picture = p.picture(name);
+        ASSERT_TRUE(picture.isObject() && !picture.isNothing());
+        EXPECT_EQ(picture.get(u"Type").toLong(), 1);  // PICTYPE_BITMAP
+        EXPECT_NE(picture.get(u"Handle").toLong(), 0);
+        EXPECT_EQ(picture.get(u"Width").toLong(), MulDiv(32, 2540, 96));
+        EXPECT_EQ(picture.get(u"Height").toLong(), MulDiv(32, 2540, 96));
+    }
+    CoUninitialize();
+}
+
 }  // namespace
 }  // namespace hb

@@ -11,6 +11,7 @@
 #include <windows.h>
 // windows.h first: the headers below rely on its types.
 #include <oleauto.h>
+#include <olectl.h>
 #include <shellapi.h>
 #include <shlobj.h>
 #include <winver.h>
@@ -343,6 +344,62 @@ Variant automationObject(IUnknown* unknown) {
 }
 
 }  // namespace
+
+namespace {
+
+// A 32 x 32 image of the command's initial in white on a colour of its own.
+HBITMAP drawnImage(const Str& name) {
+    constexpr int kSize = 32;
+    BITMAPINFO info{};
+    info.bmiHeader.biSize = sizeof info.bmiHeader;
+    info.bmiHeader.biWidth = kSize;
+    info.bmiHeader.biHeight = kSize;
+    info.bmiHeader.biPlanes = 1;
+    info.bmiHeader.biBitCount = 24;
+    void* bits = nullptr;
+    HBITMAP bitmap = CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
+    if (!bitmap) return nullptr;
+    HDC dc = CreateCompatibleDC(nullptr);
+    HGDIOBJ old = SelectObject(dc, bitmap);
+    const COLORREF colour = name == u"REPORT"       ? RGB(43, 87, 154)
+                            : name == u"STATISTICS" ? RGB(33, 115, 70)
+                                                    : RGB(96, 96, 96);
+    HBRUSH brush = CreateSolidBrush(colour);
+    const RECT all{0, 0, kSize, kSize};
+    FillRect(dc, &all, brush);
+    DeleteObject(brush);
+    SetBkMode(dc, TRANSPARENT);
+    SetTextColor(dc, RGB(255, 255, 255));
+    const std::wstring initial = name.empty() ? L"?" : std::wstring(1, name[0]);
+    RECT text = all;
+    DrawTextW(dc, initial.c_str(), 1, &text, DT_CENTER | DT_VCENTER | DT_SINGLELINE);
+    SelectObject(dc, old);
+    DeleteDC(dc);
+    return bitmap;
+}
+
+}  // namespace
+
+Variant Win32Platform::picture(const Str& name) {
+    const std::wstring id = wide(name);
+    HBITMAP bitmap = static_cast<HBITMAP>(LoadImageW(static_cast<HMODULE>(module_), id.c_str(),
+                                                     IMAGE_BITMAP, 0, 0, LR_CREATEDIBSECTION));
+    if (!bitmap) bitmap = drawnImage(name);
+    if (!bitmap) return Variant::nothing();
+    PICTDESC desc{};
+    desc.cbSizeofstruct = sizeof desc;
+    desc.picType = PICTYPE_BITMAP;
+    desc.bmp.hbitmap = bitmap;
+    IUnknown* picture = nullptr;
+    // The picture owns the bitmap from here on.
+    if (FAILED(OleCreatePictureIndirect(&desc, IID_IPictureDisp, TRUE,
+                                        reinterpret_cast<void**>(&picture))) ||
+        !picture) {
+        DeleteObject(bitmap);
+        return Variant::nothing();
+    }
+    return automationObject(picture);
+}
 
 Variant Win32Platform::getActiveObject(const Str& progId) {
     IUnknown* unknown = nullptr;

@@ -33,6 +33,9 @@ class Win32Platform : public Platform {
     Str moduleFolder() override;
     Str fromAnsi(const std::vector<std::uint8_t>& bytes) override;
     std::optional<std::vector<std::uint8_t>> resource(const Str& type, const Str& name) override;
+    // The add-in's button images as IPictureDisp: the bitmap resource of that
+    // name, else one drawn here (the command's initial on its colour).
+    Variant picture(const Str& name) override;
 
     bool createComponent(ScriptComponent component) override;
     Variant getActiveObject(const Str& progId) override;
