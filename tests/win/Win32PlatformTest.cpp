@@ -11,7 +11,9 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <optional>
 #include <string>
+#include <thread>
 
 #include "ComTestSupport.h"
 
@@ -255,6 +257,40 @@ TEST(Win32Picture, TheButtonImagesAreBitmapPicturesOfWindows) {
         EXPECT_EQ(picture.get(u"Height").toLong(), MulDiv(32, 2540, 96));
     }
     CoUninitialize();
+}
+
+// The searchable picker of a list too long for a ribbon drop-down: what is
+// typed narrows the list (letter case aside), OK takes the first entry
+// shown, Cancel nothing. The user is played by a thread of the test.
+TEST(Win32Picker, TypingNarrowsTheListAndOkTakesTheFirstEntryShown) {
+    if (GetEnvironmentVariableW(L"DISPLAY", nullptr, 0) == 0)
+        GTEST_SKIP() << "no X display (the test command gives the Wine tests an Xvfb)";
+    struct Case {
+        const wchar_t* typed;
+        int button;
+        std::optional<Str> chosen;
+    };
+    const std::vector<Str> entries = {u"Acme", u"Globex", u"Initech", u"Umbrella Corp",
+                                      u"Globe Trotters"};
+    for (const Case& c :
+         {Case{L"GLOB", IDOK, Str(u"Globex")}, Case{L"corp", IDOK, Str(u"Umbrella Corp")},
+          Case{L"trot", IDCANCEL, std::nullopt}, Case{L"", IDOK, Str(u"Acme")}}) {
+        SCOPED_TRACE(testing::PrintToString(std::wstring(c.typed)));
+        std::thread user([&] {
+            HWND window = nullptr;
+            for (int i = 0; i < 500 && !window; ++i) {
+                window = FindWindowW(L"HourbookPicker", L"Company");
+                if (!window) Sleep(10);
+            }
+            if (!window) return;
+            SendMessageW(GetDlgItem(window, 101), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(c.typed));
+            PostMessageW(window, WM_COMMAND, MAKEWPARAM(c.button, BN_CLICKED), 0);
+        });
+        Win32Platform p;
+        const std::optional<Str> chosen = p.pickFromList(u"Company", entries);
+        user.join();
+        EXPECT_EQ(chosen, c.chosen);
+    }
 }
 
 }  // namespace
