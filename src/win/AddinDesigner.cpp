@@ -154,7 +154,8 @@ STDMETHODIMP AddinDesigner::getItemCount(IDispatch* control, LONG* result) {
 }
 
 STDMETHODIMP AddinDesigner::getItemLabel(IDispatch* control, LONG index, BSTR* result) {
-    const Variant v = callback(u"getItemLabel", control, {Variant(static_cast<std::int32_t>(index))});
+    const Variant v =
+        callback(u"getItemLabel", control, {Variant(static_cast<std::int32_t>(index))});
     return putBstr(v.type() == Variant::Type::String ? v.toStr() : Str(), result);
 }
 

@@ -42,10 +42,9 @@ class XmlAddin : public hb::DispatchObject {
                         })
                 .method(u"getItemCount", [](XmlAddin&) { return std::int32_t{2}; })
                 .method(u"getItemLabel",
-                        [](XmlAddin&, Args& args) {
-                            return u"Item " + args.at(1).toStr();
-                        })
-                .method(u"getItemID", [](XmlAddin&, Args& args) { return u"i" + args.at(1).toStr(); })
+                        [](XmlAddin&, Args& args) { return u"Item " + args.at(1).toStr(); })
+                .method(u"getItemID",
+                        [](XmlAddin&, Args& args) { return u"i" + args.at(1).toStr(); })
                 .method(u"getSelectedItemIndex", [](XmlAddin&) { return Str(u"wrong type"); })
                 .method(u"onAction",
                         [](XmlAddin& a, Args& args) {
@@ -81,8 +80,9 @@ TEST(SimRibbon, RefusesTheXmlOfficeRefusesAndShowsNothing) {
         Str xml;
         const char16_t* reason;  // empty: accepted
     };
-    const Str good = u"<group id=\"g\" getVisible=\"getVisible\"><button id=\"b\" "
-                     u"getLabel=\"getLabel\" onAction=\"onAction\"/></group>";
+    const Str good =
+        u"<group id=\"g\" getVisible=\"getVisible\"><button id=\"b\" "
+        u"getLabel=\"getLabel\" onAction=\"onAction\"/></group>";
     const std::vector<Case> cases = {
         {"accepted", customUI(k2009, good), u""},
         {"2006 namespace", customUI(u"http://schemas.microsoft.com/office/2006/01/customui", good),
@@ -111,7 +111,8 @@ TEST(SimRibbon, RefusesTheXmlOfficeRefusesAndShowsNothing) {
             EXPECT_TRUE(sc.ribbon()->groupShown(*sc.explorer()));
             EXPECT_EQ(addin->calls.front(), u"onLoad");
         } else {
-            EXPECT_EQ(sc.ribbon()->loadError.rfind(reason, 0), 0u) << hb::toUtf8(sc.ribbon()->loadError);
+            EXPECT_EQ(sc.ribbon()->loadError.rfind(reason, 0), 0u)
+                << hb::toUtf8(sc.ribbon()->loadError);
             EXPECT_FALSE(sc.ribbon()->groupShown(*sc.explorer()));
             EXPECT_TRUE(addin->calls.empty());
         }
@@ -124,15 +125,15 @@ TEST(SimRibbon, CallsTheCallbacksByNameWithTheControlAndInvalidatesOnRequest) {
     Scenario sc;
     sc.outlook().version = u"14.0.4760.1000";
     auto addin = std::make_shared<XmlAddin>(customUI(
-        k2009, u"<group id=\"g\" getVisible=\"getVisible\"><dropDown id=\"d\" tag=\"t\" "
-               u"getLabel=\"getLabel\" getItemCount=\"getItemCount\" getItemLabel=\"getItemLabel\" "
-               u"getItemID=\"getItemID\" getSelectedItemIndex=\"getSelectedItemIndex\" "
-               u"onAction=\"onAction\"/><button id=\"b\" onAction=\"onAction\"/></group>"));
+        k2009,
+        u"<group id=\"g\" getVisible=\"getVisible\"><dropDown id=\"d\" tag=\"t\" "
+        u"getLabel=\"getLabel\" getItemCount=\"getItemCount\" getItemLabel=\"getItemLabel\" "
+        u"getItemID=\"getItemID\" getSelectedItemIndex=\"getSelectedItemIndex\" "
+        u"onAction=\"onAction\"/><button id=\"b\" onAction=\"onAction\"/></group>"));
     sc.startOutlook(std::make_shared<XmlAddinHost>(addin), ol::FolderCalendar);
     auto e = sc.explorer();
     Ribbon& ribbon = *sc.ribbon();
-    EXPECT_EQ(addin->calls,
-              (std::vector<Str>{u"onLoad", u"getVisible g", u"getLabel d"}));
+    EXPECT_EQ(addin->calls, (std::vector<Str>{u"onLoad", u"getVisible g", u"getLabel d"}));
     const auto* d = ribbon.view(*e, u"d");
     ASSERT_NE(d, nullptr);
     EXPECT_EQ(d->label, u"34");  // olExplorer
