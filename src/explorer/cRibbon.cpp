@@ -5,11 +5,13 @@
 
 #include <algorithm>
 
+#include "addin/cCalendarReactions.h"
 #include "common/DispatchObject.h"
 #include "common/ErrorTrap.h"
 #include "common/Text.h"
 #include "diagnostics/modErroHandling.h"
 #include "explorer/cExplorerEvents.h"
+#include "explorer/cToolBarItem.h"
 #include "metadata/cMarking.h"
 #include "settings/cPersonalSettings.h"
 
@@ -69,11 +71,27 @@ Str cRibbon::GetCustomUI(const Str& ribbonId) noexcept {
     trap(s_, u"cRibbon.GetCustomUI", [&] {
         if (ribbonId != kExplorerRibbon) return;
         // Office shows the group from now on: the calendar windows get no
-        // command bar.
+        // command bar. Loaded into a running Outlook, the session started
+        // before Office asked (it asks after the connection): the bars it
+        // made go.
         s_.blnRibbon = true;
         xml = fncRibbonXml();
+        subRemoveBars();
     });
     return xml;
+}
+
+void cRibbon::subRemoveBars() {
+    Session& s = s_;
+    if (const std::shared_ptr<cToolBarItem> toolbar = s.objToolBar) toolbar->RemoveToolbar();
+    const std::shared_ptr<cCalendarReactions> reactions = s.oCalendarReactions;
+    if (!reactions) return;
+    for (const auto& wrapper : std::vector(reactions->colExplorers)) {
+        if (!wrapper || !isSet(wrapper->oueMyExplorer())) continue;
+        resumeNext(s,
+                   [&] { subRemoveCommandBar(s, wrapper->oueMyExplorer().get(u"CommandBars")); });
+    }
+    s.err.clear();
 }
 
 // ---------------------------------------------------------------------------

@@ -113,6 +113,9 @@ class cRibbon {
     Str valueOf(const Variant& explorer, std::size_t n);
     void invalidate(const Str& id);
     void refreshSettings();
+    // Removes the command bars a session that started before Office asked
+    // for the ribbon made.
+    void subRemoveBars();
 
     Session& s_;
     BillingModel model_;

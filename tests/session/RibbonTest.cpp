@@ -100,6 +100,33 @@ TEST(RibbonVersions, TheGroupReplacesTheToolbarFromOutlook2010On) {
     }
 }
 
+// Loaded into a running Outlook 16 (the COM add-ins dialog), the session
+// starts inside the connection, before Office asks for the ribbon: the bar
+// it made then goes once Office does, and the group takes over.
+TEST(RibbonAfterStartup, TheBarMadeBeforeOfficeAskedForTheRibbonGoes) {
+    SessionHarness h(kOutlook16);
+    h.setLists(workgroupLists());
+    auto appt = h.addAppointment(u"Review", u"Globex");
+    h.startWithoutAddin();
+    auto ex = h.sc().explorer();
+    h.sc().select(ex, {appt});
+    auto second = h.sc().openExplorer(h.outlook().calendar());
+    h.sc().activate(ex);
+    h.connectAfterStart();
+    ASSERT_TRUE(h.loaded());
+    for (const auto& w : h.outlook().allWindows())
+        EXPECT_EQ(addinBarsIn(*w), 0u);
+    ASSERT_TRUE(h.sc().ribbon()->groupShown(*ex));
+    EXPECT_EQ(selectedLabel(*h.sc().ribbon()->view(*ex, u"hbList1")), u"Globex");
+    h.sc().ribbonPick(ex, u"hbList2", 1);
+    EXPECT_EQ(appt->categories, u"Globex, Jones");
+    h.sc().activate(second);
+    EXPECT_EQ(addinBarsIn(*second), 0u);
+    EXPECT_EQ(h.errorDialogs(), 0u) << h.messageBoxesText();
+    h.sc().quit();
+    EXPECT_TRUE(h.census().empty()) << h.censusText();
+}
+
 TEST_F(Ribbon, TheXmlPutsOneGroupOnTheCalendarsHomeTab) {
     start();
     const Str& xml = ribbon().xml;
