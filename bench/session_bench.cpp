@@ -3,6 +3,9 @@
 //  - a selection change in the calendar (the boxes set, and filled only
 //    when their lists changed), beside today's refill on every change,
 //  - a value picked in a box (written, saved, shown again).
+//  - the same selection change on Outlook 16, where the calendar's ribbon
+//    group shows the lists: the callbacks Office makes for what the add-in
+//    invalidated.
 // Beside the time each reports the object-model calls the add-in made
 // (counted by the simulated Outlook) per operation.
 #include <benchmark/benchmark.h>
@@ -58,6 +61,7 @@ class Designer : public sim::Addin {
     void onDisconnection(std::int32_t mode, hb::Args& custom) override {
         designer.AddinInstance_OnDisconnection(mode, custom);
     }
+    hb::ObjectPtr ribbonExtensibility() override { return designer.ribbonCallbacks(); }
 };
 
 // Outlook with a calendar of two appointments and the workgroup's three big
@@ -67,7 +71,8 @@ struct World {
     sim::Scenario sc;
     std::shared_ptr<sim::Item> a, b;
 
-    World() {
+    explicit World(const Str& version = u"12.0.4518.1014") {
+        sc.outlook().version = version;
         platform.setResource(u"CUSTOM", u"LANGUAGE", hbtest::shippedLanguageResource());
         platform.setAddinVersion(hb::ModuleVersion{4, 0, 1});
         platform.addFolder(platform.documentsFolder());
@@ -193,5 +198,34 @@ void BM_ValuePick(benchmark::State& state) {
     report(state, world.sc.instruments().callCount());
 }
 BENCHMARK(BM_ValuePick)->Unit(benchmark::kMillisecond);
+
+// Outlook 16: the calendar's ribbon group instead of the toolbar. Each change
+// alters the value of all three lists, so each drop-down is invalidated and
+// Office asks it again (its count, its items, its selected one).
+void BM_RibbonSelectionChange(benchmark::State& state) {
+    World world(u"16.0.4266.1001");
+    world.start();
+    auto ex = world.sc.explorer();
+    sim::Ribbon* ribbon = world.sc.ribbon();
+    if (!ribbon || !ribbon->groupShown(*ex)) {
+        state.SkipWithError("no ribbon group");
+        return;
+    }
+    world.sc.select(ex, {world.a});
+    world.sc.instruments().resetCounts();
+    const std::uint64_t callbacksBefore = ribbon->callbacks;
+    bool first = false;
+    for (auto _ : state) {
+        world.sc.select(ex, {first ? world.a : world.b});
+        first = !first;
+    }
+    if (ribbon->callbackErrors != 0 || ribbon->tooManyItems != 0)
+        state.SkipWithError("callbacks failed");
+    report(state, world.sc.instruments().callCount());
+    state.counters["callbacks"] =
+        benchmark::Counter(static_cast<double>(ribbon->callbacks - callbacksBefore),
+                           benchmark::Counter::kAvgIterations);
+}
+BENCHMARK(BM_RibbonSelectionChange)->Unit(benchmark::kMillisecond);
 
 }  // namespace

@@ -29,7 +29,7 @@ if(HB_WIN_TESTS)
   file(GLOB hb_standintest_srcs CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/win/Standin*WinTest.cpp)
   if(hb_standintest_srcs)
     add_executable(hb_standintests ${hb_standintest_srcs} ${hb_standin_served}
-                   $<TARGET_OBJECTS:hb_sim>)
+                   ${PROJECT_SOURCE_DIR}/standin/RibbonHost.cpp $<TARGET_OBJECTS:hb_sim>)
     target_include_directories(hb_standintests PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}
                                ${PROJECT_SOURCE_DIR}/tests ${hb_gen})
     target_link_libraries(hb_standintests PRIVATE hb_win32 hbcore gtest gtest_main ${HB_WIN_LIBS})

@@ -102,15 +102,26 @@ else
         standin_wine "$win64/hb_standin.exe" --version 12 --shots "$(hb_winpath "$shots")" 2>&1 |
             tr -d '\r' | sed 's/^/   /'
         session_rc=${PIPESTATUS[0]}
-        for shot in calendar appointment; do
-            if [ -f "$shots/$shot.bmp" ] && convert "$shots/$shot.bmp" "$shots/$shot.png"; then
-                rm -f "$shots/$shot.bmp"
-                echo "   screenshot: build/screenshots/$shot.png"
+        # A screenshot the stand-in saved as BMP, kept as PNG.
+        save_shot() {
+            if [ -f "$shots/$1.bmp" ] && convert "$shots/$1.bmp" "$shots/$1.png"; then
+                rm -f "$shots/$1.bmp"
+                echo "   screenshot: build/screenshots/$1.png"
             else
-                echo "   screenshot of the $shot window: not taken"
-                session_rc=1
+                echo "   screenshot of the $1 window: not taken"
+                return 1
             fi
+        }
+        for shot in calendar appointment; do
+            save_shot "$shot" || session_rc=1
         done
+        echo
+        echo "   The same session under Outlook 16: the ribbon group on the calendar's Home tab"
+        echo "   instead of the toolbar:"
+        standin_wine "$win64/hb_standin.exe" --version 16 --shots "$(hb_winpath "$shots")" 2>&1 |
+            tr -d '\r' | sed 's/^/   /'
+        [ "${PIPESTATUS[0]}" -eq 0 ] || session_rc=1
+        save_shot ribbon || session_rc=1
         echo
         echo "   The appointment window under Outlook 11 (the toolbar instead of the task pane):"
         standin_wine "$win64/hb_standin.exe" --version 11 2>&1 | tr -d '\r' |

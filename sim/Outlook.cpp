@@ -246,11 +246,15 @@ void Outlook::post(std::function<void()> event) {
 void Outlook::pump() {
     if (pumping_) return;  // the outer pump delivers what handlers post
     pumping_ = true;
-    while (!posted_.empty()) {
-        auto e = std::move(posted_.front());
-        posted_.pop_front();
-        e();
-    }
+    do {
+        while (!posted_.empty()) {
+            auto e = std::move(posted_.front());
+            posted_.pop_front();
+            e();
+        }
+        // Office redraws what changed (the ribbon asks its callbacks).
+        if (onIdle) onIdle();
+    } while (!posted_.empty());
     pumping_ = false;
 }
 

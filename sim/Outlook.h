@@ -381,6 +381,8 @@ class Outlook {
     void post(std::function<void()> event);
     void pump();
     std::size_t pendingEvents() const { return posted_.size(); }
+    // Runs after the events were delivered (the driver's ribbon refresh).
+    std::function<void()> onIdle;
     // Every event raised, in order: "ExplorerEvents.Activate (Explorer)".
     std::vector<std::string> eventLog;
 

@@ -8,10 +8,27 @@ namespace {}  // namespace
 
 Scenario::Scenario() : outlook_(std::make_unique<Outlook>()) {
     outlook_->onQuit = [this] { quit(); };
+    outlook_->onIdle = [this] {
+        if (ribbon_) ribbon_->refresh();
+    };
 }
 
 Scenario::~Scenario() {
     outlook_->onQuit = nullptr;
+    outlook_->onIdle = nullptr;
+}
+
+void Scenario::ribbonPick(const std::shared_ptr<Explorer>& explorer, StrView id,
+                          std::int32_t index) {
+    if (!ribbon_) throw ScenarioError("no ribbon");
+    ribbon_->pick(explorer, id, index);
+    outlook_->pump();
+}
+
+void Scenario::ribbonPress(const std::shared_ptr<Explorer>& explorer, StrView id) {
+    if (!ribbon_) throw ScenarioError("no ribbon");
+    ribbon_->press(explorer, id);
+    outlook_->pump();
 }
 
 void Scenario::guarded(const char* what, const std::function<void()>& call) {
@@ -60,6 +77,14 @@ bool Scenario::connect(std::shared_ptr<Addin> addin, std::int32_t connectMode) {
         comAddIn_->connect = false;
         return false;
     }
+    // Office 2010 and later ask for the explorer's ribbon next.
+    if (o.majorVersion() >= 14) {
+        if (hb::ObjectPtr extensibility = addin_->ribbonExtensibility()) {
+            ribbon_ = std::make_shared<Ribbon>(o);
+            addin_->prepareRibbon(*ribbon_, extensibility);
+            ribbon_->load(std::move(extensibility));
+        }
+    }
     if (o.majorVersion() >= 12) {
         guarded("CTPFactoryAvailable", [&] {
             addin_->ctpFactoryAvailable(
@@ -91,6 +116,7 @@ void Scenario::quit() {
         guarded("OnBeginShutdown", [&] { addin_->onBeginShutdown(custom); });
         guarded("OnDisconnection",
                 [&] { addin_->onDisconnection(ext::DisconnectHostShutdown, custom); });
+        if (ribbon_) ribbon_->unload();
         addin_.reset();  // Office releases the add-in
     }
     if (comAddIn_) comAddIn_->object = Variant();
@@ -101,6 +127,7 @@ void Scenario::disconnectAddin() {
     if (!addin_) return;
     Args custom;
     guarded("OnDisconnection", [&] { addin_->onDisconnection(ext::DisconnectUserClosed, custom); });
+    if (ribbon_) ribbon_->unload();
     addin_.reset();
     if (comAddIn_) {
         comAddIn_->connect = false;

@@ -19,6 +19,7 @@
 
 #include "sim/Office.h"
 #include "sim/Outlook.h"
+#include "sim/Ribbon.h"
 
 namespace sim {
 
@@ -43,6 +44,16 @@ class Addin {
     virtual void onStartupComplete(Args& custom) { (void)custom; }
     virtual void onBeginShutdown(Args& custom) { (void)custom; }
     virtual void onDisconnection(std::int32_t removeMode, Args& custom) = 0;
+    // What Office's QueryInterface for IRibbonExtensibility finds (Office
+    // 14 on asks): the add-in's dispatch, whose GetCustomUI and callbacks
+    // it calls by name; null when the add-in has no ribbon.
+    virtual hb::ObjectPtr ribbonExtensibility() { return nullptr; }
+    // Sets up the ribbon before it asks for the XML (a host over real COM
+    // plugs its checks in).
+    virtual void prepareRibbon(Ribbon& ribbon, const hb::ObjectPtr& extensibility) {
+        (void)ribbon;
+        (void)extensibility;
+    }
 };
 
 // An Addin made of functions; any may be left empty.
@@ -175,6 +186,15 @@ class Scenario {
     std::shared_ptr<Item> copyItem(const std::shared_ptr<Item>& item,
                                    std::shared_ptr<Folder> folder = nullptr);
 
+    // ---- the ribbon (Office 14 and later) ----
+    // The ribbon Office loaded from the add-in (null before version 14 or
+    // when the add-in has none).
+    Ribbon* ribbon() const { return ribbon_.get(); }
+    // The user picks item `index` (from 0) of a ribbon drop-down / presses
+    // a ribbon button in an explorer.
+    void ribbonPick(const std::shared_ptr<Explorer>& explorer, StrView id, std::int32_t index);
+    void ribbonPress(const std::shared_ptr<Explorer>& explorer, StrView id);
+
     // Delivers the events the add-in's calls caused.
     void pump() { outlook_->pump(); }
 
@@ -188,6 +208,7 @@ class Scenario {
     std::unique_ptr<Outlook> outlook_;
     std::shared_ptr<Addin> addin_;
     std::shared_ptr<ComAddIn> comAddIn_;
+    std::shared_ptr<Ribbon> ribbon_;
 };
 
 // A fault sweep: runs a scenario once on a fresh Scenario to count the

@@ -166,6 +166,7 @@ void HostWindows::render() {
         offset += 40;
         SetWindowTextW(shown.frame, caption.c_str());
         drawBar(*w, shown);
+        drawRibbon(*w, shown);
         drawContent(*w, shown);
         RECT client{};
         GetClientRect(shown.frame, &client);
@@ -225,6 +226,73 @@ void HostWindows::drawBar(const sim::Window& window, Shown& shown) {
     }
 }
 
+void HostWindows::drawRibbon(const sim::Window& window, Shown& shown) {
+    for (auto& [hwnd, id] : shown.ribbonControls)
+        DestroyWindow(hwnd);
+    shown.ribbonControls.clear();
+    for (HWND label : shown.ribbonLabels)
+        DestroyWindow(label);
+    shown.ribbonLabels.clear();
+    const auto* explorer = dynamic_cast<const sim::Explorer*>(&window);
+    if (!ribbon || !explorer || !ribbon->groupShown(*explorer)) return;
+    const auto label = [&](const std::wstring& text, int x, int width) {
+        shown.ribbonLabels.push_back(makeChild(L"Static", text, SS_RIGHT | SS_CENTERIMAGE, x, 2,
+                                               width, kBarHeight - 4, shown.frame));
+    };
+    int x = 4;
+    label(L"Hourbook |", x, 70);
+    x += 74;
+    for (const hb::Str& id : {hb::Str(u"hbList1"), hb::Str(u"hbList2"), hb::Str(u"hbList3")}) {
+        const auto* v = ribbon->view(*explorer, id);
+        if (!v || !v->visible) continue;
+        const std::wstring caption = hb::com::wide(v->label);
+        const int captionWidth = 8 + 7 * static_cast<int>(caption.size());
+        label(caption, x, captionWidth);
+        x += captionWidth + 4;
+        HWND combo =
+            makeChild(L"ComboBox", L"", CBS_DROPDOWNLIST | WS_VSCROLL, x, 2, 150, 200, shown.frame);
+        for (const auto& [itemId, itemLabel] : v->items)
+            SendMessageW(combo, CB_ADDSTRING, 0,
+                         reinterpret_cast<LPARAM>(hb::com::wide(itemLabel).c_str()));
+        SendMessageW(combo, CB_SETCURSEL, static_cast<WPARAM>(v->selected), 0);
+        EnableWindow(combo, v->enabled);
+        shown.ribbonControls.emplace(combo, id);
+        x += 154;
+    }
+    for (const hb::Str& id :
+         {hb::Str(u"hbReport"), hb::Str(u"hbSettings"), hb::Str(u"hbStatistics")}) {
+        const auto* v = ribbon->view(*explorer, id);
+        if (!v || !v->visible) continue;
+        const std::wstring caption = hb::com::wide(v->label);
+        const int width = 16 + 7 * static_cast<int>(caption.size());
+        HWND button =
+            makeChild(L"Button", caption, BS_PUSHBUTTON, x, 2, width, kBarHeight - 4, shown.frame);
+        EnableWindow(button, v->enabled);
+        shown.ribbonControls.emplace(button, id);
+        x += width + 4;
+    }
+}
+
+bool HostWindows::pickInRibbon(const sim::Window& window, const hb::Str& id,
+                               const std::wstring& entry) {
+    auto it = shown_.find(&window);
+    if (it == shown_.end()) return false;
+    for (auto& [hwnd, control] : it->second.ribbonControls)
+        if (control == id) return IsWindowEnabled(hwnd) && pickInCombo(hwnd, entry);
+    return false;
+}
+
+bool HostWindows::clickInRibbon(const sim::Window& window, const hb::Str& id) {
+    auto it = shown_.find(&window);
+    if (it == shown_.end()) return false;
+    for (auto& [hwnd, control] : it->second.ribbonControls) {
+        if (control != id || !IsWindowEnabled(hwnd)) continue;
+        SendMessageW(hwnd, BM_CLICK, 0, 0);
+        return true;
+    }
+    return false;
+}
+
 void HostWindows::drawContent(const sim::Window& window, Shown& shown) {
     RECT client{};
     GetClientRect(shown.frame, &client);
@@ -267,6 +335,18 @@ LRESULT CALLBACK HostWindows::frameProc(HWND hwnd, UINT msg, WPARAM wp, LPARAM l
 void HostWindows::command(HWND frame, HWND control, WORD code) {
     for (auto& [window, shown] : shown_) {
         if (shown.frame != frame) continue;
+        if (auto r = shown.ribbonControls.find(control); r != shown.ribbonControls.end()) {
+            // Held: what Office calls may redraw the group.
+            const hb::Str id = r->second;
+            const sim::Window* simWindow = window;
+            if (code == CBN_SELCHANGE && onRibbonPick) {
+                const LRESULT item = SendMessageW(control, CB_GETCURSEL, 0, 0);
+                if (item != CB_ERR) onRibbonPick(*simWindow, id, static_cast<int>(item));
+            } else if (code == BN_CLICKED && onRibbonPress) {
+                onRibbonPress(*simWindow, id);
+            }
+            return;
+        }
         auto it = shown.barControls.find(control);
         if (it == shown.barControls.end()) return;
         // Held: what the event causes may redraw the bar.

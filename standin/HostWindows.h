@@ -1,7 +1,10 @@
 #pragma once
 // The stand-in Outlook's real windows: one top-level window per open
 // explorer and inspector of the simulated Outlook, the add-in's command bar
-// drawn in it as Win32 combo boxes and buttons, and custom task panes as
+// drawn in it as Win32 combo boxes and buttons (from Outlook 14 on the
+// add-in's ribbon group on the calendar's Home tab: a labelled combo box per
+// drop-down and a button per button, as Office shows them), and custom task
+// panes as
 // real ActiveX controls (created by ProgID in Wine's ATL container) docked
 // to the right of their window at the pane's width. render() brings the
 // windows in line with the simulation after every step of a scenario.
@@ -15,6 +18,7 @@
 
 #include "common/Object.h"
 #include "sim/Office.h"
+#include "sim/Ribbon.h"
 
 namespace standin {
 
@@ -51,6 +55,16 @@ class HostWindows {
     // a button clicked.
     std::function<void(const std::shared_ptr<sim::CommandBarControl>&, int index)> onComboPick;
     std::function<void(const std::shared_ptr<sim::CommandBarControl>&)> onButtonClick;
+    // The ribbon Office loaded (null: none); drawn in the explorers that
+    // show its group.
+    const sim::Ribbon* ribbon = nullptr;
+    // The user picks `entry` in the real combo box of drop-down `id` / presses
+    // the real button of ribbon button `id`: onRibbonPick / onRibbonPress
+    // hear it. False when the control or entry is not shown.
+    bool pickInRibbon(const sim::Window& window, const hb::Str& id, const std::wstring& entry);
+    bool clickInRibbon(const sim::Window& window, const hb::Str& id);
+    std::function<void(const sim::Window&, const hb::Str& id, int index)> onRibbonPick;
+    std::function<void(const sim::Window&, const hb::Str& id)> onRibbonPress;
     // Saves what the screen shows of a window as a 24-bit BMP file.
     bool capture(HWND window, const std::wstring& path);
     // Handles the window messages waiting.
@@ -60,9 +74,12 @@ class HostWindows {
     struct Shown {
         HWND frame = nullptr;
         std::map<HWND, std::shared_ptr<sim::CommandBarControl>> barControls;
+        std::map<HWND, hb::Str> ribbonControls;  // the real control -> the ribbon control's id
+        std::vector<HWND> ribbonLabels;
         HWND content = nullptr;  // the folder's items, or the item's fields
     };
     void drawBar(const sim::Window& window, Shown& shown);
+    void drawRibbon(const sim::Window& window, Shown& shown);
     void drawContent(const sim::Window& window, Shown& shown);
     static LRESULT CALLBACK frameProc(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp);
     void command(HWND frame, HWND control, WORD code);

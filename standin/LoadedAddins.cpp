@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "common/Text.h"
+#include "standin/RibbonHost.h"
 #include "standin/TaskPaneFactory.h"
 #include "win/com/ComVariant.h"
 
@@ -112,6 +113,17 @@ void LoadedAddins::ctpFactoryAvailable(const hb::Variant& factory) {
                 failures_.push_back({e.progId, hresultText(L"CTPFactoryAvailable", hr)});
         }
     }
+}
+
+hb::ObjectPtr LoadedAddins::ribbonExtensibility() {
+    for (Entry& e : loaded_) {
+        if (hb::ObjectPtr ribbon = ribbonOf(e.addin.get())) return ribbon;
+    }
+    return nullptr;
+}
+
+void LoadedAddins::prepareRibbon(sim::Ribbon& ribbon, const hb::ObjectPtr& extensibility) {
+    useComChecks(ribbon, extensibility);
 }
 
 void LoadedAddins::onStartupComplete(hb::Args&) {

@@ -49,6 +49,10 @@ class LoadedAddins : public sim::Addin {
     void onStartupComplete(hb::Args& custom) override;
     void onBeginShutdown(hb::Args& custom) override;
     void onDisconnection(std::int32_t removeMode, hb::Args& custom) override;
+    // From Office 14 on: the first loaded add-in with a ribbon, as Office
+    // reaches it, and the checks Office makes of its XML.
+    hb::ObjectPtr ribbonExtensibility() override;
+    void prepareRibbon(sim::Ribbon& ribbon, const hb::ObjectPtr& extensibility) override;
 
   private:
     void fail(std::size_t index, const std::wstring& what);

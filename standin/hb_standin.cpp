@@ -179,9 +179,29 @@ std::shared_ptr<sim::CommandBarControl> combo(const sim::Window& window, int n) 
     return nullptr;
 }
 
-// What the three boxes of a window's bar show, joined by ", ".
-Str boxesText(const sim::Window& window) {
+// From Outlook 14 on the add-in's controls are the ribbon group's: the
+// drop-down of list n as Office shows it in an explorer.
+const sim::Ribbon::ControlView* ribbonList(const sim::Ribbon* ribbon, const sim::Window& window,
+                                           int n) {
+    const auto* explorer = dynamic_cast<const sim::Explorer*>(&window);
+    if (!ribbon || !explorer || !ribbon->groupShown(*explorer)) return nullptr;
+    const auto* v = ribbon->view(*explorer, u"hbList" + hb::toStr(static_cast<long long>(n)));
+    return v && v->visible ? v : nullptr;
+}
+
+// What the three boxes of a window's bar (or drop-downs of its ribbon
+// group) show, joined by ", ".
+Str boxesText(const sim::Window& window, const sim::Ribbon* ribbon = nullptr) {
     Str text;
+    if (ribbon) {
+        for (int n = 1; n <= 3; ++n) {
+            if (n > 1) text += u", ";
+            const auto* v = ribbonList(ribbon, window, n);
+            if (v && v->selected >= 0 && static_cast<std::size_t>(v->selected) < v->items.size())
+                text += v->items[static_cast<std::size_t>(v->selected)].second;
+        }
+        return text;
+    }
     for (int n = 1; n <= 3; ++n) {
         auto c = combo(window, n);
         if (n > 1) text += u", ";
@@ -191,8 +211,19 @@ Str boxesText(const sim::Window& window) {
 }
 
 // The lists of a window's bar: "caption: entry, entry | caption: ...".
-Str listsText(const sim::Window& window) {
+Str listsText(const sim::Window& window, const sim::Ribbon* ribbon = nullptr) {
     Str text;
+    if (ribbon) {
+        for (int n = 1; n <= 3; ++n) {
+            const auto* v = ribbonList(ribbon, window, n);
+            if (!v) continue;
+            if (!text.empty()) text += u" | ";
+            text += v->label + u":";
+            for (std::size_t i = 0; i < v->items.size(); ++i)
+                text += (i ? u", " : u" ") + v->items[i].second;
+        }
+        return text;
+    }
     for (int n = 1; n <= 3; ++n) {
         auto c = combo(window, n);
         if (!c) continue;
@@ -225,6 +256,14 @@ class Session {
         windows_.onButtonClick = [this](const std::shared_ptr<sim::CommandBarControl>& button) {
             guarded([&] { sc_.click(button); });
         };
+        // The ribbon group's real controls: Office calls the add-in's
+        // onAction for the explorer they are in.
+        windows_.onRibbonPick = [this](const sim::Window& window, const Str& id, int index) {
+            guarded([&] { sc_.ribbonPick(explorerOf(window), id, index); });
+        };
+        windows_.onRibbonPress = [this](const sim::Window& window, const Str& id) {
+            guarded([&] { sc_.ribbonPress(explorerOf(window), id); });
+        };
     }
 
     int run();
@@ -239,6 +278,16 @@ class Session {
     void quit();
     void guarded(const std::function<void()>& userAction);
     void pickInToolbar(const sim::Window& window, const Step& step);
+    // The ribbon Office loaded from the add-in (Outlook 14 on), or null.
+    const sim::Ribbon* ribbon() const {
+        return sc_.ribbon() && sc_.ribbon()->loaded() ? sc_.ribbon() : nullptr;
+    }
+    void pickInRibbon(const Step& step);
+    std::shared_ptr<sim::Explorer> explorerOf(const sim::Window& window) {
+        for (const auto& e : sc_.outlook().explorers())
+            if (e.get() == &window) return e;
+        return nullptr;
+    }
     void openSettings();
     void inSettingsDialog(const Step& step);
 
@@ -293,17 +342,33 @@ bool Session::start() {
         sc_.startOutlook(addins_->empty() ? nullptr : addins_, sim::ol::FolderCalendar);
     }
     const double elapsed = millisecondsSince(started);
+    windows_.ribbon = ribbon();
     for (const Str& e : sc_.addinErrors)
         std::printf("   connection failed: %s\n", utf8(e).c_str());
-    // The first toolbar: the add-in's bar with its three boxes.
-    const bool filled = combo(*sc_.explorer(), 3) != nullptr;
+    // The first toolbar: the add-in's bar with its three boxes; from Outlook
+    // 14 on the ribbon group with its three drop-downs, and no bar at all.
+    const bool wantsRibbon = sc_.outlook().majorVersion() >= 14;
+    if (sc_.ribbon() && !sc_.ribbon()->loaded())
+        std::printf("   Office refused the add-in's ribbon: %s\n",
+                    utf8(sc_.ribbon()->loadError).c_str());
+    const bool filled = wantsRibbon ? ribbonList(ribbon(), *sc_.explorer(), 3) != nullptr &&
+                                          combo(*sc_.explorer(), 1) == nullptr
+                                    : combo(*sc_.explorer(), 3) != nullptr;
     windows_.render();
     if (!sc_.addinLoaded()) {
         std::printf("   the add-in is not loaded\n");
         return false;
     }
-    std::printf("   toolbar \"%s\" in the calendar window: %s\n", utf8(hb::kProductCaption).c_str(),
-                filled ? "made, three boxes" : "MISSING");
+    if (wantsRibbon) {
+        std::printf(
+            "   ribbon group \"Hourbook\" on the calendar's Home tab: %s; no toolbar in "
+            "the Add-ins tab: %s\n",
+            ribbonList(ribbon(), *sc_.explorer(), 3) ? "shown, three drop-downs" : "MISSING",
+            combo(*sc_.explorer(), 1) ? "NO, one was added" : "none");
+    } else {
+        std::printf("   toolbar \"%s\" in the calendar window: %s\n",
+                    utf8(hb::kProductCaption).c_str(), filled ? "made, three boxes" : "MISSING");
+    }
     std::printf("   start-up, from CoCreateInstance to the first toolbar: %.1f ms, %llu calls\n",
                 elapsed, static_cast<unsigned long long>(sc_.instruments().callCount()));
     if (!filled) ++failures_;
@@ -338,8 +403,14 @@ void Session::act(const Step& step) {
             sc_.select(sc_.explorer(), {item});
             break;
         case Do::PickToolbar: {
-            std::printf("\n> picks \"%s\" in box %d of the toolbar\n", entry.c_str(), step.box);
-            pickInToolbar(*sc_.explorer(), step);
+            std::printf("\n> picks \"%s\" in %s %d of the %s\n", entry.c_str(),
+                        ribbon() ? "drop-down" : "box", step.box,
+                        ribbon() ? "ribbon group" : "toolbar");
+            if (ribbon()) {
+                pickInRibbon(step);
+            } else {
+                pickInToolbar(*sc_.explorer(), step);
+            }
             break;
         }
         case Do::OpenItem:
@@ -385,7 +456,7 @@ void Session::act(const Step& step) {
         case Do::Shot:
             break;
         case Do::OpenSettings:
-            std::printf("\n> presses Settings in the toolbar\n");
+            std::printf("\n> presses Settings in the %s\n", ribbon() ? "ribbon group" : "toolbar");
             openSettings();
             break;
         case Do::AddEntry:
@@ -420,9 +491,13 @@ void Session::act(const Step& step) {
             break;
     }
     windows_.render();
-    if (step.action == Do::Shot && !options_.shots.empty()) {
+    // Under Outlook 14 on, the calendar's shot is the ribbon group's.
+    const bool shotTaken = step.action == Do::Shot && !options_.shots.empty() &&
+                           (!ribbon() || Str(step.entry) == u"calendar");
+    if (shotTaken) {
         auto active = o.activeWindow();
-        const std::wstring path = options_.shots + L"\\" + hb::com::wide(step.entry) + L".bmp";
+        const Str name = ribbon() ? Str(u"ribbon") : Str(step.entry);
+        const std::wstring path = options_.shots + L"\\" + hb::com::wide(name) + L".bmp";
         const bool saved = active && windows_.capture(windows_.windowOf(*active), path);
         std::printf("\n  (screenshot of the %s window %s)\n", entry.c_str(),
                     saved ? "saved" : "could not be taken");
@@ -433,7 +508,13 @@ void Session::act(const Step& step) {
 // then has the focus, and Outlook's window is deactivated.
 void Session::openSettings() {
     settings_ = std::make_unique<SettingsProgram>();
-    if (!windows_.clickInToolbar(*sc_.explorer(), kFaceSettings)) {
+    bool pressed = false;
+    if (ribbon()) {
+        pressed = windows_.clickInRibbon(*sc_.explorer(), u"hbSettings");
+    } else {
+        pressed = windows_.clickInToolbar(*sc_.explorer(), kFaceSettings);
+    }
+    if (!pressed) {
         std::printf("   no Settings button in the toolbar\n");
         ++failures_;
         return;
@@ -501,6 +582,17 @@ void Session::pickInToolbar(const sim::Window& window, const Step& step) {
     }
 }
 
+// The user picks an entry of a drop-down of the ribbon group: Office
+// calls the add-in's onAction with the item's id and index.
+void Session::pickInRibbon(const Step& step) {
+    if (windows_.pickInRibbon(*sc_.explorer(),
+                              u"hbList" + hb::toStr(static_cast<long long>(step.box)),
+                              hb::com::wide(step.entry)))
+        return;
+    std::printf("   no such drop-down or entry in the ribbon group\n");
+    ++failures_;
+}
+
 void Session::reportWrites() {
     for (const auto& item : sc_.outlook().calendar()->items) {
         if (!written_.contains(item.get())) {
@@ -531,7 +623,7 @@ bool Session::expect(const Step& step) {
                                    settings_ ? settings_->arguments().size() : 0);
         what = "the settings program's arguments";
     } else if (step.action == Do::BackToOutlook) {
-        actual = listsText(*sc_.explorer());
+        actual = listsText(*sc_.explorer(), ribbon());
         what = "toolbar lists";
         std::printf("   the toolbar's lists: %s\n", utf8(actual).c_str());
     } else if (step.action == Do::CheckStored) {
@@ -545,7 +637,7 @@ bool Session::expect(const Step& step) {
         std::printf("   the appointment window shows the categories \"%s\"\n",
                     utf8(actual).c_str());
     } else if (step.action == Do::Select || step.action == Do::OpenExplorer) {
-        actual = boxesText(step.action == Do::Select ? *sc_.explorer() : *second_);
+        actual = boxesText(step.action == Do::Select ? *sc_.explorer() : *second_, ribbon());
         what = "toolbar shows";
         std::printf("   the toolbar shows: %s\n",
                     actual == u", , " ? "nothing picked" : utf8(actual).c_str());

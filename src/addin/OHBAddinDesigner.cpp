@@ -2,6 +2,7 @@
 
 #include "addin/cCalendarReactions.h"
 #include "common/ErrorTrap.h"
+#include "explorer/cRibbon.h"
 
 namespace hb {
 
@@ -78,6 +79,22 @@ void OHBAddinDesigner::ICustomTaskPaneConsumer_CTPFactoryAvailable(
             reactions->AddPendingInspectors();
         }
     } catch (...) {
+    }
+}
+
+Str OHBAddinDesigner::IRibbonExtensibility_GetCustomUI(const Str& ribbonId) noexcept {
+    try {
+        return fncRibbon(*session_).GetCustomUI(ribbonId);
+    } catch (...) {
+        return Str();
+    }
+}
+
+ObjectPtr OHBAddinDesigner::ribbonCallbacks() noexcept {
+    try {
+        return makeRibbonDispatch(*session_);
+    } catch (...) {
+        return nullptr;
     }
 }
 

@@ -32,6 +32,11 @@ class OHBAddinDesigner {
     Variant ICTPFactory_CreateCTP(const Str& progId, const Str& title,
                                   const Variant& parentWindow) noexcept;
     void ICustomTaskPaneConsumer_CTPFactoryAvailable(const Variant& factory) noexcept;
+    // Outlook 2010 and later: the ribbon XML of a window kind, and the
+    // object whose members Office calls by name for the ribbon's callbacks
+    // (GetCustomUI among them).
+    Str IRibbonExtensibility_GetCustomUI(const Str& ribbonId) noexcept;
+    ObjectPtr ribbonCallbacks() noexcept;
 
   private:
     std::unique_ptr<Session> owned_;

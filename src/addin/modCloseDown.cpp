@@ -8,6 +8,7 @@
 #include "common/ErrorTrap.h"
 #include "diagnostics/modErroHandling.h"
 #include "explorer/cExplorerEvents.h"
+#include "explorer/cRibbon.h"
 #include "explorer/cToolBarItem.h"
 
 namespace hb {
@@ -131,6 +132,10 @@ void subCloseDown(Session& s) noexcept {
         // too: nothing of Outlook may stay held once the add-in has let go.
         s.onsMAPI = Variant();
         s.oCTPFactory = Variant();
+        // The ribbon went with the connection; a later connection of this
+        // loaded library is asked for it again.
+        if (s.objRibbon) s.objRibbon->release();
+        s.blnRibbon = false;
     } catch (...) {
     }
     s.blnClosingDown = false;

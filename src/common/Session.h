@@ -14,6 +14,7 @@ namespace hb {
 
 class cCalendarReactions;
 class cToolBarItem;
+class cRibbon;
 class cPersonalSettings;
 class cAppointments;
 class cPhrase;
@@ -69,6 +70,9 @@ struct Session {
     // Session objects
     std::shared_ptr<cCalendarReactions> oCalendarReactions;
     std::shared_ptr<cToolBarItem> objToolBar;
+    // The calendar's ribbon group (Outlook 2010 and later): made when Office
+    // asks for the ribbon, which can be before the session starts.
+    std::shared_ptr<cRibbon> objRibbon;
     std::shared_ptr<cPersonalSettings> oPersonalSettings;
     std::shared_ptr<cAppointments> oAppointments;
     Str strSettingsValue;
@@ -78,6 +82,10 @@ struct Session {
     bool blnClosingDown = false;
     bool blnSettingsChanged = false;
     bool blnRemoveToolbar = false;  // session's remove-toolbar flag, never set
+    // Office asked for the Explorer's ribbon (Outlook 2010 and later): the
+    // billing controls are the ribbon group's, and no command bar is added
+    // to the calendar windows.
+    bool blnRibbon = false;
 
     // Languages
     Phrases phrases;

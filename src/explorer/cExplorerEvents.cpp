@@ -11,6 +11,7 @@
 #include "common/ErrorTrap.h"
 #include "common/Text.h"
 #include "diagnostics/modErroHandling.h"
+#include "explorer/cRibbon.h"
 #include "explorer/cToolBarItem.h"
 #include "inspector/cInspectorEvents.h"
 
@@ -193,12 +194,18 @@ void cExplorerEvents::oueMyExplorer_Activate() {
         if (!isSet(folder)) return;
         if (folder.get(u"EntryID").toStr() != s.strCalendarEntryID) return;
 
-        const Variant bar = fncGetToolbar(s, oueMyExplorer_);
-        if (!isSet(bar)) return;
-        const std::shared_ptr<cToolBarItem> toolbar = s.objToolBar;
-        if (!toolbar) return;
-        toolbar->setOfbCurrCommandBar(bar);
-        toolbar->subAddButtons();
+        // From Outlook 2010 on the ribbon group shows the billing controls:
+        // no command bar.
+        if (!s.blnRibbon) {
+            const Variant bar = fncGetToolbar(s, oueMyExplorer_);
+            if (!isSet(bar)) return;
+            const std::shared_ptr<cToolBarItem> toolbar = s.objToolBar;
+            if (!toolbar) return;
+            toolbar->setOfbCurrCommandBar(bar);
+            toolbar->subAddButtons();
+        } else if (!s.objToolBar) {
+            return;
+        }
 
         // With no inspector open this finds nothing to do; kept as it is.
         if (app.get(u"Inspectors").get(u"Count").toLong() == 0) subReattachInspectors(s);
@@ -261,6 +268,11 @@ void cExplorerEvents::oueMyExplorer_Deactivate() {
 
 void cExplorerEvents::oueMyExplorer_FolderSwitch() {
     Session& s = s_;
+    if (s.blnRibbon) {
+        // Whether the group shows depends on the folder.
+        if (s.objRibbon) s.objRibbon->subFolderSwitch();
+        return;
+    }
     Variant folder;
     if (resumeNext(s, [&] { folder = oueMyExplorer_.get(u"CurrentFolder"); }) &&
         CheckFolder(s, folder)) {
@@ -305,6 +317,13 @@ void cExplorerEvents::oueMyExplorer_SelectionChange() {
         if (resumeNext(s, [&] { folder = oueMyExplorer_.get(u"CurrentFolder"); })) {
             blnCalendarFolder = CheckFolder(s, folder);
         }
+    }
+
+    // The ribbon group asks for what it shows; it hears what changed.
+    if (s.blnRibbon) {
+        if (s.objRibbon) s.objRibbon->subSelectionChange(oueMyExplorer_);
+        s.err.clear();
+        return;
     }
 
     // 2. The calendar: show the one selected appointment.

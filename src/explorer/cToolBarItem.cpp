@@ -54,17 +54,6 @@ std::size_t listCount(Session& s) {
     return settingsOf(s).MetaDataLists.size();
 }
 
-// The lists whose values the boxes show and write; the values of later
-// lists are carried through untouched.
-std::size_t writtenLists(Session& s) {
-    return std::min<std::size_t>(3, listCount(s));
-}
-
-bool statisticsShown(const cPersonalSettings& settings) {
-    return settings.lngReportChoice == 2 ||
-           (settings.lngReportChoice == 3 && settings.blnCreateLocalCube);
-}
-
 // Events of one control or pane, handed to the holder while it lives; the
 // holder stays alive for the whole handler.
 template <class H>
@@ -84,7 +73,7 @@ std::shared_ptr<EventSink> sinkFor(const std::weak_ptr<cToolBarItem>& weak, Str 
 
 }  // namespace
 
-cToolBarItem::cToolBarItem(Session& s) : s_(s) {}
+cToolBarItem::cToolBarItem(Session& s) : s_(s), model_(s) {}
 
 // The event connections end with their members.
 cToolBarItem::~cToolBarItem() = default;
@@ -191,7 +180,7 @@ void cToolBarItem::subAddButtons() {
                            controls.call(u"Item", {Variant(index)}),
                            &cToolBarItem::cmdSettings_Click);
                 ++index;
-                if (statisticsShown(settings)) {
+                if (model_.statisticsShown()) {
                     bindButton(cmdStatistics_, cmdStatisticsEvents_,
                                controls.call(u"Item", {Variant(index)}),
                                &cToolBarItem::cmdStatistics_Click);
@@ -231,7 +220,7 @@ void cToolBarItem::subAddButtons() {
                   kFaceReport, true, &cToolBarItem::cmdReport_Click);
         addButton(cmdSettings_, cmdSettingsEvents_, s.phrases.LNGSETTINGS, s.phrases.LNGSETTINGSTT,
                   kFaceSettings, false, &cToolBarItem::cmdSettings_Click);
-        if (statisticsShown(settings)) {
+        if (model_.statisticsShown()) {
             addButton(cmdStatistics_, cmdStatisticsEvents_, s.phrases.LNGSTATISTICS,
                       s.phrases.LNGSTATSTT, kFaceStatistics, false,
                       &cToolBarItem::cmdStatistics_Click);
@@ -320,19 +309,18 @@ void cToolBarItem::FillDropDowns() {
                 filled_[n] = Filled{combos[n]->obj().identity(), settings.generation(), 0};
             }
         }
-        for (std::size_t n = 0; n < 3 && n < settings.MetaDataLists.size(); ++n) {
-            const cMetaDictionary& list = *settings.MetaDataLists[n];
+        for (std::size_t n = 0; n < model_.shownLists(); ++n) {
             // Lists 1 and 2 need a name to be shown.
-            if (n < 2 && list.Caption.empty()) continue;
+            if (!model_.listFilled(n)) continue;
             subTrace(s, u"Adding meta list " + toStr(static_cast<long long>(n + 1)) +
                             u" from collection into combobox");
             if (!isSet(*combos[n]) || keep[n]) continue;
-            if (!list.MetaDic) raise(err::ObjectVariableNotSet);
+            const std::size_t entries = model_.entryCount(n);
             const std::int32_t count = filled_[n].count;
             filled_[n].count = -1;  // a fill that stops half way is done again
             std::int32_t added = count;
-            for (const auto& entry : *list.MetaDic) {
-                combos[n]->call(u"AddItem", {Variant(entry.second->MetaName)});
+            for (std::size_t i = 0; i < entries; ++i) {
+                combos[n]->call(u"AddItem", {Variant(model_.entry(n, i))});
                 ++added;
             }
             filled_[n].count = added;
@@ -387,39 +375,7 @@ void cToolBarItem::SaveValues() {
         const Variant item = ouiCurrItem_;
         strEntryID_ = item.get(u"Subject").toStr() + item.get(u"Start").toStr();
 
-        // From here on the item decides: what it refuses stays as it was.
-        resumeNext(s, [&] {
-            // The item's previous values; the writing does not depend on them.
-            cMarking previous(s);
-            previous.BillingToMarkings(item.get(u"Categories").toStr());
-        });
-        const std::optional<Str> messageClass =
-            tryGet(s, [&] { return item.get(u"MessageClass").toStr(); });
-        // An occurrence's values are its series': they go there, and the
-        // series is saved (an occurrence written to would become an
-        // exception, whose values are not shown). Saving it in the window
-        // would not store the series either.
-        const bool occurrence = messageClass && *messageClass != kRecurrenceExceptionClass &&
-                                fncIsSeriesMember(item, *messageClass);
-        Variant target = item;
-        if (occurrence && !resumeNext(s, [&] { target = item.get(u"Parent"); })) {
-            s.err.clear();
-            return;
-        }
-        if (messageClass && *messageClass != kRecurrenceExceptionClass) {
-            // Only the billing values are replaced: the user's own categories
-            // and the values of later lists stay. Categories that cannot be
-            // read are not written, so that they are never lost.
-            resumeNext(s, [&] {
-                const Str categories = target.get(u"Categories").toStr();
-                target.put(u"Categories",
-                           Variant(marking->MergeIntoCategories(categories, writtenLists(s))));
-            });
-            if (settingsOf(s).blnWriteSubject) resumeNext(s, [&] { subWriteSubject(target); });
-        }
-        // In an appointment window the user saves the item.
-        if (occurrence || !blnInInspector_) resumeNext(s, [&] { target.call(u"Save"); });
-        s.err.clear();
+        model_.write(item, *marking, blnInInspector_);
     });
 }
 
@@ -427,21 +383,13 @@ void cToolBarItem::GetCurrentValues() {
     Session& s = s_;
     trap(s, u"cToolBarItem.GetCurrentValues", [&] {
         // Read again once the settings program (or an import) has saved.
-        if (settingsOf(s).fncStoreChanged()) {
-            subTrace(s, u"Getting the new values because the user has changed settings");
-            settingsOf(s).GetValuesFromSettings();
-            s.blnSettingsChanged = false;
+        if (model_.refreshSettings(u"Getting the new values because the user has changed settings"))
             blnRebuildPending_ = true;
-        }
         subTrace(s, u"Checking Billing Information -property");
-        const auto marking = std::make_shared<cMarking>(s);
-        marking_ = marking;
         // An exception or occurrence shows its series' values.
-        const Str categories =
-            !fncIsSeriesMember(ouiCurrItem_, ouiCurrItem_.get(u"MessageClass").toStr())
-                ? ouiCurrItem_.get(u"Categories").toStr()
-                : ouiCurrItem_.get(u"Parent").get(u"Categories").toStr();
-        marking->BillingToMarkings(categories);
+        marking_ = std::make_shared<cMarking>(s);
+        const std::shared_ptr<cMarking> marking = model_.valuesOf(ouiCurrItem_);
+        marking_ = marking;
 
         FillDropDowns();
 
@@ -462,13 +410,7 @@ void cToolBarItem::GetCurrentValues() {
 // subject that Outlook refuses to change stays as it was and nothing is
 // shown to the user, as for every other write into the item.
 void cToolBarItem::subWriteSubject(const Variant& item) {
-    const Str subject = item.get(u"Subject").toStr();
-    // A subject of the user's own is never overwritten.
-    if (!subject.empty() && !fncIsHourbookData(subject)) return;
-    // The billing values alone: the user's own categories stay out of it.
-    const cMarking marking(s_);
-    item.put(u"Subject",
-             Variant(marking.BillingPart(item.get(u"Categories").toStr(), writtenLists(s_))));
+    model_.writeSubject(item);
 }
 
 bool cToolBarItem::fncIsHourbookData(const Str& text) {
@@ -488,22 +430,7 @@ void cToolBarItem::ouiItems_ItemAdd(const Variant& item) {
 // Commands
 
 void cToolBarItem::cmdReport_Click() {
-    Session& s = s_;
-    trap(s, u"cToolBarItem.cmdReport_Click", [&] {
-        const cPersonalSettings& settings = settingsOf(s);
-        switch (settings.lngReportChoice) {
-            case 1:
-            case 3:
-            case 4:
-                subExecute(s, u"HBReporting", {}, Str());
-                break;
-            case 2:
-                subExecute(s, u"HBReporting", {}, settings.strReportValue);
-                break;
-            default:
-                break;
-        }
-    });
+    trap(s_, u"cToolBarItem.cmdReport_Click", [&] { model_.runReport(); });
 }
 
 void cToolBarItem::cmdSettings_Click() {
@@ -511,37 +438,11 @@ void cToolBarItem::cmdSettings_Click() {
 }
 
 void cToolBarItem::subLaunchSettings(bool flag) {
-    Session& s = s_;
-    trap(s, u"cToolBarItem.subLaunchSettings", [&] {
-        // (The add-in has no hidden form whose timer would need pausing.)
-        subSetupFS(s);
-        s.blnSettingsChanged = true;
-        const Str folder = fncNoTrailingSlash(s.platform.moduleFolder()) + u"\\";
-        Str program;
-        for (const char16_t* candidate :
-             {u"HBPersonalSettingsSingle", u"HBPersonalSettings", u"OHBTRSettings"}) {
-            if (fsFileExists(s, folder + candidate + u".exe")) {
-                program = candidate;
-                break;
-            }
-        }
-        if (!program.empty()) {
-            subExecute(s, program, {flag ? Str(u"True") : Str(u"False")}, folder);
-        }
-    });
+    trap(s_, u"cToolBarItem.subLaunchSettings", [&] { model_.runSettings(flag); });
 }
 
 void cToolBarItem::cmdStatistics_Click() {
-    Session& s = s_;
-    trap(s, u"cToolBarItem.cmdStatistics_Click", [&] {
-        const cPersonalSettings& settings = settingsOf(s);
-        if (settings.lngReportChoice == 2) {
-            subExecute(s, u"Cubelens", {settings.strReportValue}, Str());
-        } else if (settings.lngReportChoice == 4 ||
-                   (settings.lngReportChoice == 3 && settings.blnCreateLocalCube)) {
-            subExecute(s, u"Cubelens", {fncGetLocalCubePath(s, true)}, Str());
-        }
-    });
+    trap(s_, u"cToolBarItem.cmdStatistics_Click", [&] { model_.runStatistics(); });
 }
 
 // ---------------------------------------------------------------------------
@@ -572,11 +473,7 @@ void cToolBarItem::subAddCTP(const Variant& inspector) {
         cPersonalSettings& settings = settingsOf(s);
         // The pane shows the lists as stored now, also when the settings
         // program saved since the calendar last read them.
-        if (settings.fncStoreChanged()) {
-            settings.GetValuesFromSettings();
-            s.blnSettingsChanged = false;
-            blnRebuildPending_ = true;
-        }
+        if (model_.refreshSettings()) blnRebuildPending_ = true;
         ctpSetUp_.emplace();
         pane.put(u"DockPosition", Variant(settings.intPaneDockPos));
         // A docked pane gets only the size across its dock side, a floating

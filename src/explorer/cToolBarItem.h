@@ -1,5 +1,5 @@
 #pragma once
-// The add-in's toolbar: one command bar named after the product in a
+// The add-in's toolbar, a view over the billing model: one command bar named after the product in a
 // calendar window (or an appointment window under older Outlook) with up to
 // three metadata combo boxes and the Report, Settings and Statistics
 // buttons; the billing entry between the boxes and the selected appointment;
@@ -11,6 +11,7 @@
 
 #include "common/Object.h"
 #include "common/Session.h"
+#include "explorer/BillingModel.h"
 
 namespace hb {
 
@@ -72,6 +73,7 @@ class cToolBarItem : public std::enable_shared_from_this<cToolBarItem> {
     void releaseControls() noexcept;
 
     Session& s_;
+    BillingModel model_;
     Variant ofbCurrCommandBar_;
     Variant cmb1Meta_, cmb2Meta_, cmb3Meta_;
     Variant cmdReport_, cmdSettings_, cmdStatistics_;

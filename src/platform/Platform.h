@@ -122,6 +122,22 @@ class Platform {
     virtual WindowsVersion windowsVersion() = 0;
     virtual ModuleVersion addinVersion() = 0;  // from the library's VERSIONINFO
     virtual double now() = 0;                  // local time as a date value
+
+    // A modal window listing entries with a search box (a list too long for
+    // a ribbon drop-down): the entry chosen, nullopt when cancelled. None
+    // by default.
+    virtual std::optional<Str> pickFromList(const Str& title, const std::vector<Str>& entries) {
+        (void)title;
+        (void)entries;
+        return std::nullopt;
+    }
+    // One of the add-in's button images as Office takes it (an IPictureDisp
+    // on Windows), by the name of its bitmap resource; Nothing when there
+    // is none.
+    virtual Variant picture(const Str& name) {
+        (void)name;
+        return Variant::nothing();
+    }
 };
 
 }  // namespace hb

@@ -38,6 +38,23 @@ void click(SessionHarness& h, const sim::Window& window, std::int32_t faceId) {
     });
 }
 
+void ribbonPick(SessionHarness& h, int n, const Str& entry) {
+    act([&] {
+        sim::Ribbon* ribbon = h.sc().ribbon();
+        auto e = h.sc().explorer();
+        if (!ribbon || !e) return;
+        const Str id = u"hbList" + hb::toStr(static_cast<long long>(n));
+        const auto* v = ribbon->view(*e, id);
+        if (!v) return;
+        for (std::size_t i = 0; i < v->items.size(); ++i) {
+            if (v->items[i].second == entry) {
+                h.sc().ribbonPick(e, id, static_cast<std::int32_t>(i));
+                return;
+            }
+        }
+    });
+}
+
 std::shared_ptr<sim::Explorer> mainWindow(SessionHarness& h) {
     return h.sc().explorer();
 }
@@ -185,6 +202,34 @@ std::vector<SweepScenario> scenarios() {
              }
              act([&] { h.sc().close(mainWindow(h)); });
          }},
+        {"billing on the calendar's ribbon", u"16.0.4266.1001",
+         [](SessionHarness& h) {
+             h.setLists(workgroupLists());
+             h.setSetting(u"WriteSubject", u"True");
+             h.addProgram(u"HBReporting.exe");
+             h.addAppointment(u"", u"Holiday", 0);
+             h.addAppointment(u"Meeting with the board", u"Globex, Jones", 2);
+         },
+         [](SessionHarness& h) {
+             auto e = mainWindow(h);
+             auto cal = h.outlook().calendar();
+             // Held: the pick writes the empty one's subject.
+             auto empty = cal->findBySubject(u"");
+             auto board = cal->findBySubject(u"Meeting with the board");
+             act([&] { h.sc().select(e, {empty}); });
+             ribbonPick(h, 1, u"Acme");
+             act([&] { h.sc().select(e, {board}); });
+             ribbonPick(h, 2, u"Smith");
+             act([&] { h.sc().ribbonPress(e, u"hbReport"); });
+             // The settings program saves a list with a new entry.
+             auto lists = workgroupLists();
+             lists[2].names.push_back(u"Training");
+             h.setLists(lists);
+             act([&] { h.sc().select(e, {empty}); });
+             ribbonPick(h, 3, u"Training");
+             act([&] { h.sc().switchFolder(e, h.outlook().inbox()); });
+             act([&] { h.sc().quit(); });
+         }},
         {"loaded into a running Outlook with windows open", u"12.0.4518.1014",
          [](SessionHarness& h) {
              h.setLists(workgroupLists());
@@ -246,6 +291,12 @@ RunResult runOnce(const SweepScenario& scenario, std::optional<std::uint64_t> fa
         EXPECT_EQ(e.rfind(u"OnConnection", 0), 0u) << where << ": " << hb::toUtf8(e);
     }
     EXPECT_LE(h.errorDialogs(), 1u) << where << "\n" << h.messageBoxesText();
+    // A failing ribbon callback is the add-in's own: nothing raises into
+    // Office.
+    if (const sim::Ribbon* ribbon = h.sc().ribbon()) {
+        EXPECT_EQ(ribbon->callbackErrors, 0u) << where;
+        EXPECT_EQ(ribbon->typeErrors, 0u) << where;
+    }
     EXPECT_FALSE(h.loaded()) << where;
     const auto census = h.census();
     EXPECT_TRUE(census.empty()) << where << "\n" << h.censusText();

@@ -105,6 +105,7 @@ class DesignerAddin : public sim::Addin {
     void ctpFactoryAvailable(const Variant& factory) override;
     void onBeginShutdown(hb::Args& custom) override;
     void onDisconnection(std::int32_t removeMode, hb::Args& custom) override;
+    hb::ObjectPtr ribbonExtensibility() override { return designer.ribbonCallbacks(); }
 };
 
 struct MetaList {

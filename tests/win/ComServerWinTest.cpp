@@ -226,7 +226,7 @@ TEST_F(RegisteredServer, ObjectsCreatedByProgIdAnswerEveryInterface) {
         ComPtr<IUnknown> designer = create<IUnknown>(L"HBAddin.Connect");
         ASSERT_TRUE(designer);
         for (REFIID iid : {IID__IDTExtensibility2, IID_ICustomTaskPaneConsumer, IID_ICTPFactory,
-                           IID_IDispatch}) {
+                           IID_IRibbonExtensibility, IID_IHBAddin, IID_IDispatch}) {
             ComPtr<IUnknown> part;
             EXPECT_EQ(designer->QueryInterface(iid, reinterpret_cast<void**>(part.put())), S_OK)
                 << std::hex << iid.Data1;
@@ -247,6 +247,42 @@ TEST_F(RegisteredServer, ObjectsCreatedByProgIdAnswerEveryInterface) {
         EXPECT_EQ(dispatch->GetIDsOfNames(IID_NULL, names, 1, 0, &id), S_OK);
         EXPECT_EQ(id, 5);
         EXPECT_EQ(canUnloadNow(), S_FALSE) << "objects are alive";
+    }
+    EXPECT_EQ(canUnloadNow(), S_OK);
+}
+
+// Office 2010 and later: the Explorer's ribbon XML through
+// IRibbonExtensibility (none for other windows), and every callback the XML
+// names found by name in the designer's IDispatch, with the published
+// identifiers of the connection kept.
+TEST_F(RegisteredServer, TheDesignerGivesTheRibbonAndAnswersItsCallbacksByName) {
+    {
+        ComPtr<IRibbonExtensibility> ribbon = create<IRibbonExtensibility>(L"HBAddin.Connect");
+        ASSERT_TRUE(ribbon);
+        struct Case {
+            const wchar_t* ribbonId;
+            bool group;
+        };
+        for (const Case c : {Case{L"Microsoft.Outlook.Explorer", true},
+                             Case{L"Microsoft.Outlook.Mail.Read", false}}) {
+            BSTR id = SysAllocString(c.ribbonId);
+            BSTR xml = nullptr;
+            EXPECT_EQ(ribbon->GetCustomUI(id, &xml), S_OK);
+            const std::wstring text = xml ? std::wstring(xml, SysStringLen(xml)) : L"";
+            EXPECT_EQ(text.find(L"idMso=\"TabCalendarHome\"") != std::wstring::npos, c.group);
+            SysFreeString(xml);
+            SysFreeString(id);
+        }
+        ComPtr<IDispatch> dispatch = ribbon.as<IDispatch>();
+        ASSERT_TRUE(dispatch);
+        for (const wchar_t* name :
+             {L"onLoad", L"getVisible", L"getEnabled", L"getLabel", L"getScreentip", L"getImage",
+              L"getItemCount", L"getItemLabel", L"getItemID", L"getSelectedItemIndex", L"onAction",
+              L"OnConnection"}) {
+            LPOLESTR names[] = {const_cast<LPOLESTR>(name)};
+            DISPID dispid = DISPID_UNKNOWN;
+            EXPECT_EQ(dispatch->GetIDsOfNames(IID_NULL, names, 1, 0, &dispid), S_OK);
+        }
     }
     EXPECT_EQ(canUnloadNow(), S_OK);
 }

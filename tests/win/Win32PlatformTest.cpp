@@ -11,7 +11,9 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <optional>
 #include <string>
+#include <thread>
 
 #include "ComTestSupport.h"
 
@@ -237,6 +239,58 @@ TEST(Win32Platform, ModuleFolderOfTheProgramItself) {
     dir.resize(dir.find_last_of(L'\\'));
     EXPECT_EQ(wide(p.moduleFolder()), dir);
     EXPECT_TRUE(p.fileExists(p.moduleFolder() + u"\\HBAddin.dll"));
+}
+
+// The ribbon's button images are OLE pictures: Windows' own picture
+// object answers for them (a bitmap of 32 x 32 pixels, in HIMETRIC at the
+// screen's 96 pixels to the inch).
+TEST(Win32Picture, TheButtonImagesAreBitmapPicturesOfWindows) {
+    CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+    Win32Platform p;
+    for (const char16_t* name : {u"REPORT", u"SETTINGS", u"STATISTICS"}) {
+        SCOPED_TRACE(toUtf8(name));
+        const Variant picture = p.picture(name);
+        ASSERT_TRUE(picture.isObject() && !picture.isNothing());
+        EXPECT_EQ(picture.get(u"Type").toLong(), 1);  // PICTYPE_BITMAP
+        EXPECT_NE(picture.get(u"Handle").toLong(), 0);
+        EXPECT_EQ(picture.get(u"Width").toLong(), MulDiv(32, 2540, 96));
+        EXPECT_EQ(picture.get(u"Height").toLong(), MulDiv(32, 2540, 96));
+    }
+    CoUninitialize();
+}
+
+// The searchable picker of a list too long for a ribbon drop-down: what is
+// typed narrows the list (letter case aside), OK takes the first entry
+// shown, Cancel nothing. The user is played by a thread of the test.
+TEST(Win32Picker, TypingNarrowsTheListAndOkTakesTheFirstEntryShown) {
+    if (GetEnvironmentVariableW(L"DISPLAY", nullptr, 0) == 0)
+        GTEST_SKIP() << "no X display (the test command gives the Wine tests an Xvfb)";
+    struct Case {
+        const wchar_t* typed;
+        int button;
+        std::optional<Str> chosen;
+    };
+    const std::vector<Str> entries = {u"Acme", u"Globex", u"Initech", u"Umbrella Corp",
+                                      u"Globe Trotters"};
+    for (const Case& c :
+         {Case{L"GLOB", IDOK, Str(u"Globex")}, Case{L"corp", IDOK, Str(u"Umbrella Corp")},
+          Case{L"trot", IDCANCEL, std::nullopt}, Case{L"", IDOK, Str(u"Acme")}}) {
+        SCOPED_TRACE(testing::PrintToString(std::wstring(c.typed)));
+        std::thread user([&] {
+            HWND window = nullptr;
+            for (int i = 0; i < 500 && !window; ++i) {
+                window = FindWindowW(L"HourbookPicker", L"Company");
+                if (!window) Sleep(10);
+            }
+            if (!window) return;
+            SendMessageW(GetDlgItem(window, 101), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(c.typed));
+            PostMessageW(window, WM_COMMAND, MAKEWPARAM(c.button, BN_CLICKED), 0);
+        });
+        Win32Platform p;
+        const std::optional<Str> chosen = p.pickFromList(u"Company", entries);
+        user.join();
+        EXPECT_EQ(chosen, c.chosen);
+    }
 }
 
 }  // namespace

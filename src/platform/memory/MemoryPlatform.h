@@ -167,6 +167,22 @@ class MemoryPlatform : public Platform {
     const std::vector<MessageBoxRecord>& messageBoxes() const { return boxes_; }
     void clearMessageBoxes() { boxes_.clear(); }
 
+    // ---- The searchable picker and the button images -----------------------
+    // The picker answers with the entry scripted (nullopt: the user
+    // cancels); each call records its title and how many entries it listed.
+    std::optional<Str> pickFromList(const Str& title, const std::vector<Str>& entries) override {
+        pickers.push_back({title, entries.size()});
+        return pickAnswer;
+    }
+    struct PickerRecord {
+        Str title;
+        std::size_t entries = 0;
+    };
+    std::vector<PickerRecord> pickers;
+    std::optional<Str> pickAnswer;
+    // An image is its resource name as text, so that a test can tell them.
+    Variant picture(const Str& name) override { return Variant(u"picture:" + name); }
+
     // ---- Started programs ---------------------------------------------------
     struct RunRecord {
         Str command;

@@ -11,6 +11,7 @@
 #include <windows.h>
 // windows.h first: the headers below rely on its types.
 #include <oleauto.h>
+#include <olectl.h>
 #include <shellapi.h>
 #include <shlobj.h>
 #include <winver.h>
@@ -19,6 +20,7 @@
 #include <string>
 
 #include "common/AutomationError.h"
+#include "common/Text.h"
 #include "win/com/DispatchClient.h"
 
 namespace hb {
@@ -344,6 +346,62 @@ Variant automationObject(IUnknown* unknown) {
 
 }  // namespace
 
+namespace {
+
+// A 32 x 32 image of the command's initial in white on a colour of its own.
+HBITMAP drawnImage(const Str& name) {
+    constexpr int kSize = 32;
+    BITMAPINFO info{};
+    info.bmiHeader.biSize = sizeof info.bmiHeader;
+    info.bmiHeader.biWidth = kSize;
+    info.bmiHeader.biHeight = kSize;
+    info.bmiHeader.biPlanes = 1;
+    info.bmiHeader.biBitCount = 24;
+    void* bits = nullptr;
+    HBITMAP bitmap = CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
+    if (!bitmap) return nullptr;
+    HDC dc = CreateCompatibleDC(nullptr);
+    HGDIOBJ old = SelectObject(dc, bitmap);
+    const COLORREF colour = name == u"REPORT"       ? RGB(43, 87, 154)
+                            : name == u"STATISTICS" ? RGB(33, 115, 70)
+                                                    : RGB(96, 96, 96);
+    HBRUSH brush = CreateSolidBrush(colour);
+    const RECT all{0, 0, kSize, kSize};
+    FillRect(dc, &all, brush);
+    DeleteObject(brush);
+    SetBkMode(dc, TRANSPARENT);
+    SetTextColor(dc, RGB(255, 255, 255));
+    const std::wstring initial = name.empty() ? L"?" : std::wstring(1, name[0]);
+    RECT text = all;
+    DrawTextW(dc, initial.c_str(), 1, &text, DT_CENTER | DT_VCENTER | DT_SINGLELINE);
+    SelectObject(dc, old);
+    DeleteDC(dc);
+    return bitmap;
+}
+
+}  // namespace
+
+Variant Win32Platform::picture(const Str& name) {
+    const std::wstring id = wide(name);
+    HBITMAP bitmap = static_cast<HBITMAP>(LoadImageW(static_cast<HMODULE>(module_), id.c_str(),
+                                                     IMAGE_BITMAP, 0, 0, LR_CREATEDIBSECTION));
+    if (!bitmap) bitmap = drawnImage(name);
+    if (!bitmap) return Variant::nothing();
+    PICTDESC desc{};
+    desc.cbSizeofstruct = sizeof desc;
+    desc.picType = PICTYPE_BITMAP;
+    desc.bmp.hbitmap = bitmap;
+    IUnknown* picture = nullptr;
+    // The picture owns the bitmap from here on.
+    if (FAILED(OleCreatePictureIndirect(&desc, IID_IPictureDisp, TRUE,
+                                        reinterpret_cast<void**>(&picture))) ||
+        !picture) {
+        DeleteObject(bitmap);
+        return Variant::nothing();
+    }
+    return automationObject(picture);
+}
+
 Variant Win32Platform::getActiveObject(const Str& progId) {
     IUnknown* unknown = nullptr;
     if (FAILED(GetActiveObject(classOf(progId), nullptr, &unknown)) || !unknown) raise(429);
@@ -361,6 +419,107 @@ Variant Win32Platform::createObject(const Str& progId) {
 }
 
 // ---------------------------------------------------------------- user interface and processes
+
+namespace {
+
+constexpr int kPickerSearch = 101;
+constexpr int kPickerList = 102;
+constexpr wchar_t kPickerClass[] = L"HourbookPicker";
+
+struct Picker {
+    const std::vector<Str>* entries = nullptr;
+    std::vector<std::size_t> shown;  // the entries listed, by position
+    std::optional<Str> chosen;
+    bool done = false;
+    HWND search = nullptr, list = nullptr;
+
+    void filter() {
+        wchar_t typed[256] = {};
+        GetWindowTextW(search, typed, 256);
+        const Str needle = text::lower(Str(typed, typed + wcslen(typed)));
+        SendMessageW(list, WM_SETREDRAW, FALSE, 0);
+        SendMessageW(list, LB_RESETCONTENT, 0, 0);
+        shown.clear();
+        for (std::size_t i = 0; i < entries->size(); ++i) {
+            const Str& entry = (*entries)[i];
+            if (!needle.empty() && text::lower(entry).find(needle) == Str::npos) continue;
+            shown.push_back(i);
+            SendMessageW(list, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(wide(entry).c_str()));
+        }
+        SendMessageW(list, LB_SETCURSEL, 0, 0);
+        SendMessageW(list, WM_SETREDRAW, TRUE, 0);
+    }
+    void pick() {
+        const LRESULT at = SendMessageW(list, LB_GETCURSEL, 0, 0);
+        if (at == LB_ERR || static_cast<std::size_t>(at) >= shown.size()) return;
+        chosen = (*entries)[shown[static_cast<std::size_t>(at)]];
+        done = true;
+    }
+};
+
+LRESULT CALLBACK pickerProc(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
+    auto* picker = reinterpret_cast<Picker*>(GetWindowLongPtrW(hwnd, GWLP_USERDATA));
+    if (picker && msg == WM_COMMAND) {
+        const int id = LOWORD(wp);
+        if (id == kPickerSearch && HIWORD(wp) == EN_CHANGE) picker->filter();
+        if (id == IDOK || (id == kPickerList && HIWORD(wp) == LBN_DBLCLK)) picker->pick();
+        if (id == IDCANCEL) picker->done = true;
+        return 0;
+    }
+    if (picker && msg == WM_CLOSE) {
+        picker->done = true;
+        return 0;
+    }
+    return DefWindowProcW(hwnd, msg, wp, lp);
+}
+
+}  // namespace
+
+std::optional<Str> Win32Platform::pickFromList(const Str& title, const std::vector<Str>& entries) {
+    static const bool registered = [] {
+        WNDCLASSW wc{};
+        wc.lpfnWndProc = pickerProc;
+        wc.hInstance = GetModuleHandleW(nullptr);
+        wc.hCursor = LoadCursorW(nullptr, IDC_ARROW);
+        wc.hbrBackground = reinterpret_cast<HBRUSH>(COLOR_BTNFACE + 1);
+        wc.lpszClassName = kPickerClass;
+        return RegisterClassW(&wc) != 0 || GetLastError() == ERROR_CLASS_ALREADY_EXISTS;
+    }();
+    if (!registered) return std::nullopt;
+    Picker picker;
+    picker.entries = &entries;
+    HWND owner = GetActiveWindow();
+    HWND window = CreateWindowExW(WS_EX_DLGMODALFRAME, kPickerClass, wide(title).c_str(),
+                                  WS_POPUP | WS_CAPTION | WS_SYSMENU, CW_USEDEFAULT, CW_USEDEFAULT,
+                                  320, 420, owner, nullptr, GetModuleHandleW(nullptr), nullptr);
+    if (!window) return std::nullopt;
+    const auto child = [&](const wchar_t* cls, DWORD style, int id, int x, int y, int w, int h,
+                           const wchar_t* text) {
+        return CreateWindowExW(0, cls, text, WS_CHILD | WS_VISIBLE | WS_TABSTOP | style, x, y, w, h,
+                               window, reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)),
+                               GetModuleHandleW(nullptr), nullptr);
+    };
+    picker.search = child(L"Edit", WS_BORDER | ES_AUTOHSCROLL, kPickerSearch, 8, 8, 288, 22, L"");
+    picker.list = child(L"ListBox", WS_BORDER | WS_VSCROLL | LBS_NOTIFY | LBS_NOINTEGRALHEIGHT,
+                        kPickerList, 8, 36, 288, 300, L"");
+    child(L"Button", BS_DEFPUSHBUTTON, IDOK, 136, 344, 76, 26, L"OK");
+    child(L"Button", BS_PUSHBUTTON, IDCANCEL, 220, 344, 76, 26, L"Cancel");
+    SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(&picker));
+    picker.filter();
+    if (owner) EnableWindow(owner, FALSE);
+    ShowWindow(window, SW_SHOW);
+    SetFocus(picker.search);
+    MSG msg;
+    while (!picker.done && GetMessageW(&msg, nullptr, 0, 0) > 0) {
+        if (!IsDialogMessageW(window, &msg)) {
+            TranslateMessage(&msg);
+            DispatchMessageW(&msg);
+        }
+    }
+    if (owner) EnableWindow(owner, TRUE);
+    DestroyWindow(window);
+    return picker.chosen;
+}
 
 std::int32_t Win32Platform::messageBox(const Str& text, const Str& caption, std::uint32_t flags) {
     return MessageBoxW(nullptr, wide(text).c_str(), wide(caption).c_str(), flags);

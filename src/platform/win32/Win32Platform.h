@@ -33,6 +33,12 @@ class Win32Platform : public Platform {
     Str moduleFolder() override;
     Str fromAnsi(const std::vector<std::uint8_t>& bytes) override;
     std::optional<std::vector<std::uint8_t>> resource(const Str& type, const Str& name) override;
+    // The add-in's button images as IPictureDisp: the bitmap resource of that
+    // name, else one drawn here (the command's initial on its colour).
+    Variant picture(const Str& name) override;
+    // A modal window: a search box over the list (the entries that contain
+    // the text typed, letter case aside), OK and Cancel.
+    std::optional<Str> pickFromList(const Str& title, const std::vector<Str>& entries) override;
 
     bool createComponent(ScriptComponent component) override;
     Variant getActiveObject(const Str& progId) override;
