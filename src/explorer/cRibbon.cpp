@@ -201,7 +201,9 @@ bool cRibbon::getEnabled(const Variant& control) noexcept {
             return;
         }
         result = isSet(selectedItem(control.get(u"Context")));
-        shown_[t.list].enabled = result;
+        std::vector<bool>& answers = shown_[t.list].enabled;
+        if (std::find(answers.begin(), answers.end(), result) == answers.end())
+            answers.push_back(result);
     });
     return result;
 }
@@ -304,8 +306,6 @@ std::int32_t cRibbon::getSelectedItemIndex(const Variant& control) noexcept {
     trap(s_, u"cRibbon.getSelectedItemIndex", [&] {
         const Target t = target(control);
         if (t.kind != Kind::List || !s_.oPersonalSettings || t.list >= model_.shownLists()) return;
-        Shown& shown = shown_[t.list];
-        shown.known = false;
         const Str value = valueOf(control.get(u"Context"), t.list);
         if (!longList(t.list)) {
             result = model_.indexOf(t.list, value);
@@ -318,8 +318,10 @@ std::int32_t cRibbon::getSelectedItemIndex(const Variant& control) noexcept {
                 }
             }
         }
-        shown.value = value;
-        shown.known = true;
+        std::vector<Str>& answers = shown_[t.list].values;
+        const Str folded = text::lower(value);
+        if (std::find(answers.begin(), answers.end(), folded) == answers.end())
+            answers.push_back(folded);
     });
     return result;
 }
@@ -391,10 +393,15 @@ void cRibbon::onAction(const Variant& control, const std::optional<Str>& selecte
 // ---------------------------------------------------------------------------
 // Refresh
 
+bool cRibbon::Shown::showsOnly(bool state, const Str& folded) const {
+    const bool states = enabled.empty() || (enabled.size() == 1 && enabled.front() == state);
+    return states && values.size() == 1 && values.front() == folded;
+}
+
 void cRibbon::invalidate(const Str& id) {
     if (!isSet(ribbonUI_)) return;
     for (std::size_t n = 0; n < 3; ++n) {
-        if (kListIds[n] == id) shown_[n].known = false;
+        if (kListIds[n] == id) shown_[n].clear();
     }
     ribbonUI_.call(u"InvalidateControl", {Variant(id)});
 }
@@ -420,15 +427,12 @@ void cRibbon::subSelectionChange(const Variant& explorer) noexcept {
         std::shared_ptr<cMarking> values;
         if (isSet(item)) values = model_.valuesOf(item);
         for (std::size_t n = 0; n < model_.shownLists(); ++n) {
-            Shown& shown = shown_[n];
-            if (!shown.known) continue;
-            const bool enabled = isSet(item);
+            const Shown& shown = shown_[n];
+            if (shown.values.empty()) continue;
             const Str value = values && values->Count() > static_cast<std::int32_t>(n)
                                   ? values->MetaName(static_cast<std::int16_t>(n + 1))
                                   : Str();
-            if (shown.enabled != enabled || text::lower(shown.value) != text::lower(value)) {
-                invalidate(kListIds[n]);
-            }
+            if (!shown.showsOnly(isSet(item), text::lower(value))) invalidate(kListIds[n]);
         }
     });
 }

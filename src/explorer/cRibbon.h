@@ -83,10 +83,19 @@ class cRibbon {
     static constexpr std::size_t kRecentItems = 25;
 
   private:
+    // What a drop-down was answered since its last invalidation, in every
+    // window that asked (Office keeps one answer per window; an
+    // invalidation reaches them all): its states and its selected values
+    // (letter case folded). Nothing answered: nothing shown to correct.
     struct Shown {
-        bool known = false;  // Office was answered since the last invalidation
-        bool enabled = false;
-        Str value;  // the selected appointment's value
+        std::vector<bool> enabled;
+        std::vector<Str> values;
+        void clear() {
+            enabled.clear();
+            values.clear();
+        }
+        // Every window shows this state and value.
+        bool showsOnly(bool state, const Str& folded) const;
     };
     // Which control an id names: a list (0..2), a button, the group.
     enum class Kind { None, Group, List, Report, Settings, Statistics };

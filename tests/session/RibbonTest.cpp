@@ -244,6 +244,26 @@ TEST_F(Ribbon, ASelectionChangeInvalidatesOnlyTheDropDownsWhoseValueChanged) {
     EXPECT_EQ(ribbon().invalidateAllCalls, 0u);
 }
 
+// Office keeps a drop-down's answer per window and an invalidation reaches
+// them all: a value that matches another window's is still asked again in
+// the window whose selection changed.
+TEST_F(Ribbon, TwoCalendarWindowsEachShowTheirOwnSelection) {
+    auto a = h.addAppointment(u"A", u"Acme");
+    auto b = h.addAppointment(u"B", u"Globex", 1);
+    auto c = h.addAppointment(u"C", u"Globex", 2);
+    start();
+    h.sc().select(ex, {a});
+    auto second = h.sc().openExplorer(h.outlook().calendar());
+    h.sc().select(second, {b});
+    ASSERT_EQ(selectedLabel(*ribbon().view(*second, u"hbList1")), u"Globex");
+    h.sc().activate(ex);
+    h.sc().select(ex, {c});
+    EXPECT_EQ(selectedLabel(view(u"hbList1")), u"Globex");
+    EXPECT_EQ(selectedLabel(*ribbon().view(*second, u"hbList1")), u"Globex");
+    h.sc().select(ex, {a});
+    EXPECT_EQ(selectedLabel(view(u"hbList1")), u"Acme");
+}
+
 TEST_F(Ribbon, ChangedSettingsHandTheListsAgain) {
     auto appt = h.addAppointment(u"Review", u"Acme");
     start(workgroupLists(), u"1");

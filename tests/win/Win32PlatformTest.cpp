@@ -278,9 +278,10 @@ TEST(Win32Picker, TypingNarrowsTheListAndOkTakesTheFirstEntryShown) {
         SCOPED_TRACE(testing::PrintToString(std::wstring(c.typed)));
         std::thread user([&] {
             HWND window = nullptr;
-            for (int i = 0; i < 500 && !window; ++i) {
+            // The picker shows itself once it is set up.
+            for (int i = 0; i < 500 && !(window && IsWindowVisible(window)); ++i) {
                 window = FindWindowW(L"HourbookPicker", L"Company");
-                if (!window) Sleep(10);
+                if (!(window && IsWindowVisible(window))) Sleep(10);
             }
             if (!window) return;
             SendMessageW(GetDlgItem(window, 101), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(c.typed));
