@@ -24,12 +24,12 @@ add_dependencies(hb_standin HBPersonalSettingsSingle)
 # served to other processes: the end-to-end benchmark and the tests that
 # register the stand-in as Outlook's local server share these.
 set(hb_standin_served ${PROJECT_SOURCE_DIR}/standin/HostSetup.cpp
-    ${PROJECT_SOURCE_DIR}/standin/OutlookServer.cpp)
+    ${PROJECT_SOURCE_DIR}/standin/OutlookServer.cpp ${PROJECT_SOURCE_DIR}/standin/RibbonHost.cpp)
 if(HB_WIN_TESTS)
   file(GLOB hb_standintest_srcs CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/win/Standin*WinTest.cpp)
   if(hb_standintest_srcs)
     add_executable(hb_standintests ${hb_standintest_srcs} ${hb_standin_served}
-                   ${PROJECT_SOURCE_DIR}/standin/RibbonHost.cpp $<TARGET_OBJECTS:hb_sim>)
+                   $<TARGET_OBJECTS:hb_sim>)
     target_include_directories(hb_standintests PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}
                                ${PROJECT_SOURCE_DIR}/tests ${hb_gen})
     target_link_libraries(hb_standintests PRIVATE hb_win32 hbcore gtest gtest_main ${HB_WIN_LIBS})
