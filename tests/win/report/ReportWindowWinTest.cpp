@@ -638,6 +638,7 @@ constexpr wchar_t kX11Key[] = L"Software\\Wine\\X11 Driver";
 
 TEST_F(ReportWindow, SavesAScreenshot) {
     const std::wstring png = test::exeFolder() + L"\\..\\screenshots\\report.png";
+    const std::wstring noImport = test::exeFolder() + L"\\report-shot.noimport";
     if (GetEnvironmentVariableW(kShotVariable, nullptr, 0) == 0) {
         wchar_t before[16] = {};
         DWORD size = sizeof before;
@@ -659,6 +660,10 @@ TEST_F(ReportWindow, SavesAScreenshot) {
         else
             RegDeleteKeyValueW(HKEY_CURRENT_USER, kX11Key, L"Managed");
         EXPECT_EQ(rc, 0u) << output;
+        if (GetFileAttributesW(noImport.c_str()) != INVALID_FILE_ATTRIBUTES) {
+            DeleteFileW(noImport.c_str());
+            GTEST_SKIP() << "ImageMagick's import is not installed beside this Wine";
+        }
         EXPECT_GT(test::readFile(png).size(), 1000u) << "no screenshot (ImageMagick's import)";
         return;
     }
@@ -681,9 +686,12 @@ TEST_F(ReportWindow, SavesAScreenshot) {
     char geometry[64];
     std::snprintf(geometry, sizeof geometry, "%ldx%ld+%ld+%ld", r.right - r.left, r.bottom - r.top,
                   std::max(0L, static_cast<long>(r.left)), std::max(0L, static_cast<long>(r.top)));
-    const std::string script = "mkdir -p '" + shots + "' && import -window root -crop " + geometry +
-                               " +repage '" + shots + "/report.png'; touch '" +
-                               test::unixPath(done) + "'";
+    // The x86 programs may run in an i386 root without ImageMagick: the
+    // script says so with a file of its own, and the picture is skipped.
+    const std::string script = "if command -v import >/dev/null; then mkdir -p '" + shots +
+                               "' && import -window root -crop " + geometry + " +repage '" + shots +
+                               "/report.png'; else touch '" + test::unixPath(noImport) +
+                               "'; fi; touch '" + test::unixPath(done) + "'";
     std::wstring command = L"/bin/sh -c \"" + std::wstring(script.begin(), script.end()) + L"\"";
     STARTUPINFOW si{};
     si.cb = sizeof si;
