@@ -33,8 +33,13 @@ hb_area(hb_sim      DIRS sim                          DEPS hb_common)
 hb_area(hb_diag     DIRS src/diagnostics src/languages FILES src/addin/modOutlookCode.cpp
         DEPS hb_common)
 hb_area(hb_settings DIRS src/settings src/metadata     DEPS hb_diag)
+# Reading the calendar: the report program reads it, and the add-in reads it
+# for the report program inside Outlook's process.
+hb_area(hb_calendar FILES src/reporting/OutlookCalendar.cpp src/reporting/CalendarTransfer.cpp
+        src/reporting/AddinCalendar.cpp
+        DEPS hb_common)
 hb_area(hb_session  DIRS src/explorer src/inspector src/addin
-        EXCLUDE src/addin/modOutlookCode.cpp DEPS hb_settings)
+        EXCLUDE src/addin/modOutlookCode.cpp DEPS hb_settings hb_calendar)
 # The settings program's portable part (apps/settings; the dialog and the
 # program itself are in cmake/SettingsApp.cmake).
 hb_area(hb_settings_app FILES apps/settings/SettingsEditor.cpp apps/settings/SettingsStore.cpp
@@ -43,18 +48,20 @@ hb_area(hb_settings_app FILES apps/settings/SettingsEditor.cpp apps/settings/Set
 # storage, aggregation, exports).
 include(${PROJECT_SOURCE_DIR}/cmake/Xlsxwriter.cmake)
 set(hb_reporting_excluded src/reporting/SqliteStore.cpp src/reporting/OdbcStore.cpp
-    src/reporting/RecordStores.cpp)
+    src/reporting/RecordStores.cpp src/reporting/OutlookCalendar.cpp
+    src/reporting/CalendarTransfer.cpp src/reporting/AddinCalendar.cpp)
 if(NOT HB_HAVE_XLSXWRITER)
   list(APPEND hb_reporting_excluded src/reporting/XlsxExport.cpp)
 endif()
-hb_area(hb_reporting DIRS src/reporting DEPS hb_settings hb_xlsxwriter
+hb_area(hb_reporting DIRS src/reporting DEPS hb_settings hb_calendar hb_xlsxwriter
         EXCLUDE ${hb_reporting_excluded})
 # Its record stores (SQLite, ODBC): hb_store, hb_sqlite3 and their tests.
 include(${PROJECT_SOURCE_DIR}/cmake/RecordStores.cmake)
 
 # Everything portable in one static library (what the Windows DLL links).
 add_library(hbcore STATIC $<TARGET_OBJECTS:hb_common> $<TARGET_OBJECTS:hb_diag>
-            $<TARGET_OBJECTS:hb_settings> $<TARGET_OBJECTS:hb_session>)
+            $<TARGET_OBJECTS:hb_settings> $<TARGET_OBJECTS:hb_calendar>
+            $<TARGET_OBJECTS:hb_session>)
 target_include_directories(hbcore PUBLIC ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR})
 
 if(HB_WINDOWS)
@@ -87,9 +94,9 @@ if(HB_TESTS AND NOT HB_WINDOWS)
   hb_test(sim      hb_common hb_sim)
   hb_test(diag     hb_common hb_sim hb_diag)
   hb_test(settings hb_common hb_sim hb_diag hb_settings)
-  hb_test(session  hb_common hb_sim hb_diag hb_settings hb_session hb_settings_app)
+  hb_test(session  hb_common hb_sim hb_diag hb_settings hb_calendar hb_session hb_settings_app)
   hb_test(settings-app hb_common hb_sim hb_diag hb_settings hb_settings_app)
-  hb_test(reporting hb_common hb_sim hb_diag hb_settings hb_reporting)
+  hb_test(reporting hb_common hb_sim hb_diag hb_settings hb_calendar hb_reporting)
   if(TARGET test_reporting)
     target_link_libraries(test_reporting PRIVATE hb_xlsxwriter)
     # The export tests read their files back with python3 scripts beside them.
@@ -102,11 +109,13 @@ include(${PROJECT_SOURCE_DIR}/cmake/ExportCheck.cmake)
 
 if(HB_BENCH AND NOT HB_WINDOWS)
   find_package(benchmark REQUIRED)
-  file(GLOB bench_srcs CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/bench/*.cpp)
+  file(GLOB bench_srcs CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/bench/*.cpp
+       ${PROJECT_SOURCE_DIR}/bench/support/*.cpp)
   if(bench_srcs)
     add_executable(hb_bench ${bench_srcs} $<TARGET_OBJECTS:hb_common> $<TARGET_OBJECTS:hb_sim>
                    $<TARGET_OBJECTS:hb_diag> $<TARGET_OBJECTS:hb_settings>
-                   $<TARGET_OBJECTS:hb_session> $<TARGET_OBJECTS:hb_reporting>)
+                   $<TARGET_OBJECTS:hb_calendar> $<TARGET_OBJECTS:hb_session>
+                   $<TARGET_OBJECTS:hb_reporting>)
     target_include_directories(hb_bench PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR})
     target_link_libraries(hb_bench PRIVATE benchmark::benchmark benchmark::benchmark_main)
     target_link_libraries(hb_bench PRIVATE hb_xlsxwriter)

@@ -176,6 +176,11 @@ std::shared_ptr<Explorers> Outlook::explorersCollection() {
     return explorersCollection_;
 }
 
+std::shared_ptr<ComAddIns> Outlook::comAddInsCollection() {
+    if (!comAddInsCollection_) comAddInsCollection_ = make<ComAddIns>();
+    return comAddInsCollection_;
+}
+
 std::shared_ptr<Inspectors> Outlook::inspectorsCollection() {
     if (!inspectorsCollection_) inspectorsCollection_ = make<Inspectors>();
     return inspectorsCollection_;
@@ -304,6 +309,7 @@ std::shared_ptr<const hb::MemberTable> applicationTable() {
                         return obj(a.world().createItem(hb::requiredArg(args, 0).toLong()));
                     })
             .method(u"Quit", [](Application& a) { a.world().requestQuit(); })
+            .get(u"COMAddIns", [](Application& a) { return obj(a.world().comAddInsCollection()); })
             .events(u"ApplicationEvents")
             .build();
     return t;
@@ -347,6 +353,29 @@ std::shared_ptr<const hb::MemberTable> comAddInTable() {
             .build();
     return t;
 }
+std::shared_ptr<const hb::MemberTable> comAddInsTable() {
+    static const auto t =
+        Members<ComAddIns>()
+            .get(u"Count",
+                 [](ComAddIns& c) { return static_cast<std::int32_t>(c.world().comAddIns.size()); })
+            .method(u"Item",
+                    [](ComAddIns& c, Args& args) {
+                        const Variant index = hb::requiredArg(args, 0);
+                        const auto& list = c.world().comAddIns;
+                        if (index.isString()) {
+                            for (const auto& a : list)
+                                if (hb::text::equalsNoCase(a->progId, index.toStr())) return obj(a);
+                        } else {
+                            const std::int32_t n = index.toLong();
+                            if (n >= 1 && n <= static_cast<std::int32_t>(list.size()))
+                                return obj(list[static_cast<std::size_t>(n - 1)]);
+                        }
+                        hb::raise(9, u"Subscript out of range");
+                    })
+            .defaultMember(u"Item")
+            .build();
+    return t;
+}
 }  // namespace
 
 Application::Application(Outlook& world) : SimObject(world, u"Application", applicationTable()) {}
@@ -358,6 +387,8 @@ ComAddIn::ComAddIn(Outlook& world, Str progId_, Str description_)
       progId(std::move(progId_)),
       description(std::move(description_)),
       guid(u"{00000000-0000-0000-0000-000000000000}") {}
+
+ComAddIns::ComAddIns(Outlook& world) : SimObject(world, u"COMAddIns", comAddInsTable()) {}
 
 void ComAddIn::detach() {
     object = Variant();

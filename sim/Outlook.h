@@ -145,6 +145,7 @@ class CommandBarControl;
 class TaskPaneFactory;
 class CustomTaskPane;
 class ComAddIn;
+class ComAddIns;
 
 // Outlook enumerations.
 namespace ol {
@@ -321,6 +322,9 @@ class Outlook {
     std::shared_ptr<Explorers> explorersCollection();
     std::shared_ptr<Inspectors> inspectorsCollection();
     std::shared_ptr<TaskPaneFactory> taskPaneFactory();
+    std::shared_ptr<ComAddIns> comAddInsCollection();
+    // Office's list of COM add-ins (Application.COMAddIns).
+    std::vector<std::shared_ptr<ComAddIn>> comAddIns;
 
     // ---- windows ----
     const std::vector<std::shared_ptr<Explorer>>& explorers() const { return explorers_; }
@@ -420,6 +424,7 @@ class Outlook {
     std::shared_ptr<Application> application_;
     std::shared_ptr<NameSpace> nameSpace_;
     std::shared_ptr<Explorers> explorersCollection_;
+    std::shared_ptr<ComAddIns> comAddInsCollection_;
     std::shared_ptr<Inspectors> inspectorsCollection_;
     std::shared_ptr<TaskPaneFactory> taskPaneFactory_;
     std::vector<std::shared_ptr<Explorer>> explorers_;
@@ -455,6 +460,12 @@ class ComAddIn : public SimObject {
     bool connect = true;
     Variant object;  // the add-in's own object, if it set one
     void detach() override;
+};
+
+// Application.COMAddIns: Item takes a position (from 1) or a ProgID.
+class ComAddIns : public SimObject {
+  public:
+    explicit ComAddIns(Outlook& world);
 };
 
 // ---- folders and items ----

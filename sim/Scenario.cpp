@@ -62,7 +62,8 @@ bool Scenario::connect(std::shared_ptr<Addin> addin, std::int32_t connectMode) {
     Instruments& instr = o.instruments();
     addin_ = std::move(addin);
     if (!comAddIn_) {
-        comAddIn_ = o.make<ComAddIn>(u"HBAddin.OHBAddinDesigner", Str(hb::kFriendlyName));
+        comAddIn_ = o.make<ComAddIn>(Str(hb::kAddinProgId), Str(hb::kFriendlyName));
+        o.comAddIns.push_back(comAddIn_);
     }
     comAddIn_->connect = true;
     Args custom;

@@ -6,7 +6,7 @@
 #include "reporting/CsvExport.h"
 #include "reporting/ExportFormat.h"
 #include "reporting/HtmlExport.h"
-#include "reporting/OutlookCalendar.h"
+#include "reporting/AddinCalendar.h"
 #include "reporting/RecordStores.h"
 #include "reporting/ReportJob.h"
 #include "reporting/ReportSession.h"
@@ -27,7 +27,7 @@ ReportSteps reportSteps(Session& s, const Str& folder) {
     ReportSteps steps;
     steps.calendar = [&s]() -> std::unique_ptr<CalendarSource> {
         prepareReportSession(s, reachOutlook(s.platform));
-        return std::make_unique<OutlookCalendar>(s.olApp, s.platform.userLocale());
+        return std::make_unique<AddinCalendar>(s.olApp, s.platform.userLocale());
     };
     steps.store = [&s, folder] {
         if (!folder.empty()) return openRecordStore(kReportChoiceFolder, folder);

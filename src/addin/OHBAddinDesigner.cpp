@@ -1,5 +1,6 @@
 #include "addin/OHBAddinDesigner.h"
 
+#include "addin/CalendarService.h"
 #include "addin/cCalendarReactions.h"
 #include "common/ErrorTrap.h"
 #include "explorer/cRibbon.h"
@@ -35,13 +36,31 @@ OHBAddinDesigner::~OHBAddinDesigner() {
     AddinInstance_Terminate();
 }
 
+// The report program reads the calendar through the add-in when it can
+// (addin/CalendarService.h); without it the program reads the calendar
+// itself, only slower, so a refusal is no error of the add-in's.
+void OHBAddinDesigner::offerCalendar(const Variant& addInInst) noexcept {
+    try {
+        withdrawCalendar();
+        calendarService_ = std::make_shared<CalendarService>(*session_);
+        addInInst.toObject()->put(u"Object", Variant(ObjectPtr(calendarService_)));
+    } catch (...) {
+        withdrawCalendar();
+    }
+}
+
+void OHBAddinDesigner::withdrawCalendar() noexcept {
+    if (calendarService_) calendarService_->detach();
+    calendarService_.reset();
+}
+
 void OHBAddinDesigner::AddinInstance_OnBeginShutdown(Args& /*custom*/) noexcept {
     subCloseDown(*session_);
 }
 
 void OHBAddinDesigner::AddinInstance_OnConnection(const Variant& application,
                                                   std::int32_t connectMode,
-                                                  const Variant& /*addInInst*/, Args& /*custom*/) {
+                                                  const Variant& addInInst, Args& /*custom*/) {
     Session& s = *session_;
     const std::shared_ptr<cCalendarReactions> reactions = std::make_shared<cCalendarReactions>(s);
     s.oCalendarReactions = reactions;
@@ -53,14 +72,17 @@ void OHBAddinDesigner::AddinInstance_OnConnection(const Variant& application,
     // from the disabled items): no Startup event follows, so the session
     // starts now, on the windows already open. Its errors are its own.
     if (connectMode == kConnectAfterStartup) reactions->StartAfterStartup();
+    offerCalendar(addInInst);
 }
 
 void OHBAddinDesigner::AddinInstance_OnDisconnection(std::int32_t /*removeMode*/,
                                                      Args& /*custom*/) noexcept {
+    withdrawCalendar();
     subCloseDown(*session_);
 }
 
 void OHBAddinDesigner::AddinInstance_Terminate() noexcept {
+    withdrawCalendar();
     subCloseDown(*session_);
 }
 

@@ -9,6 +9,8 @@
 
 namespace hb {
 
+class CalendarService;
+
 class OHBAddinDesigner {
   public:
     // A designer with a session of its own.
@@ -39,8 +41,12 @@ class OHBAddinDesigner {
     ObjectPtr ribbonCallbacks() noexcept;
 
   private:
+    void offerCalendar(const Variant& addInInst) noexcept;
+    void withdrawCalendar() noexcept;
+
     std::unique_ptr<Session> owned_;
     Session* session_;
+    std::shared_ptr<CalendarService> calendarService_;
 };
 
 // The one shutdown clean-up, and the clean-up of closed explorer wrappers.

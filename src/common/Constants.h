@@ -13,6 +13,8 @@ inline constexpr char16_t kSettingsSubject[] = u"Outlook Hourbook 3 Personal Set
 inline constexpr char16_t kRecurrenceExceptionClass[] =
     u"IPM.OLE.CLASS.{00061055-0000-0000-C000-000000000046}";
 inline constexpr char16_t kPaneProgId[] = u"HBAddin.pane";
+// The add-in's ProgID, under which Office lists it in COMAddIns.
+inline constexpr char16_t kAddinProgId[] = u"HBAddin.Connect";
 inline constexpr char16_t kCrLf[] = u"\r\n";
 
 // Outlook's error for an item or folder that does not exist (MAPI_E_NOT_FOUND).
