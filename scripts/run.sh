@@ -17,10 +17,14 @@ cd "$HB_ROOT" || exit 1
 
 echo "Hourbook for Outlook v4: main job"
 hb_say "Debian packages"
+# Chromium renders the report's HTML page for its screenshot.
+HB_PACKAGES+=(chromium)
 hb_ensure_packages || exit 1
 
+hb_say "libxlsxwriter for MinGW, from Debian's source package (the report's XLSX export)"
+bash scripts/xlsxwriter.sh x64 | tail -n 1 || exit 1
 hb_say "Building HBAddin.dll for 64-bit Outlook (preset win64)"
-hb_build win64 HBAddin hb_selfcheck hb_standin || exit 1
+hb_build win64 HBAddin hb_selfcheck hb_standin HBPersonalSettingsSingle HBReporting || exit 1
 hb_say "Building HBAddin.dll for 32-bit Outlook (preset win32)"
 # The x86 self-check runs too when Wine's 32-bit side is there already
 # (scripts/test.sh installs it); this job installs nothing for it.
@@ -112,9 +116,23 @@ else
                 return 1
             fi
         }
-        for shot in calendar appointment; do
+        for shot in calendar appointment report; do
             save_shot "$shot" || session_rc=1
         done
+        # The HTML page the scheduled report wrote, as a browser shows it.
+        page="$shots/report.html"
+        profile=$(mktemp -d)
+        if [ -s "$page" ] && chromium --headless --no-sandbox --disable-gpu --no-first-run \
+            --disable-background-networking --disable-component-update --disable-sync \
+            --user-data-dir="$profile" --window-size=1000,900 \
+            --screenshot="$shots/report-page.png" "file://$page" >/dev/null 2>&1 </dev/null &&
+            [ -s "$shots/report-page.png" ]; then
+            echo "   screenshot: build/screenshots/report-page.png (report.html in Chromium)"
+        else
+            echo "   screenshot of the report's HTML page: not taken"
+            session_rc=1
+        fi
+        rm -rf "$profile"
         echo
         echo "   The same session under Outlook 16: the ribbon group on the calendar's Home tab"
         echo "   instead of the toolbar:"

@@ -69,9 +69,13 @@ void serveSimulatedOutlook() {
 void writeSettings(const std::wstring& metadataList) {
     wchar_t documents[MAX_PATH] = {};
     SHGetFolderPathW(nullptr, CSIDL_PERSONAL, nullptr, 0, documents);
+    // The report program keeps its records in a database file in this
+    // folder; a user's report folder exists (the settings program makes it).
+    const std::wstring reports = std::wstring(documents) + L"\\My Hourbooks\\";
+    CreateDirectoryW(reports.c_str(), nullptr);
     setSetting(L"ReportChoice", L"2");
-    setSetting(L"ReportValue", std::wstring(documents) + L"\\My Hourbooks\\");
-    setSetting(L"PersonalRate", L"0");
+    setSetting(L"ReportValue", reports);
+    setSetting(L"PersonalRate", L"85");
     for (const wchar_t* name : {L"FilterEvents", L"FilterPrivate", L"FilterRecurring", L"Convert24",
                                 L"RemoveLunch", L"CreateLocalCube", L"StartGrid", L"WriteSubject"})
         setSetting(name, L"False");
@@ -111,12 +115,15 @@ void furnishOutlook(sim::Outlook& o, int version) {
     o.addStore(u"Mailbox - John Smith");
     auto calendar = o.calendar();
     (void)o.inbox();
-    calendar->addAppointment(u"Project kickoff", sim::makeDate(2024, 5, 6, 9),
-                             sim::makeDate(2024, 5, 6, 10));
-    calendar->addAppointment(u"Client call", sim::makeDate(2024, 5, 6, 11),
-                             sim::makeDate(2024, 5, 6, 12), u"Globex, Jones");
-    calendar->addAppointment(u"Code review", sim::makeDate(2024, 5, 7, 14),
-                             sim::makeDate(2024, 5, 7, 15));
+    // Today's work: the report program's window opens on this month.
+    SYSTEMTIME now{};
+    GetLocalTime(&now);
+    const auto at = [&now](int hour) {
+        return sim::makeDate(now.wYear, now.wMonth, now.wDay, hour);
+    };
+    calendar->addAppointment(u"Project kickoff", at(9), at(10));
+    calendar->addAppointment(u"Client call", at(11), at(12), u"Globex, Jones");
+    calendar->addAppointment(u"Code review", at(14), at(15));
 }
 
 RunningOutlook::RunningOutlook(sim::Scenario& sc) {

@@ -37,12 +37,12 @@
 #include "common/Constants.h"
 #include "common/Text.h"
 #include "sim/Scenario.h"
+#include "standin/ChildProgram.h"
 #include "standin/FaultSweep.h"
 #include "standin/HostSetup.h"
 #include "standin/HostWindows.h"
 #include "standin/LoadedAddins.h"
 #include "standin/OutlookServer.h"
-#include "standin/SettingsProgram.h"
 #include "win/ComTestSupport.h"
 #include "win/com/ComVariant.h"
 #include "win/com/DispatchServer.h"
@@ -53,7 +53,14 @@ namespace {
 using hb::Str;
 
 constexpr wchar_t kSettingsProgram[] = L"HBPersonalSettingsSingle.exe";
-constexpr int kFaceSettings = 1556;  // the Settings button's face on the add-in's bar
+constexpr wchar_t kReportProgram[] = L"HBReporting.exe";
+constexpr wchar_t kReportWindowClass[] = L"HourbookReportWindow";
+// The report window's status line and detailed list (apps/reporting).
+constexpr int kReportStatus = 1017;
+constexpr int kReportList = 1013;
+constexpr UINT kListViewItemCount = 0x1004;  // LVM_GETITEMCOUNT
+constexpr int kFaceReport = 790;             // the Report button's face on the add-in's bar
+constexpr int kFaceSettings = 1556;          // the Settings button's face on the add-in's bar
 
 // What the user does, one step of the session.
 enum class Do {
@@ -73,6 +80,8 @@ enum class Do {
     MovePane,       // dock the open appointment window's task pane at position `box`
     CheckStored,    // the registry's setting `entry` must hold `expect`
     ToItem,         // activate the inspector opened before
+    OpenReport,     // press Report: the report program's window shows this month's report
+    ScriptReport,   // run the report program from a script: CSV, XLSX and HTML of this month
 };
 
 struct Step {
@@ -84,7 +93,9 @@ struct Step {
     // the appointment window, unsaved until SaveAndClose); after Select and
     // OpenExplorer what the add-in's boxes show, joined by ", "; after
     // OpenSettings the program's arguments; after BackToOutlook the lists
-    // of the bar ("caption: entry, entry | ...").
+    // of the bar ("caption: entry, entry | ..."); after OpenReport the
+    // number of rows of the report's detailed list; after ScriptReport the
+    // texts the CSV file holds, joined by "|".
     const char16_t* expect;
     // Only from Outlook 12 on, where appointment windows have task panes
     // (before, the one toolbar holder serves the open window's bar).
@@ -129,6 +140,10 @@ const Step kSession[] = {
     {Do::PickPane, u"Client call", 3, u"Office", u"Globex, Jones, Office"},
     {Do::PickPane, u"Client call", 1, u"Umbrella", u"Umbrella, Jones, Office"},
     {Do::SaveAndClose, u"Client call", 0, nullptr, u"Umbrella, Jones, Office"},
+    // The report of the day's work: what the user billed, with the new lists.
+    {Do::OpenReport, nullptr, 0, nullptr, u"3"},
+    {Do::ScriptReport, nullptr, 0, nullptr,
+     u"Project kickoff|Umbrella|Client call|Office|Code review|Initech|85.00"},
 };
 
 // Loaded into a running Outlook whose calendar shows "Client call" selected
@@ -290,6 +305,13 @@ class Session {
     }
     void openSettings();
     void inSettingsDialog(const Step& step);
+    // The report program's window, opened by the Report button: the rows of
+    // its detailed list once the report is in ("" when none came).
+    Str openReport();
+    // The report program run as a script runs it, while Outlook serves it:
+    // the CSV file's text ("" when the run failed).
+    Str scriptReport();
+    std::wstring outputFolder() const;
 
     std::unique_ptr<RunningOutlook> running_;
     const Options& options_;
@@ -299,7 +321,9 @@ class Session {
     std::map<const sim::Item*, std::pair<Str, Str>> written_;  // subject, categories seen
     std::shared_ptr<sim::Inspector> inspector_;
     std::shared_ptr<sim::Explorer> second_;
-    std::unique_ptr<SettingsProgram> settings_;
+    std::unique_ptr<ChildProgram> settings_;
+    std::wstring reportPath_;  // where the add-in started the report program from
+    Str reportRows_, reportCsv_;
     int failures_ = 0;
 };
 
@@ -489,6 +513,13 @@ void Session::act(const Step& step) {
             std::printf("\n> turns to the appointment window\n");
             sc_.activate(inspector_);
             break;
+        case Do::OpenReport:
+            std::printf("\n> presses Report in the %s\n", ribbon() ? "ribbon group" : "toolbar");
+            reportRows_ = openReport();
+            break;
+        case Do::ScriptReport:
+            reportCsv_ = scriptReport();
+            break;
     }
     windows_.render();
     // Under Outlook 14 on, the calendar's shot is the ribbon group's.
@@ -507,7 +538,7 @@ void Session::act(const Step& step) {
 // The add-in starts the settings program from its own folder; its dialog
 // then has the focus, and Outlook's window is deactivated.
 void Session::openSettings() {
-    settings_ = std::make_unique<SettingsProgram>();
+    settings_ = std::make_unique<ChildProgram>();
     bool pressed = false;
     if (ribbon()) {
         pressed = windows_.clickInRibbon(*sc_.explorer(), u"hbSettings");
@@ -562,6 +593,101 @@ void Session::inSettingsDialog(const Step& step) {
         std::printf("   the settings dialog did not take that\n");
         ++failures_;
     }
+}
+
+Str Session::openReport() {
+    ChildProgram report;
+    const bool pressed = ribbon() ? windows_.clickInRibbon(*sc_.explorer(), u"hbReport")
+                                  : windows_.clickInToolbar(*sc_.explorer(), kFaceReport);
+    if (!pressed) {
+        std::printf("   no Report button\n");
+        ++failures_;
+        return {};
+    }
+    if (!report.waitForDialog(kReportProgram, 60000, kReportWindowClass)) {
+        std::printf("   no report program started (or it showed no window)\n");
+        ++failures_;
+        return {};
+    }
+    reportPath_ = report.path();
+    sc_.leaveOutlook();
+    std::printf(
+        "   the add-in started %s \"%s\"; its window reads the calendar through the\n"
+        "   running Outlook (GetActiveObject, across the process boundary)\n",
+        utf8(report.path().substr(folderOf(report.path()).size() + 1)).c_str(),
+        utf8(report.arguments()).c_str());
+    // The window reads the calendar on a thread of its own at once; the
+    // report is in when its list has rows and the status line says so.
+    LRESULT rows = 0;
+    std::wstring status;
+    const DWORD start = GetTickCount();
+    while (GetTickCount() - start < 60000) {
+        ChildProgram::serveFor(100);
+        rows = report.ask(kReportList, kListViewItemCount, 0, 0, 0);
+        status = report.text(kReportStatus);
+        if (rows > 0 && status.find(L" h, ") != std::wstring::npos) break;
+    }
+    std::printf("   the report window: %ld rows; status line \"%s\"\n", static_cast<long>(rows),
+                utf8(status).c_str());
+    windows_.render();
+    if (!options_.shots.empty()) {
+        const bool saved = windows_.capture(report.window(), options_.shots + L"\\report.bmp");
+        std::printf("\n  (screenshot of the report window %s)\n",
+                    saved ? "saved" : "could not be taken");
+    }
+    std::printf("\n> closes the report window\n");
+    const long code = report.closeAndWait(30000);
+    std::printf("   the report program ended (exit code %ld)\n", code);
+    if (code != 0) ++failures_;
+    sc_.returnToOutlook(sc_.explorer());
+    return hb::toStr(static_cast<long long>(rows));
+}
+
+std::wstring Session::outputFolder() const {
+    if (!options_.shots.empty()) return options_.shots;
+    wchar_t temp[MAX_PATH] = {};
+    GetTempPathW(MAX_PATH, temp);
+    std::wstring folder = temp;
+    if (!folder.empty() && folder.back() == L'\\') folder.pop_back();
+    return folder;
+}
+
+Str Session::scriptReport() {
+    if (reportPath_.empty()) return {};
+    const std::wstring folder = outputFolder();
+    const std::wstring csv = folder + L"\\report.csv";
+    const std::wstring line =
+        L"\"" + reportPath_ + L"\" /period:thismonth /group:list1,list2 /round:15 /csv:\"" + csv +
+        L"\" /xlsx:\"" + folder + L"\\report.xlsx\" /html:\"" + folder + L"\\report.html\"";
+    std::printf(
+        "\n> a scheduled task runs HBReporting.exe /period:thismonth /group:list1,list2 "
+        "/round:15\n  /csv:report.csv /xlsx:report.xlsx /html:report.html\n");
+    DeleteFileW(csv.c_str());
+    const long code = ChildProgram::runToEnd(line, 120000);
+    std::printf("   exit code %ld\n", code);
+    if (code != 0) {
+        ++failures_;
+        return {};
+    }
+    std::string bytes;
+    if (FILE* f = _wfopen(csv.c_str(), L"rb")) {
+        char buffer[4096];
+        for (std::size_t n; (n = std::fread(buffer, 1, sizeof buffer, f)) > 0;)
+            bytes.append(buffer, n);
+        std::fclose(f);
+    }
+    if (bytes.starts_with("\xEF\xBB\xBF")) bytes.erase(0, 3);
+    std::printf("   report.csv:\n");
+    std::size_t from = 0;
+    while (from < bytes.size()) {
+        std::size_t end = bytes.find('\n', from);
+        if (end == std::string::npos) end = bytes.size();
+        std::string row = bytes.substr(from, end - from);
+        if (!row.empty() && row.back() == '\r') row.pop_back();
+        std::printf("   | %s\n", row.c_str());
+        from = end + 1;
+    }
+    return hb::fromUtf8(bytes);
 }
 
 void Session::guarded(const std::function<void()>& userAction) {
@@ -631,6 +757,25 @@ bool Session::expect(const Step& step) {
         what = "registry setting";
         std::printf("\n> looks at the stored setting %s: \"%s\"\n", utf8(step.entry).c_str(),
                     utf8(hb::text::replace(actual, u"\r\n", u"\\r\\n")).c_str());
+    } else if (step.action == Do::OpenReport) {
+        actual = reportRows_;
+        what = "rows in the report window";
+    } else if (step.action == Do::ScriptReport) {
+        // Each text must be in the file; the first missing one is reported.
+        const Str wanted = step.expect;
+        std::size_t from = 0;
+        actual = wanted;
+        while (from <= wanted.size()) {
+            std::size_t end = wanted.find(u'|', from);
+            if (end == Str::npos) end = wanted.size();
+            const Str piece = wanted.substr(from, end - from);
+            if (reportCsv_.find(piece) == Str::npos) {
+                actual = u"no \"" + piece + u"\"";
+                break;
+            }
+            from = end + 1;
+        }
+        what = "report.csv";
     } else if (step.action == Do::PickPane) {
         actual = inspector_->currentItem->categories;
         what = "categories in the appointment window";

@@ -1,9 +1,9 @@
-#include "standin/SettingsProgram.h"
+#include "standin/ChildProgram.h"
 
 #include <tlhelp32.h>
 #include <winternl.h>
 
-#include "standin/HostWindows.h"
+#include <algorithm>
 
 namespace standin {
 
@@ -49,6 +49,7 @@ DWORD childNamed(const std::wstring& exeName) {
 
 struct DialogSearch {
     DWORD processId;
+    const wchar_t* windowClass;
     HWND found;
 };
 
@@ -56,30 +57,38 @@ BOOL CALLBACK findDialog(HWND hwnd, LPARAM lp) {
     auto* search = reinterpret_cast<DialogSearch*>(lp);
     DWORD owner = 0;
     GetWindowThreadProcessId(hwnd, &owner);
-    wchar_t cls[16] = {};
-    GetClassNameW(hwnd, cls, 16);
-    if (owner != search->processId || !IsWindowVisible(hwnd) || wcscmp(cls, L"#32770") != 0)
+    wchar_t cls[64] = {};
+    GetClassNameW(hwnd, cls, 64);
+    if (owner != search->processId || !IsWindowVisible(hwnd) ||
+        wcscmp(cls, search->windowClass) != 0)
         return TRUE;
     search->found = hwnd;
     return FALSE;
 }
 
-// Waits a moment, handling this thread's windows meanwhile.
-void pause() {
-    HostWindows::pumpMessages();
-    Sleep(50);
+// Waits a moment, handling this thread's windows meanwhile; a message
+// (a call from the other program among them) ends the wait at once.
+void pause(HANDLE process = nullptr) {
+    MSG msg;
+    while (PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE)) {
+        TranslateMessage(&msg);
+        DispatchMessageW(&msg);
+    }
+    MsgWaitForMultipleObjects(process ? 1 : 0, process ? &process : nullptr, FALSE, 50,
+                              QS_ALLINPUT);
 }
 
 }  // namespace
 
-SettingsProgram::~SettingsProgram() {
+ChildProgram::~ChildProgram() {
     if (!process_) return;
     // A dialog left open: the program is ended rather than left running.
     if (WaitForSingleObject(process_, 0) == WAIT_TIMEOUT) TerminateProcess(process_, 1);
     CloseHandle(process_);
 }
 
-bool SettingsProgram::waitForDialog(const std::wstring& exeName, DWORD timeoutMs) {
+bool ChildProgram::waitForDialog(const std::wstring& exeName, DWORD timeoutMs,
+                                 const std::wstring& windowClass) {
     const DWORD start = GetTickCount();
     while (!processId_ && GetTickCount() - start < timeoutMs) {
         processId_ = childNamed(exeName);
@@ -101,7 +110,7 @@ bool SettingsProgram::waitForDialog(const std::wstring& exeName, DWORD timeoutMs
     }
     while (!dialog_ && GetTickCount() - start < timeoutMs &&
            WaitForSingleObject(process_, 0) == WAIT_TIMEOUT) {
-        DialogSearch search{processId_, nullptr};
+        DialogSearch search{processId_, windowClass.c_str(), nullptr};
         EnumWindows(findDialog, reinterpret_cast<LPARAM>(&search));
         dialog_ = search.found;
         if (!dialog_) pause();
@@ -109,7 +118,7 @@ bool SettingsProgram::waitForDialog(const std::wstring& exeName, DWORD timeoutMs
     return dialog_ != nullptr;
 }
 
-bool SettingsProgram::send(UINT msg, WPARAM wp, LPARAM lp, LRESULT* result) {
+bool ChildProgram::send(UINT msg, WPARAM wp, LPARAM lp, LRESULT* result) {
     DWORD_PTR answer = 0;
     // A message box the program raises would hold the call: not forever.
     const bool sent =
@@ -118,7 +127,7 @@ bool SettingsProgram::send(UINT msg, WPARAM wp, LPARAM lp, LRESULT* result) {
     return sent;
 }
 
-bool SettingsProgram::pickRow(int listBox, int row) {
+bool ChildProgram::pickRow(int listBox, int row) {
     HWND list = GetDlgItem(dialog_, listBox);
     DWORD_PTR answer = 0;
     if (!list ||
@@ -129,20 +138,20 @@ bool SettingsProgram::pickRow(int listBox, int row) {
     return send(WM_COMMAND, MAKEWPARAM(listBox, LBN_SELCHANGE), reinterpret_cast<LPARAM>(list));
 }
 
-bool SettingsProgram::type(int field, const std::wstring& text) {
+bool ChildProgram::type(int field, const std::wstring& text) {
     HWND edit = GetDlgItem(dialog_, field);
     DWORD_PTR answer = 0;
     return edit && SendMessageTimeoutW(edit, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(text.c_str()),
                                        SMTO_ABORTIFHUNG, 10000, &answer) != 0;
 }
 
-bool SettingsProgram::press(int button) {
+bool ChildProgram::press(int button) {
     HWND control = GetDlgItem(dialog_, button);
     return control &&
            send(WM_COMMAND, MAKEWPARAM(button, BN_CLICKED), reinterpret_cast<LPARAM>(control));
 }
 
-bool SettingsProgram::lists(int listBox, const std::wstring& entry) {
+bool ChildProgram::lists(int listBox, const std::wstring& entry) {
     HWND list = GetDlgItem(dialog_, listBox);
     DWORD_PTR answer = 0;
     return list &&
@@ -152,18 +161,67 @@ bool SettingsProgram::lists(int listBox, const std::wstring& entry) {
            static_cast<LRESULT>(answer) != LB_ERR;
 }
 
-long SettingsProgram::okAndWait(int okButton, DWORD timeoutMs) {
+long ChildProgram::okAndWait(int okButton, DWORD timeoutMs) {
     if (!process_) return -1;
     // Posted: OK ends the dialog's loop, and the program with it.
     PostMessageW(dialog_, WM_COMMAND, MAKEWPARAM(okButton, BN_CLICKED),
                  reinterpret_cast<LPARAM>(GetDlgItem(dialog_, okButton)));
+    return waitForEnd(timeoutMs);
+}
+
+long ChildProgram::closeAndWait(DWORD timeoutMs) {
+    if (!process_) return -1;
+    PostMessageW(dialog_, WM_CLOSE, 0, 0);
+    return waitForEnd(timeoutMs);
+}
+
+long ChildProgram::waitForEnd(DWORD timeoutMs) {
     const DWORD start = GetTickCount();
     while (WaitForSingleObject(process_, 0) == WAIT_TIMEOUT && GetTickCount() - start < timeoutMs)
-        pause();
+        pause(process_);
     DWORD code = 0;
     if (WaitForSingleObject(process_, 0) == WAIT_TIMEOUT || !GetExitCodeProcess(process_, &code))
         return -1;
     return static_cast<long>(code);
+}
+
+std::wstring ChildProgram::text(int control) {
+    HWND hwnd = GetDlgItem(dialog_, control);
+    wchar_t buffer[1024] = {};
+    DWORD_PTR answer = 0;
+    if (!hwnd || !SendMessageTimeoutW(hwnd, WM_GETTEXT, 1024, reinterpret_cast<LPARAM>(buffer),
+                                      SMTO_ABORTIFHUNG, 10000, &answer))
+        return {};
+    return std::wstring(buffer, std::min<std::size_t>(answer, 1023));
+}
+
+LRESULT ChildProgram::ask(int control, UINT msg, WPARAM wp, LPARAM lp, LRESULT fallback) {
+    HWND hwnd = GetDlgItem(dialog_, control);
+    DWORD_PTR answer = 0;
+    if (!hwnd || !SendMessageTimeoutW(hwnd, msg, wp, lp, SMTO_ABORTIFHUNG, 10000, &answer))
+        return fallback;
+    return static_cast<LRESULT>(answer);
+}
+
+void ChildProgram::serveFor(DWORD ms) {
+    const DWORD start = GetTickCount();
+    while (GetTickCount() - start < ms)
+        pause();
+}
+
+long ChildProgram::runToEnd(const std::wstring& commandLine, DWORD timeoutMs) {
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION info{};
+    std::wstring line = commandLine;
+    if (!CreateProcessW(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
+                        &startup, &info))
+        return -1;
+    CloseHandle(info.hThread);
+    ChildProgram program;
+    program.process_ = info.hProcess;
+    program.processId_ = info.dwProcessId;
+    return program.waitForEnd(timeoutMs);
 }
 
 }  // namespace standin
