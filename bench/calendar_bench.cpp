@@ -1,13 +1,12 @@
-// The report's calendar reader over a large calendar: 100,000 appointments
-// in ten years (2017-2026), of them about 6,000 occurrences of 80 recurring
-// series. Reads one month (November 2026) and one year (2026) through the
-// simulated Outlook. Beside the time each reports the entries read and the
+// The report's calendar reader over a large calendar (bench/support/
+// BigCalendar.h: 100,000 appointments in ten years). Reads one month (November 2026) and one year
+// (2026) through the simulated Outlook. Beside the time each reports the entries read and the
 // object-model calls made per entry (counted by the simulated Outlook).
 #include <benchmark/benchmark.h>
 
-#include <cmath>
 #include <memory>
 
+#include "bench/support/BigCalendar.h"
 #include "common/DateTime.h"
 #include "reporting/OutlookCalendar.h"
 #include "sim/Scenario.h"
@@ -19,10 +18,6 @@ using hb::reporting::DayNumber;
 using hb::reporting::OutlookCalendar;
 using hb::reporting::Period;
 
-constexpr int kSingles = 94000;
-constexpr int kWeeklySeries = 40;  // a year of weekly meetings each (52)
-constexpr int kDailySeries = 40;   // 100 working days each
-
 DayNumber day(int y, int m, int d) {
     return static_cast<DayNumber>(hb::dt::serial(y, m, d));
 }
@@ -32,41 +27,7 @@ struct BigCalendar {
     Variant application;
 
     BigCalendar() {
-        auto cal = sc.outlook().calendar();
-        const double first = hb::dt::serial(2017, 1, 1);
-        const double days = hb::dt::serial(2027, 1, 1) - first;
-        // Singles spread evenly over the ten years, in working hours, some
-        // crossing midnight, every tenth all-day.
-        for (int i = 0; i < kSingles; ++i) {
-            double d = first + std::floor(days * i / kSingles);
-            double hour = 7 + (i % 12);
-            if (i % 10 == 0) {
-                cal->addAllDayEvent(u"Off", hb::Date{d});
-            } else if (i % 97 == 0) {
-                cal->addAppointment(u"Night", hb::Date{d + 22.0 / 24}, hb::Date{d + 1 + 6.0 / 24},
-                                    u"Acme, Night");
-            } else {
-                cal->addAppointment(u"Work " + hb::toStr(i), hb::Date{d + hour / 24},
-                                    hb::Date{d + (hour + 1.5) / 24}, u"Acme, Smith");
-            }
-        }
-        for (int s = 0; s < kWeeklySeries; ++s) {
-            double start = first + s * 90 + 1;
-            auto m = cal->addSeries(u"Weekly " + hb::toStr(s), hb::Date{start + 10.0 / 24},
-                                    hb::Date{start + 11.0 / 24},
-                                    sim::Recurrence::weekly(0).times(52), u"Globex");
-            m->addException(hb::Date{start + 7 + 10.0 / 24}, hb::Date{start + 7 + 15.0 / 24},
-                            hb::Date{start + 7 + 16.0 / 24});
-            m->deleteOccurrence(hb::Date{start + 14 + 10.0 / 24});
-        }
-        const std::int32_t weekdays = sim::ol::Monday | sim::ol::Tuesday | sim::ol::Wednesday |
-                                      sim::ol::Thursday | sim::ol::Friday;
-        for (int s = 0; s < kDailySeries; ++s) {
-            double start = first + s * 91 + 3;
-            cal->addSeries(u"Standup " + hb::toStr(s), hb::Date{start + 9.0 / 24},
-                           hb::Date{start + 9.25 / 24},
-                           sim::Recurrence::weekly(weekdays).times(100), u"Acme, Team");
-        }
+        bench::furnishBigCalendar(sc.outlook());
         sc.instruments().setLogging(false);
         application =
             sc.instruments().toAddin(Variant(hb::ObjectPtr(sc.outlook().application())), u"bench");

@@ -17,14 +17,16 @@ target_include_directories(hb_standin PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJEC
 target_link_libraries(hb_standin PRIVATE hb_win32 hbcore ${HB_WIN_LIBS})
 target_link_options(hb_standin PRIVATE -municode)
 add_dependencies(hb_standin hb_idl)
-# The session presses Settings: the add-in starts the settings program from its folder.
-add_dependencies(hb_standin HBPersonalSettingsSingle)
+# The session presses Settings and Report: the add-in starts the settings
+# program and the report program from its folder.
+add_dependencies(hb_standin HBPersonalSettingsSingle HBReporting)
 
 # What a run of the stand-in sets up around its Outlook, and its Application
 # served to other processes: the end-to-end benchmark and the tests that
 # register the stand-in as Outlook's local server share these.
 set(hb_standin_served ${PROJECT_SOURCE_DIR}/standin/HostSetup.cpp
-    ${PROJECT_SOURCE_DIR}/standin/OutlookServer.cpp ${PROJECT_SOURCE_DIR}/standin/RibbonHost.cpp)
+    ${PROJECT_SOURCE_DIR}/standin/OutlookServer.cpp ${PROJECT_SOURCE_DIR}/standin/RibbonHost.cpp
+    ${PROJECT_SOURCE_DIR}/standin/ChildProgram.cpp)
 if(HB_WIN_TESTS)
   file(GLOB hb_standintest_srcs CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/win/Standin*WinTest.cpp)
   if(hb_standintest_srcs)
@@ -45,6 +47,18 @@ target_include_directories(hb_e2ebench PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJE
                            ${PROJECT_SOURCE_DIR}/tests/win ${hb_gen})
 target_link_libraries(hb_e2ebench PRIVATE hb_win32 hbcore ${HB_WIN_LIBS})
 add_dependencies(hb_e2ebench hb_idl HBAddin)
+# The report program end to end across the process boundary, timed (run by
+# hand, not a test): it serves a calendar of 100,000 appointments.
+add_executable(hb_reportbench ${PROJECT_SOURCE_DIR}/bench/win/hb_reportbench.cpp
+               ${PROJECT_SOURCE_DIR}/bench/support/BigCalendar.cpp
+               ${PROJECT_SOURCE_DIR}/standin/LoadedAddins.cpp
+               ${PROJECT_SOURCE_DIR}/standin/TaskPaneFactory.cpp ${hb_standin_served}
+               ${hb_standin_rc} $<TARGET_OBJECTS:hb_sim>)
+target_include_directories(hb_reportbench PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}
+                           ${PROJECT_SOURCE_DIR}/tests/win ${hb_gen})
+target_link_libraries(hb_reportbench PRIVATE hb_win32 hbcore ${HB_WIN_LIBS})
+target_link_options(hb_reportbench PRIVATE -municode)
+add_dependencies(hb_reportbench hb_idl HBAddin HBReporting)
 
 # The end-to-end tests of hb_wintests run hb_standin.exe from their folder.
 add_dependencies(hb_wintests hb_standin)
