@@ -612,8 +612,8 @@ Str Session::openReport() {
     reportPath_ = report.path();
     sc_.leaveOutlook();
     std::printf(
-        "   the add-in started %s \"%s\"; its window reads the calendar through the\n"
-        "   running Outlook (GetActiveObject, across the process boundary)\n",
+        "   the add-in started %s \"%s\"; its window reaches the running Outlook\n"
+        "   (GetActiveObject) and has the add-in read this month inside Outlook\n",
         utf8(report.path().substr(folderOf(report.path()).size() + 1)).c_str(),
         utf8(report.arguments()).c_str());
     // The window reads the calendar on a thread of its own at once; the
@@ -630,7 +630,8 @@ Str Session::openReport() {
     std::printf("   the report window: %ld rows; status line \"%s\"\n", static_cast<long>(rows),
                 utf8(status).c_str());
     windows_.render();
-    if (!options_.shots.empty()) {
+    // One picture of the window: the toolbar's session takes it.
+    if (!options_.shots.empty() && !ribbon()) {
         const bool saved = windows_.capture(report.window(), options_.shots + L"\\report.bmp");
         std::printf("\n  (screenshot of the report window %s)\n",
                     saved ? "saved" : "could not be taken");

@@ -4,6 +4,7 @@
 #include "win/Module.h"
 #include "win/com/ComVariant.h"
 #include "win/com/DispatchClient.h"
+#include "win/com/DispatchServer.h"
 
 namespace hb::win {
 
@@ -13,6 +14,9 @@ STDMETHODIMP AddinDesigner::OnConnection(IDispatch* application, ext_ConnectMode
                                          IDispatch* addInInst, SAFEARRAY** /*custom*/) {
     Session& s = designer_.session();
     try {
+        // What the add-in hands Office of its own (the calendar service it
+        // sets as its COMAddIn's Object) is served as a real IDispatch.
+        com::installDispatchServer();
         Args custom;
         designer_.AddinInstance_OnConnection(Variant(com::DispatchClient::wrap(application)),
                                              static_cast<std::int32_t>(mode),

@@ -9,6 +9,7 @@
 #include "win/Module.h"
 #include "win/PaneControl.h"
 #include "win/Registration.h"
+#include "win/com/DispatchServer.h"
 
 using namespace hb;
 using namespace hb::win;
@@ -41,7 +42,8 @@ STDAPI DllGetClassObject(REFCLSID clsid, REFIID iid, LPVOID* object) {
 }
 
 STDAPI DllCanUnloadNow() {
-    if (!com::moduleCanUnload()) return S_FALSE;
+    // Objects the add-in handed Office through the dispatch server count too.
+    if (!com::moduleCanUnload() || com::liveExportedObjects() > 0) return S_FALSE;
     // COM frees the module next: the type library, read from this file,
     // would keep it loaded.
     com::releaseModuleTypeInfo();
