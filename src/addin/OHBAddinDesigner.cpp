@@ -42,8 +42,11 @@ OHBAddinDesigner::~OHBAddinDesigner() {
 void OHBAddinDesigner::offerCalendar(const Variant& addInInst) noexcept {
     try {
         withdrawCalendar();
+        // A host may connect without an add-in entry (Nothing).
+        const ObjectPtr entry = addInInst.isObject() ? addInInst.toObject() : nullptr;
+        if (!entry) return;
         calendarService_ = std::make_shared<CalendarService>(*session_);
-        addInInst.toObject()->put(u"Object", Variant(ObjectPtr(calendarService_)));
+        entry->put(u"Object", Variant(ObjectPtr(calendarService_)));
     } catch (...) {
         withdrawCalendar();
     }
