@@ -355,12 +355,8 @@ void cRibbon::onAction(const Variant& control, const std::optional<Str>& selecte
             value = model_.entry(t.list, i);
         } else if (*selectedId == kMoreId || i >= longItems_[t.list].size()) {
             // The whole list, searchable, in a window of its own.
-            std::vector<Str> all;
-            const std::size_t count = model_.entryCount(t.list);
-            all.reserve(count);
-            for (std::size_t k = 0; k < count; ++k)
-                all.push_back(model_.entry(t.list, k));
-            const std::optional<Str> picked = s_.platform.pickFromList(model_.caption(t.list), all);
+            const std::optional<Str> picked =
+                s_.platform.pickFromList(model_.caption(t.list), model_.entries(t.list));
             if (!picked) {
                 // The drop-down shows "More…" now: back to the value.
                 invalidate(kListIds[t.list]);
