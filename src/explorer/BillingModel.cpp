@@ -7,7 +7,6 @@
 
 #include "common/Constants.h"
 #include "common/ErrorTrap.h"
-#include "common/Text.h"
 #include "diagnostics/modErroHandling.h"
 #include "explorer/cExplorerEvents.h"
 #include "inspector/Pane.h"
@@ -79,16 +78,12 @@ std::vector<Str> BillingModel::entries(std::size_t n) const {
 
 std::int32_t BillingModel::indexOf(std::size_t n, const Str& value) const {
     if (value.empty()) return -1;
+    // The dictionary's own index answers without a pass over the list: a
+    // selection change asks this of lists of tens of thousands of entries.
     const MetaDicType& dic = entriesOf(lists(), n);
-    if (!dic.Exists(value)) return -1;
-    const Str folded = text::lower(value);
-    const auto& entries = dic.entries();
-    for (std::size_t i = 0; i < entries.size(); ++i) {
-        if (entries[i].second && text::lower(entries[i].second->MetaName) == folded) {
-            return static_cast<std::int32_t>(i);
-        }
-    }
-    return -1;
+    const std::ptrdiff_t at = dic.position(value);
+    if (at < 0 || !dic.entries()[static_cast<std::size_t>(at)].second) return -1;
+    return static_cast<std::int32_t>(at);
 }
 
 std::uint64_t BillingModel::generation() const {
