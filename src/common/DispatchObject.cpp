@@ -77,18 +77,7 @@ MemberTable& MemberTable::inherit(const MemberTable& base) {
 }
 
 const MemberTable::Member* MemberTable::find(StrView name) const {
-    // Every call by name comes here (Office calls the ribbon's callbacks
-    // by name, hundreds per selection change): the folded name goes into
-    // a buffer kept per thread rather than a new string each time.
-    thread_local Str key;
-    if (name.empty()) {
-        key = default_;
-    } else {
-        key.assign(name);
-        for (auto& c : key) {
-            if (c >= u'A' && c <= u'Z') c = static_cast<char16_t>(c + 32);
-        }
-    }
+    Str key = name.empty() ? default_ : foldMemberName(name);
     if (key.empty()) return nullptr;
     auto it = members_.find(key);
     return it == members_.end() ? nullptr : &it->second;
