@@ -468,6 +468,13 @@ void cRibbon::subFolderSwitch() noexcept {
     });
 }
 
+void cRibbon::subExplorerClose() noexcept {
+    try {
+        selection_.reset();
+    } catch (...) {
+    }
+}
+
 void cRibbon::release() noexcept {
     try {
         selection_.reset();

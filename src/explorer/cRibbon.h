@@ -72,6 +72,9 @@ class cRibbon {
     // A window moved to another folder: the group's visibility is asked
     // again.
     void subFolderSwitch() noexcept;
+    // A window closed: what its selection showed is let go of, and with it
+    // the window.
+    void subExplorerClose() noexcept;
     // Lets go of Office's IRibbonUI (the add-in is being unloaded).
     void release() noexcept;
 
