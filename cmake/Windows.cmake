@@ -69,6 +69,20 @@ target_compile_definitions(hb_win32 PUBLIC ${HB_WIN_DEFS}
                            HB_VERSION_PATCH=${PROJECT_VERSION_PATCH})
 target_link_libraries(hb_win32 PUBLIC ${HB_WIN_LIBS})
 
+# ---------------------------------------------------------------- button images
+# The ribbon buttons' images (BITMAP resources REPORT, SETTINGS and
+# STATISTICS of the DLL), drawn at build time by a script of the project's
+# own that needs Python's standard library only.
+find_program(HB_PYTHON3 python3 REQUIRED NO_CMAKE_FIND_ROOT_PATH)
+set(hb_button_images ${hb_gen}/REPORT.bmp ${hb_gen}/SETTINGS.bmp ${hb_gen}/STATISTICS.bmp)
+add_custom_command(
+  OUTPUT ${hb_button_images}
+  COMMAND ${HB_PYTHON3} ${PROJECT_SOURCE_DIR}/scripts/button-images.py ${hb_gen}
+  DEPENDS ${PROJECT_SOURCE_DIR}/scripts/button-images.py
+  COMMENT "Drawing the ribbon buttons' images"
+  VERBATIM)
+add_custom_target(hb_button_images DEPENDS ${hb_button_images})
+
 # ---------------------------------------------------------------- HBAddin.dll
 file(GLOB hb_dll_srcs CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/win/*.cpp)
 set(hb_dll_rc ${PROJECT_SOURCE_DIR}/src/win/HBAddin.rc)
@@ -85,8 +99,8 @@ if(CMAKE_SIZEOF_VOID_P EQUAL 4)
   target_link_options(HBAddin PRIVATE -Wl,--enable-stdcall-fixup)
 endif()
 set_source_files_properties(${hb_dll_rc} PROPERTIES OBJECT_DEPENDS
-                            "${HB_LANGUAGE_FILE};${hb_gen}/hb_build.h;${hb_gen}/HBAddin.tlb")
-add_dependencies(HBAddin hb_language)
+                            "${HB_LANGUAGE_FILE};${hb_gen}/hb_build.h;${hb_gen}/HBAddin.tlb;${hb_button_images}")
+add_dependencies(HBAddin hb_language hb_button_images)
 
 if(NOT HB_WIN_TESTS)
   return()

@@ -1,6 +1,9 @@
 #include "standin/HostWindows.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <cstdio>
+#include <vector>
 
 #include "common/AutomationError.h"
 #include "common/Constants.h"
@@ -48,6 +51,66 @@ HWND makeChild(const wchar_t* cls, const std::wstring& text, DWORD style, int x,
     SendMessageW(hwnd, WM_SETFONT, reinterpret_cast<WPARAM>(GetStockObject(DEFAULT_GUI_FONT)),
                  TRUE);
     return hwnd;
+}
+
+// A ribbon button's image as Office draws it: the picture getImage gave
+// (a bitmap of 32 bits with premultiplied alpha, or an opaque one) laid over
+// the button face, scaled to `size`. Null when there is no picture; the
+// bitmap made is the caller's.
+HBITMAP faceImage(const hb::Variant& picture, int size) {
+    if (!picture.isObject() || picture.isNothing()) return nullptr;
+    HBITMAP source = nullptr;
+    try {
+        // OLE_HANDLE is 32 bits; a GDI handle widens with its sign.
+        source =
+            reinterpret_cast<HBITMAP>(static_cast<std::intptr_t>(picture.get(u"Handle").toLong()));
+    } catch (...) {
+        return nullptr;
+    }
+    BITMAP bm{};
+    if (!source || GetObjectW(source, sizeof bm, &bm) != static_cast<int>(sizeof bm) ||
+        bm.bmWidth <= 0 || bm.bmHeight <= 0)
+        return nullptr;
+    const int w = bm.bmWidth, h = bm.bmHeight;
+    // The picture's pixels as 32-bit rows, each laid over the button face:
+    // out = colour + (1 - alpha) * face, the colour being premultiplied. A
+    // picture without alpha is opaque.
+    BITMAPINFO info{};
+    info.bmiHeader.biSize = sizeof info.bmiHeader;
+    info.bmiHeader.biWidth = w;
+    info.bmiHeader.biHeight = -h;
+    info.bmiHeader.biPlanes = 1;
+    info.bmiHeader.biBitCount = 32;
+    info.bmiHeader.biCompression = BI_RGB;
+    std::vector<std::uint32_t> pixels(static_cast<std::size_t>(w) * static_cast<std::size_t>(h));
+    HDC screen = GetDC(nullptr);
+    const bool read = GetDIBits(screen, source, 0, static_cast<UINT>(h), pixels.data(), &info,
+                                DIB_RGB_COLORS) == h;
+    const COLORREF face = GetSysColor(COLOR_BTNFACE);
+    const std::uint32_t faceBgr[3] = {GetBValue(face), GetGValue(face), GetRValue(face)};
+    for (std::uint32_t& p : pixels) {
+        const std::uint32_t alpha = bm.bmBitsPixel == 32 ? p >> 24 : 255;
+        std::uint32_t out = 0;
+        for (int c = 0; c < 3; ++c) {
+            const std::uint32_t colour = (p >> (8 * c)) & 0xFF;
+            out |= std::min<std::uint32_t>(255, colour + (255 - alpha) * faceBgr[c] / 255)
+                   << (8 * c);
+        }
+        p = out;
+    }
+    HBITMAP image = nullptr;
+    if (read) {
+        HDC to = CreateCompatibleDC(screen);
+        image = CreateCompatibleBitmap(screen, size, size);
+        HGDIOBJ old = SelectObject(to, image);
+        SetStretchBltMode(to, HALFTONE);
+        StretchDIBits(to, 0, 0, size, size, 0, 0, w, h, pixels.data(), &info, DIB_RGB_COLORS,
+                      SRCCOPY);
+        SelectObject(to, old);
+        DeleteDC(to);
+    }
+    ReleaseDC(nullptr, screen);
+    return image;
 }
 
 // "Mon 06.05.2024 09:00-10:00", in a fixed form: the screenshots do not
@@ -147,6 +210,8 @@ void HostWindows::render() {
             return true;
         });
         DestroyWindow(it->second.frame);
+        for (HBITMAP image : it->second.ribbonImages)
+            DeleteObject(image);
         it = shown_.erase(it);
     }
     int offset = 0;
@@ -233,6 +298,9 @@ void HostWindows::drawRibbon(const sim::Window& window, Shown& shown) {
     for (HWND label : shown.ribbonLabels)
         DestroyWindow(label);
     shown.ribbonLabels.clear();
+    for (HBITMAP image : shown.ribbonImages)
+        DeleteObject(image);
+    shown.ribbonImages.clear();
     const auto* explorer = dynamic_cast<const sim::Explorer*>(&window);
     if (!ribbon || !explorer || !ribbon->groupShown(*explorer)) return;
     const auto label = [&](const std::wstring& text, int x, int width) {
@@ -264,7 +332,17 @@ void HostWindows::drawRibbon(const sim::Window& window, Shown& shown) {
         const auto* v = ribbon->view(*explorer, id);
         if (!v || !v->visible) continue;
         const std::wstring caption = hb::com::wide(v->label);
-        const int width = 16 + 7 * static_cast<int>(caption.size());
+        // The button's image (getImage) beside its caption, which is kept
+        // narrow so that the group fits the window with its images.
+        const int width = 12 + 6 * static_cast<int>(caption.size());
+        constexpr int kImage = kBarHeight - 6;
+        if (HBITMAP image = faceImage(v->image, kImage)) {
+            HWND picture = makeChild(L"Static", L"", SS_BITMAP, x, 3, kImage, kImage, shown.frame);
+            SendMessageW(picture, STM_SETIMAGE, IMAGE_BITMAP, reinterpret_cast<LPARAM>(image));
+            shown.ribbonLabels.push_back(picture);
+            shown.ribbonImages.push_back(image);
+            x += kImage + 2;
+        }
         HWND button =
             makeChild(L"Button", caption, BS_PUSHBUTTON, x, 2, width, kBarHeight - 4, shown.frame);
         EnableWindow(button, v->enabled);

@@ -76,7 +76,8 @@ class HostWindows {
         std::map<HWND, std::shared_ptr<sim::CommandBarControl>> barControls;
         std::map<HWND, hb::Str> ribbonControls;  // the real control -> the ribbon control's id
         std::vector<HWND> ribbonLabels;
-        HWND content = nullptr;  // the folder's items, or the item's fields
+        std::vector<HBITMAP> ribbonImages;  // the buttons' images as drawn, ours to delete
+        HWND content = nullptr;             // the folder's items, or the item's fields
     };
     void drawBar(const sim::Window& window, Shown& shown);
     void drawRibbon(const sim::Window& window, Shown& shown);

@@ -7,7 +7,6 @@
 
 #include "common/Constants.h"
 #include "common/ErrorTrap.h"
-#include "common/Text.h"
 #include "diagnostics/modErroHandling.h"
 #include "explorer/cExplorerEvents.h"
 #include "inspector/Pane.h"
@@ -41,41 +40,50 @@ cPersonalSettings& BillingModel::settings() const {
     return *s_.oPersonalSettings;
 }
 
+const cPersonalSettings& BillingModel::lists() const {
+    return lists_ ? *lists_ : settings();
+}
+
 std::size_t BillingModel::shownLists() const {
-    return std::min<std::size_t>(3, settings().MetaDataLists.size());
+    return std::min<std::size_t>(3, lists().MetaDataLists.size());
 }
 
 bool BillingModel::listFilled(std::size_t n) const {
     if (n >= shownLists()) return false;
-    return n >= 2 || !listAt(settings(), n).Caption.empty();
+    return n >= 2 || !listAt(lists(), n).Caption.empty();
 }
 
 const Str& BillingModel::caption(std::size_t n) const {
-    return listAt(settings(), n).Caption;
+    return listAt(lists(), n).Caption;
 }
 
 std::size_t BillingModel::entryCount(std::size_t n) const {
-    return entriesOf(settings(), n).entries().size();
+    return entriesOf(lists(), n).entries().size();
 }
 
 const Str& BillingModel::entry(std::size_t n, std::size_t i) const {
-    const auto& entries = entriesOf(settings(), n).entries();
+    const auto& entries = entriesOf(lists(), n).entries();
     if (i >= entries.size() || !entries[i].second) raise(err::SubscriptOutOfRange);
     return entries[i].second->MetaName;
 }
 
+std::vector<Str> BillingModel::entries(std::size_t n) const {
+    const std::size_t count = entryCount(n);
+    std::vector<Str> names;
+    names.reserve(count);
+    for (std::size_t i = 0; i < count; ++i)
+        names.push_back(entry(n, i));
+    return names;
+}
+
 std::int32_t BillingModel::indexOf(std::size_t n, const Str& value) const {
     if (value.empty()) return -1;
-    const MetaDicType& dic = entriesOf(settings(), n);
-    if (!dic.Exists(value)) return -1;
-    const Str folded = text::lower(value);
-    const auto& entries = dic.entries();
-    for (std::size_t i = 0; i < entries.size(); ++i) {
-        if (entries[i].second && text::lower(entries[i].second->MetaName) == folded) {
-            return static_cast<std::int32_t>(i);
-        }
-    }
-    return -1;
+    // The dictionary's own index answers without a pass over the list: a
+    // selection change asks this of lists of tens of thousands of entries.
+    const MetaDicType& dic = entriesOf(lists(), n);
+    const std::ptrdiff_t at = dic.position(value);
+    if (at < 0 || !dic.entries()[static_cast<std::size_t>(at)].second) return -1;
+    return static_cast<std::int32_t>(at);
 }
 
 std::uint64_t BillingModel::generation() const {
@@ -99,11 +107,14 @@ bool BillingModel::statisticsShown() const {
 
 std::shared_ptr<cMarking> BillingModel::valuesOf(const Variant& item) {
     const auto marking = std::make_shared<cMarking>(s_);
-    const Str categories = !fncIsSeriesMember(item, item.get(u"MessageClass").toStr())
-                               ? item.get(u"Categories").toStr()
-                               : item.get(u"Parent").get(u"Categories").toStr();
+    const Str categories = !carriedBySeries(item) ? item.get(u"Categories").toStr()
+                                                  : item.get(u"Parent").get(u"Categories").toStr();
     marking->BillingToMarkings(categories);
     return marking;
+}
+
+bool BillingModel::carriedBySeries(const Variant& item) const {
+    return fncIsSeriesMember(item, item.get(u"MessageClass").toStr());
 }
 
 void BillingModel::write(const Variant& item, cMarking& choice, bool inInspector) {
@@ -131,11 +142,7 @@ void BillingModel::write(const Variant& item, cMarking& choice, bool inInspector
         // Only the billing values are replaced: the user's own categories
         // and the values of later lists stay. Categories that cannot be
         // read are not written, so that they are never lost.
-        resumeNext(s, [&] {
-            const Str categories = target.get(u"Categories").toStr();
-            target.put(u"Categories",
-                       Variant(choice.MergeIntoCategories(categories, shownLists())));
-        });
+        resumeNext(s, [&] { mergeChoice(target, choice, shownLists()); });
         if (settings().blnWriteSubject) resumeNext(s, [&] { writeSubject(target); });
     }
     // In an appointment window the user saves the item.
@@ -144,13 +151,24 @@ void BillingModel::write(const Variant& item, cMarking& choice, bool inInspector
 }
 
 void BillingModel::writeSubject(const Variant& item) {
-    const Str subject = item.get(u"Subject").toStr();
+    if (subjectIsOurs(item)) putSubject(item, shownLists());
+}
+
+void BillingModel::mergeChoice(const Variant& target, cMarking& choice, std::size_t count) const {
+    const Str categories = target.get(u"Categories").toStr();
+    target.put(u"Categories", Variant(choice.MergeIntoCategories(categories, count)));
+}
+
+bool BillingModel::subjectIsOurs(const Variant& item) const {
     // A subject of the user's own is never overwritten.
-    if (!subject.empty() && !fncIsHourbookData(s_, subject)) return;
+    const Str subject = item.get(u"Subject").toStr();
+    return subject.empty() || fncIsHourbookData(s_, subject);
+}
+
+void BillingModel::putSubject(const Variant& item, std::size_t count) const {
     // The billing values alone: the user's own categories stay out of it.
     const cMarking marking(s_);
-    item.put(u"Subject",
-             Variant(marking.BillingPart(item.get(u"Categories").toStr(), shownLists())));
+    item.put(u"Subject", Variant(marking.BillingPart(item.get(u"Categories").toStr(), count)));
 }
 
 void BillingModel::runReport() {

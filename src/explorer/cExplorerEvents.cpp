@@ -243,6 +243,7 @@ void cExplorerEvents::oueMyExplorer_Close() {
     trap(s, u"oueMyExplorer_Close", [&] {
         blnClosed = true;
         subTrace(s, u"Closing down an explorer");
+        if (s.objRibbon) s.objRibbon->subExplorerClose();
         const std::shared_ptr<cCalendarReactions> reactions = s.oCalendarReactions;
         if (!reactions) raise(err::ObjectVariableNotSet);
         if (reactions->colExplorers.size() == 1) {

@@ -30,7 +30,12 @@ const Str kListIds[3] = {u"hbList1", u"hbList2", u"hbList3"};
 // The drop-downs' items are named by their position: ids stay valid XML
 // names whatever the entries hold.
 Str itemId(std::size_t list, std::size_t index) {
-    return kListIds[list] + u"_" + toStr(static_cast<long long>(index));
+    Str id;
+    id.reserve(kListIds[list].size() + 6);
+    id += kListIds[list];
+    id += u'_';
+    id += toStr(static_cast<long long>(index));
+    return id;
 }
 
 }  // namespace
@@ -98,13 +103,18 @@ void cRibbon::subRemoveBars() {
 // What a control stands for
 
 cRibbon::Target cRibbon::targetOf(const Str& id) {
+    // Most callbacks are a drop-down's: its id is told by its last letter.
+    if (id.size() == kListIds[0].size() &&
+        id.compare(0, id.size() - 1, kListIds[0], 0, id.size() - 1) == 0) {
+        const char16_t last = id.back();
+        if (last >= u'1' && last <= u'3')
+            return {Kind::List, static_cast<std::size_t>(last - u'1')};
+        return {};
+    }
     if (id == kGroupId) return {Kind::Group, 0};
     if (id == kReportId) return {Kind::Report, 0};
     if (id == kSettingsId) return {Kind::Settings, 0};
     if (id == kStatisticsId) return {Kind::Statistics, 0};
-    for (std::size_t n = 0; n < 3; ++n) {
-        if (id == kListIds[n]) return {Kind::List, n};
-    }
     return {};
 }
 
@@ -128,12 +138,28 @@ Variant cRibbon::selectedItem(const Variant& explorer) {
     return item;
 }
 
-Str cRibbon::valueOf(const Variant& explorer, std::size_t n) {
+cRibbon::Selection cRibbon::readSelection(const Variant& explorer) {
+    Selection read;
+    read.explorer = explorer;
     const Variant item = selectedItem(explorer);
-    if (!isSet(item)) return {};
+    read.enabled = isSet(item);
+    if (!read.enabled) return read;
     const std::shared_ptr<cMarking> values = model_.valuesOf(item);
-    if (values->Count() <= static_cast<std::int32_t>(n)) return {};
-    return values->MetaName(static_cast<std::int16_t>(n + 1));
+    for (std::size_t n = 0; n < read.values.size(); ++n) {
+        if (values->Count() > static_cast<std::int32_t>(n))
+            read.values[n] = values->MetaName(static_cast<std::int16_t>(n + 1));
+    }
+    return read;
+}
+
+const cRibbon::Selection& cRibbon::selectionOf(const Variant& explorer) {
+    if (!selection_ || !sameObject(selection_->explorer, explorer))
+        selection_ = readSelection(explorer);
+    return *selection_;
+}
+
+Str cRibbon::valueOf(const Variant& explorer, std::size_t n) {
+    return n < 3 ? selectionOf(explorer).values[n] : Str();
 }
 
 bool cRibbon::longList(std::size_t n) const {
@@ -200,7 +226,7 @@ bool cRibbon::getEnabled(const Variant& control) noexcept {
             result = t.kind != Kind::None;
             return;
         }
-        result = isSet(selectedItem(control.get(u"Context")));
+        result = selectionOf(control.get(u"Context")).enabled;
         std::vector<bool>& answers = shown_[t.list].enabled;
         if (std::find(answers.begin(), answers.end(), result) == answers.end())
             answers.push_back(result);
@@ -346,6 +372,8 @@ void cRibbon::onAction(const Variant& control, const std::optional<Str>& selecte
                 return;
         }
         if (!selectedId || selectedIndex < 0) return;
+        // The pick changes what the selection shows: read it again when asked.
+        selection_.reset();
         const Variant explorer = control.get(u"Context");
         const Variant item = selectedItem(explorer);
         if (!isSet(item)) return;
@@ -355,12 +383,8 @@ void cRibbon::onAction(const Variant& control, const std::optional<Str>& selecte
             value = model_.entry(t.list, i);
         } else if (*selectedId == kMoreId || i >= longItems_[t.list].size()) {
             // The whole list, searchable, in a window of its own.
-            std::vector<Str> all;
-            const std::size_t count = model_.entryCount(t.list);
-            all.reserve(count);
-            for (std::size_t k = 0; k < count; ++k)
-                all.push_back(model_.entry(t.list, k));
-            const std::optional<Str> picked = s_.platform.pickFromList(model_.caption(t.list), all);
+            const std::optional<Str> picked =
+                s_.platform.pickFromList(model_.caption(t.list), model_.entries(t.list));
             if (!picked) {
                 // The drop-down shows "More…" now: back to the value.
                 invalidate(kListIds[t.list]);
@@ -412,6 +436,7 @@ void cRibbon::refreshSettings() {
     // The lists, their captions and the Statistics button follow the
     // settings; the group itself stays.
     handed_ = model_.generation();
+    selection_.reset();
     for (const Str& id : kListIds)
         invalidate(id);
     invalidate(kStatisticsId);
@@ -419,33 +444,40 @@ void cRibbon::refreshSettings() {
 
 void cRibbon::subSelectionChange(const Variant& explorer) noexcept {
     trap(s_, u"cRibbon.subSelectionChange", [&] {
+        selection_.reset();
         if (!isSet(ribbonUI_) || !s_.oPersonalSettings) return;
         const std::uint64_t before = handed_;
         refreshSettings();
         if (before != handed_) return;  // every list asks again anyway
-        const Variant item = selectedItem(explorer);
-        std::shared_ptr<cMarking> values;
-        if (isSet(item)) values = model_.valuesOf(item);
-        for (std::size_t n = 0; n < model_.shownLists(); ++n) {
+        // Read once here; the drop-downs invalidated below are answered
+        // from it.
+        const Selection& now = selectionOf(explorer);
+        for (std::size_t n = 0; n < model_.shownLists() && n < now.values.size(); ++n) {
             const Shown& shown = shown_[n];
             if (shown.values.empty()) continue;
-            const Str value = values && values->Count() > static_cast<std::int32_t>(n)
-                                  ? values->MetaName(static_cast<std::int16_t>(n + 1))
-                                  : Str();
-            if (!shown.showsOnly(isSet(item), text::lower(value))) invalidate(kListIds[n]);
+            if (!shown.showsOnly(now.enabled, text::lower(now.values[n]))) invalidate(kListIds[n]);
         }
     });
 }
 
 void cRibbon::subFolderSwitch() noexcept {
     trap(s_, u"cRibbon.subFolderSwitch", [&] {
+        selection_.reset();
         if (!isSet(ribbonUI_)) return;
         ribbonUI_.call(u"InvalidateControl", {Variant(Str(kGroupId))});
     });
 }
 
+void cRibbon::subExplorerClose() noexcept {
+    try {
+        selection_.reset();
+    } catch (...) {
+    }
+}
+
 void cRibbon::release() noexcept {
     try {
+        selection_.reset();
         ribbonUI_ = Variant();
     } catch (...) {
     }

@@ -72,6 +72,9 @@ class cRibbon {
     // A window moved to another folder: the group's visibility is asked
     // again.
     void subFolderSwitch() noexcept;
+    // A window closed: what its selection showed is let go of, and with it
+    // the window.
+    void subExplorerClose() noexcept;
     // Lets go of Office's IRibbonUI (the add-in is being unloaded).
     void release() noexcept;
 
@@ -114,6 +117,18 @@ class cRibbon {
     // The one appointment, meeting or occurrence selected in the control's
     // window, or Nothing.
     Variant selectedItem(const Variant& explorer);
+    // What a window's selection shows: the drop-downs' state and values.
+    // Office asks each invalidated drop-down for them several times (its
+    // state, its items, its selected one); they are read once per window
+    // and kept until the next selection change, pick, folder switch or
+    // settings change, after which Office asks again.
+    struct Selection {
+        Variant explorer;
+        bool enabled = false;
+        std::array<Str, 3> values;
+    };
+    const Selection& selectionOf(const Variant& explorer);
+    Selection readSelection(const Variant& explorer);
     bool showsCalendar(const Variant& explorer) const;
     // The items list n shows: every entry, or for a long list the value
     // given and the newest entries (without "More…").
@@ -130,6 +145,7 @@ class cRibbon {
     BillingModel model_;
     Variant ribbonUI_;
     std::array<Shown, 3> shown_;
+    std::optional<Selection> selection_;
     // The lists' generation the drop-downs were handed.
     std::uint64_t handed_ = 0;
     // The items of each long list as last handed, so that a pick's index

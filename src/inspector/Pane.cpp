@@ -29,11 +29,6 @@ bool conditionOrError(Session& s, F&& condition) {
     return tryGet(s, std::forward<F>(condition)).value_or(true);
 }
 
-cPersonalSettings& settingsOf(Session& s) {
-    if (!s.oPersonalSettings) raise(err::ObjectVariableNotSet);
-    return *s.oPersonalSettings;
-}
-
 // The control as its host sees it through automation.
 class PaneObject : public DispatchObject {
   public:
@@ -68,7 +63,7 @@ class PaneObject : public DispatchObject {
 
 }  // namespace
 
-Pane::Pane(Session& s, PaneView& view) : s_(s), view_(view) {}
+Pane::Pane(Session& s, PaneView& view) : s_(s), view_(view), model_(s) {}
 
 Pane::~Pane() {
     // UserControl_Terminate: let go of the appointment and the markings.
@@ -95,6 +90,8 @@ void Pane::setSettings(const Str& settings) {
     settings_ = std::make_unique<cPersonalSettings>(s, cPersonalSettings::BodyOnly{});
     settings_->FromStringForPane(settings);
 
+    model_.showListsOf(settings_.get());
+
     const std::vector<std::shared_ptr<cMetaDictionary>> lists = settings_->MetaDataLists;
     int i = 0;
     for (const auto& list : lists) {
@@ -108,11 +105,7 @@ void Pane::setSettings(const Str& settings) {
                 view_.setComboVisible(i, true);
             });
             std::vector<Str> names;
-            resumeNext(s, [&] {
-                if (!list->MetaDic) raise(err::ObjectVariableNotSet);
-                for (const auto& entry : *list->MetaDic)
-                    names.push_back(entry.second->MetaName);
-            });
+            resumeNext(s, [&] { names = model_.entries(static_cast<std::size_t>(i)); });
             for (const Str& name : names) {
                 resumeNext(s, [&] {
                     checkIndex(i);
@@ -123,24 +116,18 @@ void Pane::setSettings(const Str& settings) {
         ++i;
     }
 
-    // The values recorded in the appointment; an exception or occurrence
-    // of a recurring series carries them in its series.
+    // The values recorded in the appointment, read line by line with
+    // errors ignored: an item that cannot say whether it belongs to a
+    // series shows its series' values.
     resumeNext(s, [&] { objMarking_ = std::make_shared<cMarking>(s); });
-    if (conditionOrError(s, [&] {
-            return fncIsSeriesMember(objAppointment_, objAppointment_.get(u"MessageClass").toStr());
-        })) {
-        resumeNext(s, [&] {
-            const Str categories = objAppointment_.get(u"Parent").get(u"Categories").toStr();
-            if (!objMarking_) raise(err::ObjectVariableNotSet);
-            objMarking_->BillingToMarkings(categories);
-        });
-    } else {
-        resumeNext(s, [&] {
-            const Str categories = objAppointment_.get(u"Categories").toStr();
-            if (!objMarking_) raise(err::ObjectVariableNotSet);
-            objMarking_->BillingToMarkings(categories);
-        });
-    }
+    const bool series =
+        conditionOrError(s, [&] { return model_.carriedBySeries(objAppointment_); });
+    resumeNext(s, [&] {
+        const Str categories =
+            (series ? objAppointment_.get(u"Parent") : objAppointment_).get(u"Categories").toStr();
+        if (!objMarking_) raise(err::ObjectVariableNotSet);
+        objMarking_->BillingToMarkings(categories);
+    });
 
     std::vector<std::shared_ptr<cMetaData>> markings;
     resumeNext(s, [&] {
@@ -183,38 +170,28 @@ void Pane::cmbMeta_Click(int /*index*/) {
     }
 
     // Write into the appointment, or for an exception or occurrence of a
-    // recurring series into its series.
+    // recurring series into its series (an exception's values are its
+    // series' too). An item that cannot say is written itself.
     Variant target;
-    if (conditionOrError(s, [&] {
-            return !fncIsSeriesMember(objAppointment_,
-                                      objAppointment_.get(u"MessageClass").toStr());
-        })) {
+    if (conditionOrError(s, [&] { return !model_.carriedBySeries(objAppointment_); })) {
         target = objAppointment_;
     } else {
         resumeNext(s, [&] { target = objAppointment_.get(u"Parent"); });
     }
-    // Only the billing values are replaced: the user's own categories and
-    // the values of later lists stay. Categories that cannot be read are
-    // not written, so that they are never lost.
+    // Every step on its own, errors ignored: what the item refuses stays as
+    // it was and the next step is still taken.
     resumeNext(s, [&] {
         if (!objMarking_) raise(err::ObjectVariableNotSet);
-        const Str categories = target.get(u"Categories").toStr();
-        target.put(u"Categories", objMarking_->MergeIntoCategories(categories, kComboCount));
+        model_.mergeChoice(target, *objMarking_, kComboCount);
     });
-    if (conditionOrError(s, [&] { return settingsOf(s).blnWriteSubject; })) {
-        // The subject follows the categories when it is empty or was
-        // written by the add-in before.
-        if (conditionOrError(s, [&] {
-                const Str subject = target.get(u"Subject").toStr();
-                return subject.empty() || fncIsHourbookData(s, subject);
-            })) {
-            // The billing values alone, without the user's own categories.
-            resumeNext(s, [&] {
-                if (!objMarking_) raise(err::ObjectVariableNotSet);
-                target.put(u"Subject", objMarking_->BillingPart(target.get(u"Categories").toStr(),
-                                                                kComboCount));
-            });
-        }
+    // The subject follows the session's settings; one that cannot be read
+    // is written.
+    if (conditionOrError(s, [&] { return model_.settings().blnWriteSubject; }) &&
+        conditionOrError(s, [&] { return model_.subjectIsOurs(target); })) {
+        resumeNext(s, [&] {
+            if (!objMarking_) raise(err::ObjectVariableNotSet);
+            model_.putSubject(target, kComboCount);
+        });
     }
     // The user saves the appointment of the window, but for an exception
     // or occurrence the choice went into its series, which that save does not store: the
@@ -252,7 +229,8 @@ bool fncIsHourbookData(Session& s, const Str& text) {
         if (n >= 3) return false;
 
         std::size_t k = 0;
-        for (const auto& list : settingsOf(s).MetaDataLists) {
+        if (!s.oPersonalSettings) raise(err::ObjectVariableNotSet);
+        for (const auto& list : s.oPersonalSettings->MetaDataLists) {
             if (k > n || list->Caption.empty()) break;
             // Stepping past the last piece ends the test with no match.
             if (k >= pieces.size()) raise(err::SubscriptOutOfRange);

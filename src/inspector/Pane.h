@@ -1,5 +1,6 @@
 #pragma once
-// The task pane control's logic: one labelled combo box per metadata list,
+// The task pane control's logic, a view over the billing model: one
+// labelled combo box per metadata list,
 // the open appointment's values preselected, a new choice written straight
 // back into the appointment. Drawing is left to a PaneView, so the ActiveX
 // control only draws and the logic runs natively in tests.
@@ -7,6 +8,7 @@
 
 #include "common/Object.h"
 #include "common/Session.h"
+#include "explorer/BillingModel.h"
 
 namespace hb {
 
@@ -49,6 +51,9 @@ class Pane {
   private:
     Session& s_;
     PaneView& view_;
+    // The lists, an item's values and the steps of a pick, shared with the
+    // toolbar and the ribbon; the lists are the pane's own settings'.
+    BillingModel model_;
     Variant objAppointment_;
     std::shared_ptr<cMarking> objMarking_;
     // The settings text parsed, the pane's own: the session's settings are

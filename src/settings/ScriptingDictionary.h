@@ -105,6 +105,11 @@ class ScriptingDictionary {
         const std::size_t at = lookup(key, hashOf(key));
         return at == kNone ? nullptr : &entries_[at].second;
     }
+    // The place of a key in insertion order, or -1.
+    std::ptrdiff_t position(StrView key) const {
+        const std::size_t at = lookup(key, hashOf(key));
+        return at == kNone ? -1 : static_cast<std::ptrdiff_t>(at);
+    }
     // The key as stored (its first spelling), or nullptr.
     const StrView* storedKey(StrView key) const {
         const std::size_t at = lookup(key, hashOf(key));

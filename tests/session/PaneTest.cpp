@@ -239,6 +239,22 @@ TEST(PaneAutomationObject, OutlivingTheControlReachesNothing) {
     }
 }
 
+// The pane shows the lists of the settings text its host hands it, even
+// where the session's differ, and leaves the session's lists as they are.
+TEST_F(PaneLogic, TheListsShownAreThoseOfTheTextNotTheSessions) {
+    start();
+    auto appt = h.addAppointment(u"Review", u"Globex, Jones, Office");
+    control->pane.setObjAppointment(h.instruments().toAddin(Variant(hb::ObjectPtr(appt)), u"test"));
+    control->pane.setSettings(u"2\r\nC:\\\r\n0\r\nFalse\r\nFalse\r\nFalse\r\nClient:Eta;Zeta;\r\n");
+    EXPECT_EQ(view().labels[0].caption, u"Client");
+    EXPECT_EQ(view().combos[0].items, (std::vector<Str>{u"Eta", u"Zeta"}));
+    EXPECT_FALSE(view().combos[1].visible);
+    EXPECT_EQ(view().selected(0), u"") << "Globex is no entry of the pane's list";
+    ASSERT_EQ(settings().MetaDataLists.size(), 3u);
+    EXPECT_EQ(settings().MetaDataLists[0]->Caption, u"Company");
+    EXPECT_EQ(settings().MetaDataLists[0]->MetaDic->entries().size(), 3u);
+}
+
 TEST(PaneWithoutSettings, NothingIsShownAndNothingRaised) {
     hb::MemoryPlatform platform;
     hb::Session s(platform);

@@ -264,6 +264,36 @@ TEST_F(Ribbon, TwoCalendarWindowsEachShowTheirOwnSelection) {
     EXPECT_EQ(selectedLabel(view(u"hbList1")), u"Acme");
 }
 
+// The selection's values are read once per selection change and kept for
+// Office's questions: a value written elsewhere (the pane of an appointment
+// window) shows once the calendar selects the item again.
+TEST_F(Ribbon, AValueWrittenInAnAppointmentWindowShowsWhenTheItemIsSelectedAgain) {
+    auto a = h.addAppointment(u"A", u"Acme, Smith");
+    auto b = h.addAppointment(u"B", u"Globex", 1);
+    start();
+    h.sc().select(ex, {a});
+    ASSERT_EQ(selectedLabel(view(u"hbList1")), u"Acme");
+    auto window = h.sc().openInspector(a);
+    auto controls = h.paneControls();
+    ASSERT_EQ(controls.size(), 1u);
+    ASSERT_TRUE(controls[0]->pick(0, u"Initech"));
+    h.sc().saveItem(window);
+    h.sc().close(window);
+    ASSERT_EQ(a->categories, u"Initech, Smith");
+    h.sc().activate(ex);
+    h.sc().select(ex, {b});
+    EXPECT_EQ(selectedLabel(view(u"hbList1")), u"Globex");
+    h.sc().select(ex, {a});
+    EXPECT_EQ(selectedLabel(view(u"hbList1")), u"Initech");
+    EXPECT_EQ(selectedLabel(view(u"hbList2")), u"Smith");
+    // A pick in the ribbon shows at once and again after the selection
+    // came back.
+    pick(u"hbList2", u"Jones");
+    h.sc().select(ex, {b});
+    h.sc().select(ex, {a});
+    EXPECT_EQ(selectedLabel(view(u"hbList2")), u"Jones");
+}
+
 TEST_F(Ribbon, ChangedSettingsHandTheListsAgain) {
     auto appt = h.addAppointment(u"Review", u"Acme");
     start(workgroupLists(), u"1");

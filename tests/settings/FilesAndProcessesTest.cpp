@@ -137,6 +137,10 @@ TEST(CreateDic, TextCompareInsertionOrdered) {
     dic->Remove(u"gamma");
     dic->Remove(u"BETA");
     EXPECT_EQ(dic->Keys(), (std::vector<Str>{u"alpha", u"ΣΊΣΥΦΟΣ"}));
+    // Places follow the removals, in any letter case.
+    EXPECT_EQ(dic->position(u"ALPHA"), 0);
+    EXPECT_EQ(dic->position(u"σίσυφος"), 1);
+    EXPECT_EQ(dic->position(u"beta"), -1);
     EXPECT_EQ(dic->Item(u"σίσυφος"), 3);
     EXPECT_EQ(dic->Count(), 2);
     EXPECT_THROW(dic->setCompareMode(0), AutomationError);  // not while filled
@@ -160,6 +164,8 @@ TEST(CreateDic, ThousandsOfKeysAddedAndRemovedStayFoundInOrder) {
             }
         }
         EXPECT_EQ(dic.Keys(), kept);
+        for (std::size_t k = 0; k < kept.size(); ++k)
+            ASSERT_EQ(dic.position(kept[k]), static_cast<std::ptrdiff_t>(k)) << u8(kept[k]);
         for (int i = 0; i < 3000; ++i) {
             const Str upper = u"KEY" + toStr(i);
             const int* item = dic.find(upper);

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <algorithm>
 #include <optional>
 #include <string>
 #include <thread>
@@ -256,6 +257,54 @@ TEST(Win32Picture, TheButtonImagesAreBitmapPicturesOfWindows) {
         EXPECT_EQ(picture.get(u"Width").toLong(), MulDiv(32, 2540, 96));
         EXPECT_EQ(picture.get(u"Height").toLong(), MulDiv(32, 2540, 96));
     }
+    CoUninitialize();
+}
+
+// HBAddin.dll carries the three buttons' own images: 32 x 32 bitmaps with
+// an alpha channel, clear around the drawing. A name it has no image for
+// still gets a picture: the initial drawn on a square of its colour, 24 bits
+// and opaque.
+TEST(Win32Picture, TheDllServesItsOwnImagesAndDrawsAnInitialForOtherNames) {
+    CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+    HMODULE dll = LoadLibraryW(L"HBAddin.dll");
+    ASSERT_NE(dll, nullptr) << "HBAddin.dll next to the test program";
+    struct Case {
+        const char16_t* name;
+        bool own;  // a bitmap resource of the DLL
+    };
+    {
+        Win32Platform p(dll);
+        for (const Case& c : {Case{u"REPORT", true}, Case{u"SETTINGS", true},
+                              Case{u"STATISTICS", true}, Case{u"NOSUCHIMAGE", false}}) {
+            SCOPED_TRACE(toUtf8(c.name));
+            EXPECT_EQ(FindResourceW(dll, wide(c.name).c_str(), RT_BITMAP) != nullptr, c.own);
+            const Variant picture = p.picture(c.name);
+            ASSERT_TRUE(picture.isObject() && !picture.isNothing());
+            EXPECT_EQ(picture.get(u"Type").toLong(), 1);  // PICTYPE_BITMAP
+            // OLE_HANDLE is 32 bits; a GDI handle widens with its sign.
+            const auto handle = reinterpret_cast<HBITMAP>(
+                static_cast<std::intptr_t>(picture.get(u"Handle").toLong()));
+            BITMAP bm{};
+            ASSERT_EQ(GetObjectW(handle, sizeof bm, &bm), static_cast<int>(sizeof bm));
+            EXPECT_EQ(bm.bmWidth, 32);
+            EXPECT_EQ(bm.bmHeight, 32);
+            EXPECT_EQ(bm.bmBitsPixel, c.own ? 32 : 24);
+            if (!c.own) continue;
+            ASSERT_NE(bm.bmBits, nullptr) << "a DIB section, its pixels as stored";
+            const auto* bgra = static_cast<const unsigned char*>(bm.bmBits);
+            int clear = 0, opaque = 0;
+            for (int i = 0; i < 32 * 32; ++i) {
+                const unsigned char alpha = bgra[i * 4 + 3];
+                clear += alpha == 0;
+                opaque += alpha == 255;
+                // Premultiplied: no colour brighter than its alpha.
+                EXPECT_LE(std::max({bgra[i * 4], bgra[i * 4 + 1], bgra[i * 4 + 2]}), alpha) << i;
+            }
+            EXPECT_GT(clear, 100);
+            EXPECT_GT(opaque, 100);
+        }
+    }
+    FreeLibrary(dll);
     CoUninitialize();
 }
 
