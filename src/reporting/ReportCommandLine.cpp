@@ -66,14 +66,6 @@ std::optional<int> number(StrView s) {
     return n;
 }
 
-// YYYY-MM-DD, a real calendar day.
-std::optional<DayNumber> isoDay(StrView s) {
-    if (s.size() != 10 || s[4] != u'-' || s[7] != u'-') return std::nullopt;
-    const auto y = number(s.substr(0, 4)), m = number(s.substr(5, 2)), d = number(s.substr(8, 2));
-    if (!y || !m || !d || *y < 1900 || !dt::isValidDate(*y, *m, *d)) return std::nullopt;
-    return static_cast<DayNumber>(dt::serial(*y, *m, *d));
-}
-
 class Parser {
   public:
     ParsedCommand run(const std::vector<Str>& arguments) {
@@ -154,15 +146,13 @@ class Parser {
         std::vector<Dimension> levels;
         for (const StrView part : text::splitViews(value, u",")) {
             const Str name = text::trim(part);
-            const auto it =
-                std::find_if(std::begin(kDimensions), std::end(kDimensions),
-                             [&](const NamedDimension& d) { return equalsNoCase(name, d.name); });
-            if (it == std::end(kDimensions))
+            const auto d = dimensionNamed(name);
+            if (!d)
                 return fail(u"/group: " + quoted(name) +
                             u" is none of list1, list2, list3, day, week, month, year, user");
-            if (std::find(levels.begin(), levels.end(), it->dimension) != levels.end())
+            if (std::find(levels.begin(), levels.end(), *d) != levels.end())
                 return fail(u"/group: " + quoted(name) + u" is given twice");
-            levels.push_back(it->dimension);
+            levels.push_back(*d);
         }
         c_.options.grouping = std::move(levels);
         return true;
@@ -234,6 +224,25 @@ class Parser {
 };
 
 }  // namespace
+
+std::optional<Dimension> dimensionNamed(StrView name) {
+    for (const NamedDimension& d : kDimensions)
+        if (equalsNoCase(name, d.name)) return d.dimension;
+    return std::nullopt;
+}
+
+const char16_t* dimensionName(Dimension dimension) {
+    for (const NamedDimension& d : kDimensions)
+        if (d.dimension == dimension) return d.name;
+    return u"";
+}
+
+std::optional<DayNumber> isoDay(StrView s) {
+    if (s.size() != 10 || s[4] != u'-' || s[7] != u'-') return std::nullopt;
+    const auto y = number(s.substr(0, 4)), m = number(s.substr(5, 2)), d = number(s.substr(8, 2));
+    if (!y || !m || !d || *y < 1900 || !dt::isValidDate(*y, *m, *d)) return std::nullopt;
+    return static_cast<DayNumber>(dt::serial(*y, *m, *d));
+}
 
 ParsedCommand parseReportCommand(const std::vector<Str>& arguments) {
     return Parser().run(arguments);

@@ -61,6 +61,13 @@ Period namedPeriodDays(NamedPeriod period, DayNumber today, int firstWeekday);
 // The command's period: the named one, or /from to /to.
 Period resolvePeriod(const ReportCommand& command, DayNumber today, int firstWeekday);
 
+// A dimension by its name on the command line (list1, list2, list3, day,
+// week, month, year, user; letter case ignored), and the name of one.
+std::optional<Dimension> dimensionNamed(StrView name);
+const char16_t* dimensionName(Dimension dimension);
+// A date written YYYY-MM-DD (a real calendar day) as a day number.
+std::optional<DayNumber> isoDay(StrView text);
+
 // The usage text /? prints.
 Str reportUsage();
 
