@@ -6,12 +6,28 @@
 #   hb_statistics     the core (object library)
 #   test_statistics   its tests (native, ctest label native)
 #   hb_stats_bench    the pivot's benchmark (preset bench)
+# The offline pivot page's scripts (npm, fetched and checked by
+# scripts/third-party.sh pivot, never kept in the tree), embedded.
+hb_third_party(pivot pivot.min.js HB_PIVOT_DIR "The checked pivottable, jQuery and jQuery UI files")
+include(${PROJECT_SOURCE_DIR}/cmake/EmbedFiles.cmake)
+set(hb_pivot_assets ${CMAKE_BINARY_DIR}/generated/PivotAssets.cpp)
+hb_embed_files(OUTPUT ${hb_pivot_assets} HEADER statistics/PivotAssets.h
+               FUNCTION pivotAssets TYPE PivotAssets NAMESPACE hb::statistics
+               FILES jquery=${HB_PIVOT_DIR}/jquery.min.js
+                     jqueryUi=${HB_PIVOT_DIR}/jquery-ui.min.js
+                     pivotScript=${HB_PIVOT_DIR}/pivot.min.js
+                     pivotStyle=${HB_PIVOT_DIR}/pivot.min.css
+                     jqueryLicence=${HB_PIVOT_DIR}/jquery-LICENSE.txt
+                     jqueryUiLicence=${HB_PIVOT_DIR}/jquery-ui-LICENSE.txt
+                     pivotLicence=${HB_PIVOT_DIR}/pivottable-LICENSE.txt)
+
 set(hb_statistics_excluded)
 if(NOT HB_HAVE_XLSXWRITER)
   list(APPEND hb_statistics_excluded src/statistics/PivotXlsx.cpp)
 endif()
 hb_area(hb_statistics DIRS src/statistics DEPS hb_reporting hb_sqlite3
         EXCLUDE ${hb_statistics_excluded})
+target_sources(hb_statistics PRIVATE ${hb_pivot_assets})
 
 if(HB_TESTS AND NOT HB_WINDOWS)
   find_package(GTest REQUIRED)

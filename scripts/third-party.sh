@@ -58,6 +58,27 @@ ensure_npm() {
         --no-install-recommends npm </dev/null >&2 || die "apt-get install npm failed"
 }
 
+# A scratch folder in the cache ($work), removed when the script ends.
+start_work() { # CACHE
+    mkdir -p "$1"
+    work=""
+    work=$(mktemp -d "$1/.fetch.XXXXXX")
+    trap '[ -n "$work" ] && rm -rf "$work"' EXIT
+}
+
+# A pinned npm tarball into the cache (fetched with npm pack into $work
+# when missing or not matching its sha256).
+fetch_tarball() { # CACHE NAME VERSION SHA256
+    local cache=$1 name=$2 version=$3 sha=$4
+    local tarball="$name-$version.tgz"
+    if ! sha_ok "$cache/$tarball" "$sha"; then
+        ensure_npm
+        (cd "$work" && npm pack --silent "$name@$version" >&2) || die "npm pack $name@$version failed"
+        sha_ok "$work/$tarball" "$sha" || die "$tarball does not have the pinned sha256 $sha"
+        mv "$work/$tarball" "$cache/$tarball"
+    fi
+}
+
 fetch_sqlite() {
     local cache=$1
     local dest="$cache/sqlite-$SQLITE_VERSION"
@@ -65,18 +86,8 @@ fetch_sqlite() {
         printf '%s\n' "$dest"
         return 0
     fi
-    mkdir -p "$cache"
-    work=""
-    work=$(mktemp -d "$cache/.fetch.XXXXXX")
-    trap '[ -n "$work" ] && rm -rf "$work"' EXIT
-    if ! sha_ok "$cache/$SQLITE_TARBALL" "$SQLITE_TARBALL_SHA256"; then
-        ensure_npm
-        (cd "$work" && npm pack --silent "$SQLITE_NPM_PACKAGE" >&2) ||
-            die "npm pack $SQLITE_NPM_PACKAGE failed"
-        sha_ok "$work/$SQLITE_TARBALL" "$SQLITE_TARBALL_SHA256" ||
-            die "$SQLITE_TARBALL does not have the pinned sha256 $SQLITE_TARBALL_SHA256"
-        mv "$work/$SQLITE_TARBALL" "$cache/$SQLITE_TARBALL"
-    fi
+    start_work "$cache"
+    fetch_tarball "$cache" better-sqlite3 "${SQLITE_NPM_PACKAGE#*@}" "$SQLITE_TARBALL_SHA256"
     tar -xzf "$cache/$SQLITE_TARBALL" -C "$work" package/deps/sqlite3/sqlite3.c \
         package/deps/sqlite3/sqlite3.h || die "$SQLITE_TARBALL has no deps/sqlite3"
     sha_ok "$work/package/deps/sqlite3/sqlite3.c" "$SQLITE_C_SHA256" ||
@@ -88,19 +99,6 @@ fetch_sqlite() {
     printf '%s\n' "$dest"
 }
 
-# A pinned npm tarball into the cache (fetched with npm pack when missing
-# or not matching its sha256).
-fetch_tarball() { # CACHE NAME VERSION SHA256 WORK
-    local cache=$1 name=$2 version=$3 sha=$4 work=$5
-    local tarball="$name-$version.tgz"
-    if ! sha_ok "$cache/$tarball" "$sha"; then
-        ensure_npm
-        (cd "$work" && npm pack --silent "$name@$version" >&2) || die "npm pack $name@$version failed"
-        sha_ok "$work/$tarball" "$sha" || die "$tarball does not have the pinned sha256 $sha"
-        mv "$work/$tarball" "$cache/$tarball"
-    fi
-}
-
 fetch_pivot() {
     local cache=$1
     local dest="$cache/pivot-2.23.0-jquery-3.8.0-ui-1.14.2"
@@ -108,14 +106,11 @@ fetch_pivot() {
         printf '%s\n' "$dest"
         return 0
     fi
-    mkdir -p "$cache"
-    work=""
-    work=$(mktemp -d "$cache/.fetch.XXXXXX")
-    trap '[ -n "$work" ] && rm -rf "$work"' EXIT
+    start_work "$cache"
     local entry name version sha file from to
     for entry in "${PIVOT_PACKAGES[@]}"; do
         read -r name version sha <<<"$entry"
-        fetch_tarball "$cache" "$name" "$version" "$sha" "$work"
+        fetch_tarball "$cache" "$name" "$version" "$sha"
         mkdir -p "$work/$name"
         tar -xzf "$cache/$name-$version.tgz" -C "$work/$name" || die "$name-$version.tgz: cannot unpack"
     done

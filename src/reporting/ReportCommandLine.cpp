@@ -84,22 +84,20 @@ class Parser {
 
     bool take(const Str& argument) {
         if (argument.empty()) return true;
-        if (argument[0] != u'/' && argument[0] != u'-') {
+        const CommandArgument a = splitArgument(argument);
+        if (!a.isOption) {
             if (!c_.folder.empty()) return fail(u"more than one folder: " + quoted(argument));
             c_.folder = argument;
             return true;
         }
-        const StrView body = StrView(argument).substr(1);
-        const std::size_t cut = body.find_first_of(u":=");
-        const StrView name = body.substr(0, cut);
-        const bool hasValue = cut != StrView::npos;
-        const StrView value = hasValue ? body.substr(cut + 1) : StrView();
-        if (name.empty()) return fail(u"unknown option " + quoted(argument));
-        if (equalsNoCase(name, u"?") || equalsNoCase(name, u"help")) {
+        const Str& key = a.key;
+        const bool hasValue = a.hasValue;
+        const StrView value = a.value;
+        if (key.empty()) return fail(u"unknown option " + quoted(argument));
+        if (a.isHelp()) {
             help_ = true;
             return true;
         }
-        Str key = text::lower(name);
         if (std::find(seen_.begin(), seen_.end(), key) != seen_.end())
             return fail(u"option /" + key + u" is given twice");
         seen_.push_back(key);
@@ -133,13 +131,9 @@ class Parser {
     }
 
     bool period(StrView value) {
-        for (const Named& p : kPeriods)
-            if (equalsNoCase(value, p.name)) {
-                c_.namedPeriod = p.period;
-                return true;
-            }
-        return fail(u"/period: " + quoted(value) +
-                    u" is none of thisweek, lastweek, thismonth, lastmonth, thisyear, lastyear");
+        c_.namedPeriod = periodNamed(value);
+        if (c_.namedPeriod) return true;
+        return fail(periodNameProblem(value));
     }
 
     bool group(StrView value) {
@@ -206,13 +200,8 @@ class Parser {
             return true;
         }
         c_.mode = RunMode::Report;
-        if (c_.namedPeriod && (c_.from || c_.to))
-            return fail(u"/period and /from, /to cannot be given together");
-        if (!c_.namedPeriod && !c_.from && !c_.to)
-            return fail(u"no period: give /period:... or /from:YYYY-MM-DD /to:YYYY-MM-DD");
-        if (!c_.namedPeriod && (!c_.from || !c_.to))
-            return fail(c_.from ? u"/from needs /to" : u"/to needs /from");
-        if (c_.from && *c_.to < *c_.from) return fail(u"/to is before /from");
+        Str problem = periodOptionsProblem(c_.namedPeriod, c_.from, c_.to, true);
+        if (!problem.empty()) return fail(std::move(problem));
         return true;
     }
 
@@ -253,8 +242,50 @@ Period namedPeriodDays(NamedPeriod period, DayNumber today, int firstWeekday) {
 }
 
 Period resolvePeriod(const ReportCommand& command, DayNumber today, int firstWeekday) {
-    if (command.namedPeriod) return namedPeriodDays(*command.namedPeriod, today, firstWeekday);
-    return {command.from.value_or(today), command.to.value_or(today)};
+    return resolvePeriod(command.namedPeriod, command.from, command.to, today, firstWeekday);
+}
+
+Period resolvePeriod(const std::optional<NamedPeriod>& named, std::optional<DayNumber> from,
+                     std::optional<DayNumber> to, DayNumber today, int firstWeekday) {
+    if (named) return namedPeriodDays(*named, today, firstWeekday);
+    return {from.value_or(today), to.value_or(today)};
+}
+
+CommandArgument splitArgument(StrView argument) {
+    CommandArgument a;
+    if (argument.empty() || (argument[0] != u'/' && argument[0] != u'-')) {
+        a.value = Str(argument);
+        return a;
+    }
+    a.isOption = true;
+    const StrView body = argument.substr(1);
+    const std::size_t cut = body.find_first_of(u":=");
+    a.key = text::lower(body.substr(0, cut));
+    a.hasValue = cut != StrView::npos;
+    if (a.hasValue) a.value = Str(body.substr(cut + 1));
+    return a;
+}
+
+std::optional<NamedPeriod> periodNamed(StrView name) {
+    for (const Named& p : kPeriods)
+        if (equalsNoCase(name, p.name)) return p.period;
+    return std::nullopt;
+}
+
+Str periodNameProblem(StrView value) {
+    return u"/period: " + quoted(value) +
+           u" is none of thisweek, lastweek, thismonth, lastmonth, thisyear, lastyear";
+}
+
+Str periodOptionsProblem(const std::optional<NamedPeriod>& named,
+                         const std::optional<DayNumber>& from, const std::optional<DayNumber>& to,
+                         bool required) {
+    if (named && (from || to)) return u"/period and /from, /to cannot be given together";
+    if (!named && !from && !to)
+        return required ? u"no period: give /period:... or /from:YYYY-MM-DD /to:YYYY-MM-DD" : u"";
+    if (!named && (!from || !to)) return from ? u"/from needs /to" : u"/to needs /from";
+    if (from && *to < *from) return u"/to is before /from";
+    return u"";
 }
 
 Str reportUsage() {

@@ -20,45 +20,14 @@ using reporting::isoWeek;
 
 namespace {
 
-bool isText(Dimension d) {
-    return d == Dimension::List1 || d == Dimension::List2 || d == Dimension::List3 ||
-           d == Dimension::User;
-}
-
-const Str& textOf(const TimeRecord& r, Dimension d) {
-    switch (d) {
-        case Dimension::List1:
-            return r.values[0];
-        case Dimension::List2:
-            return r.values[1];
-        case Dimension::List3:
-            return r.values[2];
-        default:
-            return r.user;
-    }
-}
+using reporting::dimensionText;
+using reporting::isTextDimension;
+using reporting::timeGroupKey;
 
 Str digits(int n, std::size_t width) {
     Str s = toStr(n);
     if (s.size() < width) s.insert(0, width - s.size(), u'0');
     return s;
-}
-
-// The order of a time group: its first day (weeks, days), its month count
-// or its year.
-std::int64_t timeOrder(DayNumber day, Dimension d) {
-    switch (d) {
-        case Dimension::Week:
-            return reporting::weekStart(day);
-        case Dimension::Month: {
-            const auto c = civilDate(day);
-            return std::int64_t{c.year} * 12 + c.month - 1;
-        }
-        case Dimension::Year:
-            return civilDate(day).year;
-        default:
-            return day;
-    }
 }
 
 // The values one dimension takes, numbered as they first appear: a record's
@@ -67,7 +36,7 @@ std::int64_t timeOrder(DayNumber day, Dimension d) {
 // the order they are shown.
 class Values {
   public:
-    Values(Dimension d, const PivotFilter* filter) : dimension_(d), text_(isText(d)) {
+    Values(Dimension d, const PivotFilter* filter) : dimension_(d), text_(isTextDimension(d)) {
         if (filter) {
             filtered_ = true;
             for (const Str& v : filter->values)
@@ -77,14 +46,14 @@ class Values {
 
     std::uint32_t id(const TimeRecord& r, std::size_t index) {
         if (text_) {
-            const Str& t = textOf(r, dimension_);
+            const Str& t = dimensionText(r, dimension_);
             const auto [it, added] =
                 byText_.try_emplace(StrView(t), static_cast<std::uint32_t>(samples_.size()));
             if (added) add(r, index);
             return it->second;
         }
         if (hasLast_ && r.day == lastDay_) return lastId_;
-        const std::int64_t order = timeOrder(r.day, dimension_);
+        const std::int64_t order = timeGroupKey(r.day, dimension_);
         const auto [it, added] =
             byTime_.try_emplace(order, static_cast<std::uint32_t>(samples_.size()));
         if (added) add(r, index);
@@ -106,7 +75,7 @@ class Values {
         if (text_) {
             folded.reserve(order.size());
             for (const std::uint32_t id : order)
-                folded.push_back(text::foldCase(textOf(records[samples_[id]], dimension_)));
+                folded.push_back(text::foldCase(dimensionText(records[samples_[id]], dimension_)));
         }
         std::sort(order.begin(), order.end(), [&](std::uint32_t a, std::uint32_t b) {
             if (!text_) return times_[a] < times_[b];
@@ -126,7 +95,7 @@ class Values {
     void add(const TimeRecord& r, std::size_t index) {
         samples_.push_back(index);
         keys_.push_back(dimensionKey(r, dimension_));
-        times_.push_back(text_ ? 0 : timeOrder(r.day, dimension_));
+        times_.push_back(text_ ? 0 : timeGroupKey(r.day, dimension_));
         allowed_flags_.push_back(
             !filtered_ || allowed_.count(text_ ? text::foldCase(keys_.back()) : keys_.back()) != 0);
     }
@@ -261,7 +230,7 @@ Str dimensionKey(const TimeRecord& r, Dimension d) {
         case Dimension::Year:
             return digits(civilDate(r.day).year, 4);
         default:
-            return textOf(r, d);
+            return dimensionText(r, d);
     }
 }
 
