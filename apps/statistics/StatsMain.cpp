@@ -8,15 +8,13 @@
 // The pivot window is not built yet: started with a folder alone, the
 // program says so and ends with exit code 1.
 #include <windows.h>
-// windows.h first: shellapi.h relies on its types.
-#include <shellapi.h>
 
 #include <memory>
 #include <vector>
 
-#include "common/DateTime.h"
 #include "languages/modMultiLanguage.h"
 #include "platform/win32/ConsolePlatform.h"
+#include "platform/win32/ProgramStart.h"
 #include "reporting/ExportFormat.h"
 #include "reporting/RecordStores.h"
 #include "settings/cPersonalSettings.h"
@@ -26,20 +24,6 @@ namespace {
 
 using hb::Str;
 using namespace hb::statistics;
-
-DayNumber today() {
-    SYSTEMTIME now{};
-    GetLocalTime(&now);
-    return static_cast<DayNumber>(hb::dt::serial(now.wYear, now.wMonth, now.wDay));
-}
-
-// The user's first day of the week: 0 Monday ... 6 Sunday.
-int firstWeekday() {
-    wchar_t text[4] = {};
-    if (GetLocaleInfoW(LOCALE_USER_DEFAULT, LOCALE_IFIRSTDAYOFWEEK, text, 4) == 0) return 0;
-    const int day = text[0] - L'0';
-    return day >= 0 && day <= 6 ? day : 0;
-}
 
 int commandLine(const StatsCommand& command) {
     hb::ConsolePlatform platform;
@@ -71,8 +55,8 @@ int commandLine(const StatsCommand& command) {
             if (data.captions[i].empty()) data.captions[i] = captions[i];
         return data;
     };
-    const RunOutcome outcome =
-        runStatsCommand(command, statsPeriod(command, today(), firstWeekday()), steps, loc);
+    const RunOutcome outcome = runStatsCommand(
+        command, statsPeriod(command, hb::localToday(), hb::userFirstWeekday()), steps, loc);
     for (const Str& message : outcome.messages)
         hb::writeErrorLine(message);
     return static_cast<int>(outcome.code);
@@ -81,12 +65,7 @@ int commandLine(const StatsCommand& command) {
 }  // namespace
 
 int WINAPI wWinMain(HINSTANCE, HINSTANCE, PWSTR, int) {
-    int argc = 0;
-    LPWSTR* argv = CommandLineToArgvW(GetCommandLineW(), &argc);
-    std::vector<Str> args;
-    for (int i = 1; argv && i < argc; ++i)
-        args.emplace_back(reinterpret_cast<const char16_t*>(argv[i]));
-    LocalFree(argv);
+    const std::vector<Str> args = hb::programArguments();
 
     const ParsedStatsCommand parsed = parseStatsCommand(args);
     if (!parsed.command) {
