@@ -229,6 +229,9 @@ std::string pivotHtmlPage(const CubeContent& data, const PivotSpec& spec,
         "    vals: [" +
         measure +
         "],\n"
+        "    hiddenFromDragDrop: [" +
+        hours + "," + rounded + "," + amount +
+        "],\n"
         "    aggregatorName: \"Sum\",\n"
         "    rendererName: \"Table\"\n"
         "  });\n});\n</script>\n</body>\n</html>\n";

@@ -45,7 +45,7 @@ void writePivotXlsx(const std::filesystem::path& file, const PivotTable& table,
 
 // The page: the records as JSON (one object per record: each dimension's
 // key and the three measures) and the pivot UI set to the table's rows,
-// columns and measure. No network: every script and style is inline.
+// columns and measure (the measures are values to sum, not axes to drag). No network: every script and style is inline.
 std::string pivotHtmlPage(const CubeContent& data, const PivotSpec& spec,
                           const ExportTexts& texts = {});
 void writePivotHtml(const std::filesystem::path& file, const CubeContent& data,

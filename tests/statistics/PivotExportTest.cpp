@@ -127,6 +127,9 @@ TEST(PivotExport, OfflinePageCarriesTheRecords) {
     EXPECT_EQ(objects, 3U);
     EXPECT_NE(page.find(R"(rows: ["Company"])"), std::string::npos);
     EXPECT_NE(page.find(R"(vals: ["Amount"])"), std::string::npos);
+    // The measures are summed, never dragged to an axis.
+    EXPECT_NE(page.find(R"(hiddenFromDragDrop: ["Hours","Rounded hours","Amount"])"),
+              std::string::npos);
 }
 
 // The run's exit codes with the program's own steps over real files.
