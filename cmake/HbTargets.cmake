@@ -57,6 +57,8 @@ hb_area(hb_reporting DIRS src/reporting DEPS hb_settings hb_calendar hb_xlsxwrit
         EXCLUDE ${hb_reporting_excluded})
 # Its record stores (SQLite, ODBC): hb_store, hb_sqlite3 and their tests.
 include(${PROJECT_SOURCE_DIR}/cmake/RecordStores.cmake)
+# The statistics program's core over them: hb_statistics, test_statistics.
+include(${PROJECT_SOURCE_DIR}/cmake/Statistics.cmake)
 
 # Everything portable in one static library (what the Windows DLL links).
 add_library(hbcore STATIC $<TARGET_OBJECTS:hb_common> $<TARGET_OBJECTS:hb_diag>

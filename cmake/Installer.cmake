@@ -71,7 +71,8 @@ function(hb_msi_package target output version)
   # The programs beside the add-in, each as the package's variable for its
   # file (empty when the build has no such program).
   set(program_defines)
-  foreach(entry IN ITEMS HBPersonalSettingsSingle:SettingsExe HBReporting:ReportingExe)
+  foreach(entry IN ITEMS HBPersonalSettingsSingle:SettingsExe HBReporting:ReportingExe
+                        Cubelens:StatisticsExe)
     string(REPLACE ":" ";" entry ${entry})
     list(GET entry 0 program)
     list(GET entry 1 variable)

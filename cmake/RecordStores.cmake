@@ -3,21 +3,8 @@
 # ODBC (unixODBC natively, Windows' odbc32 in the MinGW builds).
 enable_language(C)
 
-set(HB_THIRD_PARTY_CACHE "$ENV{HB_THIRD_PARTY_CACHE}" CACHE PATH
-    "Where fetched third-party sources are kept (empty: /var/cache/hourbook/third-party)")
-if(NOT HB_SQLITE_DIR OR NOT EXISTS "${HB_SQLITE_DIR}/sqlite3.c")
-  set(cache_arg)
-  if(HB_THIRD_PARTY_CACHE)
-    set(cache_arg ${HB_THIRD_PARTY_CACHE})
-  endif()
-  execute_process(COMMAND bash ${PROJECT_SOURCE_DIR}/scripts/third-party.sh sqlite ${cache_arg}
-                  OUTPUT_VARIABLE sqlite_dir RESULT_VARIABLE sqlite_rc
-                  OUTPUT_STRIP_TRAILING_WHITESPACE)
-  if(NOT sqlite_rc EQUAL 0 OR NOT EXISTS "${sqlite_dir}/sqlite3.c")
-    message(FATAL_ERROR "scripts/third-party.sh sqlite failed (${sqlite_rc}): no SQLite source")
-  endif()
-  set(HB_SQLITE_DIR ${sqlite_dir} CACHE PATH "The checked SQLite source (sqlite3.c, sqlite3.h)" FORCE)
-endif()
+include(${PROJECT_SOURCE_DIR}/cmake/ThirdParty.cmake)
+hb_third_party(sqlite sqlite3.c HB_SQLITE_DIR "The checked SQLite source (sqlite3.c, sqlite3.h)")
 
 # Built once per tree, optimised and without the sanitizers or the project's
 # warning flags, whatever the preset: it is third-party code that is only

@@ -11,7 +11,8 @@
 set(hb_reporting_dir ${PROJECT_SOURCE_DIR}/apps/reporting)
 add_executable(HBReporting WIN32 ${hb_reporting_dir}/ReportMain.cpp
                ${hb_reporting_dir}/ReportParts.cpp ${hb_reporting_dir}/ReportingApp.rc
-               $<TARGET_OBJECTS:hb_reporting> $<TARGET_OBJECTS:hb_store>)
+               $<TARGET_OBJECTS:hb_reporting> $<TARGET_OBJECTS:hb_store>
+               $<TARGET_OBJECTS:hb_statistics>)
 target_include_directories(HBReporting PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}
                            ${hb_reporting_dir} ${CMAKE_BINARY_DIR}/generated)
 target_compile_definitions(HBReporting PRIVATE ${HB_WIN_DEFS})

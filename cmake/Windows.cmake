@@ -210,3 +210,5 @@ include(${CMAKE_CURRENT_LIST_DIR}/ReportWindow.cmake)
 include(${CMAKE_CURRENT_LIST_DIR}/RecordStoresWin.cmake)
 # The report program links the window and the record stores above.
 include(${CMAKE_CURRENT_LIST_DIR}/ReportingApp.cmake)
+# The statistics program over the report's core (Cubelens.exe).
+include(${CMAKE_CURRENT_LIST_DIR}/StatisticsApp.cmake)

@@ -7,8 +7,6 @@
 // It reaches Outlook as any other program does (the running
 // Outlook.Application, else a new one) and never writes to the mailbox.
 #include <windows.h>
-// windows.h first: shellapi.h relies on its types.
-#include <shellapi.h>
 
 #include <array>
 #include <vector>
@@ -18,6 +16,7 @@
 #include "common/DateTime.h"
 #include "languages/modMultiLanguage.h"
 #include "platform/win32/ConsolePlatform.h"
+#include "platform/win32/ProgramStart.h"
 #include "platform/win32/Win32Platform.h"
 #include "reporting/ReportCommandLine.h"
 #include "settings/modRegistryEntry.h"
@@ -28,18 +27,11 @@ using hb::Str;
 using namespace hb::reporting;
 
 DayNumber today() {
-    SYSTEMTIME now{};
-    GetLocalTime(&now);
-    return static_cast<DayNumber>(hb::dt::serial(now.wYear, now.wMonth, now.wDay));
+    return hb::localToday();
 }
 
-// The user's first day of the week: 0 Monday ... 6 Sunday, as Windows
-// numbers LOCALE_IFIRSTDAYOFWEEK.
 int firstWeekday() {
-    wchar_t text[4] = {};
-    if (GetLocaleInfoW(LOCALE_USER_DEFAULT, LOCALE_IFIRSTDAYOFWEEK, text, 4) == 0) return 0;
-    const int day = text[0] - L'0';
-    return day >= 0 && day <= 6 ? day : 0;
+    return hb::userFirstWeekday();
 }
 
 // COM for the program's thread; Outlook's objects are let go before it ends.
@@ -116,12 +108,7 @@ int window(HINSTANCE instance, const ReportCommand& command, int show) {
 
 int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, PWSTR, int show) {
     SetProcessDPIAware();
-    int argc = 0;
-    LPWSTR* argv = CommandLineToArgvW(GetCommandLineW(), &argc);
-    std::vector<Str> args;
-    for (int i = 1; argv && i < argc; ++i)
-        args.emplace_back(reinterpret_cast<const char16_t*>(argv[i]));
-    LocalFree(argv);
+    const std::vector<Str> args = hb::programArguments();
 
     const ParsedCommand parsed = parseReportCommand(args);
     if (!parsed.command) {

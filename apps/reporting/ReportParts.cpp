@@ -12,6 +12,7 @@
 #include "reporting/ReportSession.h"
 #include "reporting/XlsxExport.h"
 #include "settings/cPersonalSettings.h"
+#include "statistics/CubeFile.h"
 
 namespace hb::reporting {
 
@@ -36,7 +37,15 @@ ReportSteps reportSteps(Session& s, const Str& folder) {
     };
     steps.report = [&s](CalendarSource& calendar, RecordStore& store,
                         const ReportOptions& options) {
-        return runReport(s, calendar, store, options);
+        // With "create local cube" on, the stored records also go to the
+        // cube file in the cube folder, for the statistics away from the database.
+        return runReport(s, calendar, store, options,
+                         [](const Str& folder, const Str& user, const Period& period,
+                            const std::vector<TimeRecord>& records,
+                            const std::array<Str, kReportLists>& captions) {
+                             statistics::writeCube(statistics::cubeFilePath(folder), user, period,
+                                                   records, captions);
+                         });
     };
     steps.write = [&s](const Report& report, ExportFormat format, const Str& file) {
         // The list separator Outlook's categories use is the user's, which

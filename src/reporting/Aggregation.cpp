@@ -10,13 +10,12 @@
 
 namespace hb::reporting {
 
-namespace {
-
-bool isListDimension(Dimension d) {
-    return d == Dimension::List1 || d == Dimension::List2 || d == Dimension::List3;
+bool isTextDimension(Dimension d) {
+    return d == Dimension::List1 || d == Dimension::List2 || d == Dimension::List3 ||
+           d == Dimension::User;
 }
 
-const Str& textOf(const TimeRecord& r, Dimension d) {
+const Str& dimensionText(const TimeRecord& r, Dimension d) {
     switch (d) {
         case Dimension::List1:
             return r.values[0];
@@ -28,6 +27,23 @@ const Str& textOf(const TimeRecord& r, Dimension d) {
             return r.user;
     }
 }
+
+std::int64_t timeGroupKey(DayNumber day, Dimension d) {
+    switch (d) {
+        case Dimension::Week:
+            return weekStart(day);
+        case Dimension::Month: {
+            const CivilDate c = civilDate(day);
+            return std::int64_t{c.year} * 12 + c.month - 1;
+        }
+        case Dimension::Year:
+            return civilDate(day).year;
+        default:
+            return day;
+    }
+}
+
+namespace {
 
 // Alphabetical without regard to letter case (then exactly, so that the
 // order is total), the empty text last.
@@ -82,13 +98,12 @@ class Interner {
 // (every level in one pass over the records), then ranked.
 class LevelKeys {
   public:
-    LevelKeys(Dimension d, std::size_t records)
-        : dimension_(d), isText_(isListDimension(d) || d == Dimension::User) {
+    LevelKeys(Dimension d, std::size_t records) : dimension_(d), isText_(isTextDimension(d)) {
         keys_.reserve(records);
     }
     void add(const TimeRecord& r) {
         if (isText_) {
-            keys_.push_back(interner_.id(textOf(r, dimension_)));
+            keys_.push_back(interner_.id(dimensionText(r, dimension_)));
             return;
         }
         // Records mostly come in order of day: the id of the last day is kept.
@@ -121,20 +136,7 @@ class LevelKeys {
     std::size_t count() const { return count_; }
 
   private:
-    std::int64_t timeKey(DayNumber day) const {
-        switch (dimension_) {
-            case Dimension::Week:
-                return weekStart(day);
-            case Dimension::Month: {
-                const CivilDate c = civilDate(day);
-                return std::int64_t{c.year} * 12 + c.month - 1;
-            }
-            case Dimension::Year:
-                return civilDate(day).year;
-            default:
-                return day;
-        }
-    }
+    std::int64_t timeKey(DayNumber day) const { return timeGroupKey(day, dimension_); }
 
     Dimension dimension_;
     bool isText_;
@@ -167,7 +169,7 @@ Str groupLabel(const TimeRecord& record, Dimension dimension, const Locale& loca
         case Dimension::List1:
         case Dimension::List2:
         case Dimension::List3: {
-            const Str& v = textOf(record, dimension);
+            const Str& v = dimensionText(record, dimension);
             return v.empty() ? Str(notBilled) : v;
         }
         case Dimension::Day:

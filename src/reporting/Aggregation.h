@@ -21,6 +21,14 @@ inline constexpr char16_t kNotBilled[] = u"not billed";
 Str groupLabel(const TimeRecord& record, Dimension dimension, const Locale& locale,
                StrView notBilled = kNotBilled);
 
+// Whether a dimension groups by a text (a list value, the user) rather
+// than by time; the text of a record for such a dimension.
+bool isTextDimension(Dimension d);
+const Str& dimensionText(const TimeRecord& record, Dimension d);
+// The order of a day's group of a time dimension: the day, its week's
+// Monday, its month (year x 12 + month - 1) or its year.
+std::int64_t timeGroupKey(DayNumber day, Dimension d);
+
 // Records in order of day, start, user, EntryID and occurrence start.
 void sortRecords(std::vector<TimeRecord>& records);
 

@@ -79,6 +79,14 @@ std::string finish(const Str& text) {
 
 }  // namespace
 
+void csvAddRow(Str& out, const std::vector<Str>& cells, StrView separator) {
+    addRow(out, cells, separator);
+}
+
+std::string csvBytes(const Str& text) {
+    return finish(text);
+}
+
 Str csvSeparator(const Locale& loc) {
     if (!loc.listSeparator.empty() && loc.listSeparator != loc.decimalSeparator) {
         return loc.listSeparator;

@@ -10,6 +10,7 @@
 // under the records would break a sort or a pivot of them.
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include "common/Locale.h"
 #include "reporting/ExportFormat.h"
@@ -25,6 +26,11 @@ Str csvSeparator(const Locale& loc);
 // return that a spreadsheet would run as a formula is made plain text by an
 // apostrophe in front, and quoted; a text that is just a number stays as it is.
 Str csvTextCell(StrView text, StrView separator);
+
+// One row of cells (already made cells) and its CRLF, appended to `out`.
+void csvAddRow(Str& out, const std::vector<Str>& cells, StrView separator);
+// The file's bytes: a UTF-8 byte-order mark and the text.
+std::string csvBytes(const Str& text);
 
 // The records: a header row (date, start, end, subject, the three lists,
 // hours, rounded hours, amount), one row per record. Hours are decimal

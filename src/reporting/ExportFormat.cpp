@@ -121,13 +121,18 @@ Str timeText(Date value, const Locale& loc) {
 }
 
 Str dimensionCaption(Dimension d, const Report& report, const ExportTexts& texts) {
+    return dimensionCaption(d, report.listCaptions, texts);
+}
+
+Str dimensionCaption(Dimension d, const std::array<Str, kReportLists>& listCaptions,
+                     const ExportTexts& texts) {
     switch (d) {
         case Dimension::List1:
-            return report.listCaptions[0];
+            return listCaptions[0];
         case Dimension::List2:
-            return report.listCaptions[1];
+            return listCaptions[1];
         case Dimension::List3:
-            return report.listCaptions[2];
+            return listCaptions[2];
         case Dimension::Day:
             return texts.day;
         case Dimension::Week:

@@ -2,6 +2,7 @@
 // What the report's exports (CSV, XLSX, HTML) share: the captions, numbers
 // and dates as text in the user's locale, the summary tree as rows, and
 // writing a file so that a failed export never leaves half of one.
+#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <string_view>
@@ -77,6 +78,8 @@ Str shortTimePicture(const Locale& loc);
 
 // The caption of what a summary level groups by.
 Str dimensionCaption(Dimension d, const Report& report, const ExportTexts& texts);
+Str dimensionCaption(Dimension d, const std::array<Str, kReportLists>& listCaptions,
+                     const ExportTexts& texts);
 // A group's label; an empty one (records without a value) reads texts.none.
 Str groupLabel(const SummaryNode& node, const ExportTexts& texts);
 

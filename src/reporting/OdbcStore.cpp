@@ -73,6 +73,7 @@ struct OdbcStore::Impl {
     bool connected = false;
     std::string where;  // the connection text without password, for messages
     int version = 0;
+    bool readOnly = false;
 
     ~Impl() {
         if (connected) {
@@ -214,6 +215,17 @@ struct OdbcStore::Impl {
         s.run(what);
     }
 
+    // The schema version, read in a transaction that is rolled back: a
+    // read-only store sends nothing but SELECTs.
+    void checkVersion(const std::vector<Migration>& steps) {
+        Transaction t(*this);
+        Stmt q(*this, "SELECT coalesce(max(version), 0) FROM schema_version");
+        q.run("reading the schema version");
+        version = q.fetch("reading the schema version") ? static_cast<int>(q.getInteger(1)) : 0;
+        q.clear();
+        checkReadOnlyVersion(version, steps, "the server database (" + where + ")");
+    }
+
     void migrate(const std::vector<Migration>& steps) {
         Transaction t(*this);
         exec("SELECT pg_advisory_xact_lock(" + std::to_string(kMigrationLock) + ")",
@@ -269,9 +281,11 @@ Str OdbcStore::withoutPassword(const Str& connection) {
     return out;
 }
 
-OdbcStore::OdbcStore(const Str& connection, const std::vector<Migration>& migrations)
+OdbcStore::OdbcStore(const Str& connection, const std::vector<Migration>& migrations,
+                     StoreAccess access)
     : impl_(std::make_unique<Impl>()) {
     Impl& d = *impl_;
+    d.readOnly = access == StoreAccess::ReadOnly;
     d.where = toUtf8(withoutPassword(connection));
     if (connection.find_first_not_of(u" \t\r\n") == Str::npos) {
         throw StoreError("no connection text is set for the server database");
@@ -313,6 +327,14 @@ OdbcStore::OdbcStore(const Str& connection, const std::vector<Migration>& migrat
                                SQL_IS_UINTEGER))) {
         d.fail("turning to manual commit", SQL_HANDLE_DBC, d.dbc);
     }
+    if (d.readOnly) {
+        // A hint the driver passes on (PostgreSQL: a read-only transaction);
+        // the store sends only SELECTs either way.
+        SQLSetConnectAttrW(d.dbc, SQL_ATTR_ACCESS_MODE,
+                           reinterpret_cast<SQLPOINTER>(SQL_MODE_READ_ONLY), SQL_IS_UINTEGER);
+        d.checkVersion(migrations);
+        return;
+    }
     d.migrate(migrations);
 }
 
@@ -324,6 +346,7 @@ int OdbcStore::schemaVersion() {
 
 void OdbcStore::replacePeriod(const Str& user, const Period& period,
                               const std::vector<TimeRecord>& records) {
+    if (impl_->readOnly) refuseReadOnlyWrite("the server database (" + impl_->where + ")");
     checkPeriodRecords(user, period, records);
     Impl& d = *impl_;
     const std::string what = "storing the period's records";
@@ -428,6 +451,7 @@ RateTable OdbcStore::entryRates() {
 
 void OdbcStore::putEntryRates(const RateTable& rates) {
     Impl& d = *impl_;
+    if (d.readOnly) refuseReadOnlyWrite("the server database (" + d.where + ")");
     const std::string what = "storing the entries' rates";
     Impl::Transaction t(d);
     Impl::Stmt q(d, sql::kUpsertRate);

@@ -18,7 +18,10 @@ class OdbcStore : public RecordStore {
     // Server=127.0.0.1;Port=5432;Database=hourbook;Uid=hb;") and brings the
     // schema up to date. Raises StoreError: no driver, the server cannot be
     // reached, the login is refused, a newer schema, a failed migration.
-    explicit OdbcStore(const Str& connection, const std::vector<Migration>& migrations = schema());
+    // With StoreAccess::ReadOnly the connection is set to read-only mode and
+    // only SELECTs are sent (no migration, each read rolled back).
+    explicit OdbcStore(const Str& connection, const std::vector<Migration>& migrations = schema(),
+                       StoreAccess access = StoreAccess::ReadWrite);
     ~OdbcStore() override;
     OdbcStore(const OdbcStore&) = delete;
     OdbcStore& operator=(const OdbcStore&) = delete;

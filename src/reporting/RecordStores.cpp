@@ -10,7 +10,7 @@
 
 namespace hb::reporting {
 
-std::unique_ptr<RecordStore> openRecordStore(int choice, const Str& value) {
+std::unique_ptr<RecordStore> openRecordStore(int choice, const Str& value, StoreAccess access) {
     switch (choice) {
         case kReportChoiceFolder: {
             if (value.empty()) {
@@ -21,13 +21,33 @@ std::unique_ptr<RecordStore> openRecordStore(int choice, const Str& value) {
                 file += u'/';
             }
             file += kSqliteFileName;
-            return std::make_unique<SqliteStore>(file);
+            return std::make_unique<SqliteStore>(file, SqliteStore::schema(),
+                                                 SqliteStore::kBusyTimeoutMs, access);
         }
         case kReportChoiceServer:
-            return std::make_unique<OdbcStore>(value);
+            return std::make_unique<OdbcStore>(value, OdbcStore::schema(), access);
         default:
             throw StoreError("report data source " + std::to_string(choice) +
                              " keeps no database (2: a folder, 3: a server connection)");
+    }
+}
+
+[[noreturn]] void refuseReadOnlyWrite(const std::string& database) {
+    throw StoreError(database + " is opened to read only: nothing is written to it");
+}
+
+void checkReadOnlyVersion(int version, const std::vector<Migration>& steps,
+                          const std::string& database) {
+    const int latest = latestVersion(steps);
+    if (version > latest) {
+        throw StoreError(database + " was made by a newer version of the program (schema " +
+                         std::to_string(version) + ", this one knows " + std::to_string(latest) +
+                         ")");
+    }
+    if (version < latest) {
+        throw StoreError(database + " has no records of this version yet (schema " +
+                         std::to_string(version) + " of " + std::to_string(latest) +
+                         "): export a report into it first");
     }
 }
 

@@ -35,11 +35,20 @@ inline constexpr int kReportChoiceServer = 3;  // an ODBC connection text
 // The database file's name in the report folder.
 inline constexpr char16_t kSqliteFileName[] = u"Hourbook.sqlite";
 
+// How a store is opened. ReadWrite: to export into, the schema brought up
+// to date. ReadOnly: for the statistics, which must never change the
+// database: the file is opened read-only (never created, no migration, its
+// journal mode left alone), the server only sees SELECTs, and a database
+// that is not at the schema's latest version is refused rather than
+// migrated. replacePeriod and putEntryRates then raise StoreError.
+enum class StoreAccess : std::uint8_t { ReadWrite, ReadOnly };
+
 // Opens the store of a report choice: 2, the SQLite file kSqliteFileName in
 // the folder `value` (created when missing; the folder must exist); 3, the
 // server database the ODBC connection text `value` names. Raises StoreError
 // for any other choice and when the database cannot be opened.
-std::unique_ptr<RecordStore> openRecordStore(int choice, const Str& value);
+std::unique_ptr<RecordStore> openRecordStore(int choice, const Str& value,
+                                             StoreAccess access = StoreAccess::ReadWrite);
 
 // The SQL both stores run: the same text serves SQLite and PostgreSQL
 // (bigint and integer columns, lower() for the rates' letter case, '?'
@@ -70,6 +79,14 @@ const std::vector<Migration>& recordSchema();
 
 // The latest version of a list of steps.
 int latestVersion(const std::vector<Migration>& migrations);
+
+// The message of a write to a store opened with StoreAccess::ReadOnly.
+[[noreturn]] void refuseReadOnlyWrite(const std::string& database);
+
+// The version a read-only store accepts: the latest of the steps; raises
+// StoreError naming the database otherwise.
+void checkReadOnlyVersion(int version, const std::vector<Migration>& steps,
+                          const std::string& database);
 
 // Brings a database at version `current` up to the latest of `steps`: runs
 // the statements of every step above it, then records the new version in

@@ -66,14 +66,6 @@ std::optional<int> number(StrView s) {
     return n;
 }
 
-// YYYY-MM-DD, a real calendar day.
-std::optional<DayNumber> isoDay(StrView s) {
-    if (s.size() != 10 || s[4] != u'-' || s[7] != u'-') return std::nullopt;
-    const auto y = number(s.substr(0, 4)), m = number(s.substr(5, 2)), d = number(s.substr(8, 2));
-    if (!y || !m || !d || *y < 1900 || !dt::isValidDate(*y, *m, *d)) return std::nullopt;
-    return static_cast<DayNumber>(dt::serial(*y, *m, *d));
-}
-
 class Parser {
   public:
     ParsedCommand run(const std::vector<Str>& arguments) {
@@ -92,22 +84,20 @@ class Parser {
 
     bool take(const Str& argument) {
         if (argument.empty()) return true;
-        if (argument[0] != u'/' && argument[0] != u'-') {
+        const CommandArgument a = splitArgument(argument);
+        if (!a.isOption) {
             if (!c_.folder.empty()) return fail(u"more than one folder: " + quoted(argument));
             c_.folder = argument;
             return true;
         }
-        const StrView body = StrView(argument).substr(1);
-        const std::size_t cut = body.find_first_of(u":=");
-        const StrView name = body.substr(0, cut);
-        const bool hasValue = cut != StrView::npos;
-        const StrView value = hasValue ? body.substr(cut + 1) : StrView();
-        if (name.empty()) return fail(u"unknown option " + quoted(argument));
-        if (equalsNoCase(name, u"?") || equalsNoCase(name, u"help")) {
+        const Str& key = a.key;
+        const bool hasValue = a.hasValue;
+        const StrView value = a.value;
+        if (key.empty()) return fail(u"unknown option " + quoted(argument));
+        if (a.isHelp()) {
             help_ = true;
             return true;
         }
-        Str key = text::lower(name);
         if (std::find(seen_.begin(), seen_.end(), key) != seen_.end())
             return fail(u"option /" + key + u" is given twice");
         seen_.push_back(key);
@@ -141,28 +131,22 @@ class Parser {
     }
 
     bool period(StrView value) {
-        for (const Named& p : kPeriods)
-            if (equalsNoCase(value, p.name)) {
-                c_.namedPeriod = p.period;
-                return true;
-            }
-        return fail(u"/period: " + quoted(value) +
-                    u" is none of thisweek, lastweek, thismonth, lastmonth, thisyear, lastyear");
+        c_.namedPeriod = periodNamed(value);
+        if (c_.namedPeriod) return true;
+        return fail(periodNameProblem(value));
     }
 
     bool group(StrView value) {
         std::vector<Dimension> levels;
         for (const StrView part : text::splitViews(value, u",")) {
             const Str name = text::trim(part);
-            const auto it =
-                std::find_if(std::begin(kDimensions), std::end(kDimensions),
-                             [&](const NamedDimension& d) { return equalsNoCase(name, d.name); });
-            if (it == std::end(kDimensions))
+            const auto d = dimensionNamed(name);
+            if (!d)
                 return fail(u"/group: " + quoted(name) +
                             u" is none of list1, list2, list3, day, week, month, year, user");
-            if (std::find(levels.begin(), levels.end(), it->dimension) != levels.end())
+            if (std::find(levels.begin(), levels.end(), *d) != levels.end())
                 return fail(u"/group: " + quoted(name) + u" is given twice");
-            levels.push_back(it->dimension);
+            levels.push_back(*d);
         }
         c_.options.grouping = std::move(levels);
         return true;
@@ -216,13 +200,8 @@ class Parser {
             return true;
         }
         c_.mode = RunMode::Report;
-        if (c_.namedPeriod && (c_.from || c_.to))
-            return fail(u"/period and /from, /to cannot be given together");
-        if (!c_.namedPeriod && !c_.from && !c_.to)
-            return fail(u"no period: give /period:... or /from:YYYY-MM-DD /to:YYYY-MM-DD");
-        if (!c_.namedPeriod && (!c_.from || !c_.to))
-            return fail(c_.from ? u"/from needs /to" : u"/to needs /from");
-        if (c_.from && *c_.to < *c_.from) return fail(u"/to is before /from");
+        Str problem = periodOptionsProblem(c_.namedPeriod, c_.from, c_.to, true);
+        if (!problem.empty()) return fail(std::move(problem));
         return true;
     }
 
@@ -235,6 +214,25 @@ class Parser {
 
 }  // namespace
 
+std::optional<Dimension> dimensionNamed(StrView name) {
+    for (const NamedDimension& d : kDimensions)
+        if (equalsNoCase(name, d.name)) return d.dimension;
+    return std::nullopt;
+}
+
+const char16_t* dimensionName(Dimension dimension) {
+    for (const NamedDimension& d : kDimensions)
+        if (d.dimension == dimension) return d.name;
+    return u"";
+}
+
+std::optional<DayNumber> isoDay(StrView s) {
+    if (s.size() != 10 || s[4] != u'-' || s[7] != u'-') return std::nullopt;
+    const auto y = number(s.substr(0, 4)), m = number(s.substr(5, 2)), d = number(s.substr(8, 2));
+    if (!y || !m || !d || *y < 1900 || !dt::isValidDate(*y, *m, *d)) return std::nullopt;
+    return static_cast<DayNumber>(dt::serial(*y, *m, *d));
+}
+
 ParsedCommand parseReportCommand(const std::vector<Str>& arguments) {
     return Parser().run(arguments);
 }
@@ -244,8 +242,50 @@ Period namedPeriodDays(NamedPeriod period, DayNumber today, int firstWeekday) {
 }
 
 Period resolvePeriod(const ReportCommand& command, DayNumber today, int firstWeekday) {
-    if (command.namedPeriod) return namedPeriodDays(*command.namedPeriod, today, firstWeekday);
-    return {command.from.value_or(today), command.to.value_or(today)};
+    return resolvePeriod(command.namedPeriod, command.from, command.to, today, firstWeekday);
+}
+
+Period resolvePeriod(const std::optional<NamedPeriod>& named, std::optional<DayNumber> from,
+                     std::optional<DayNumber> to, DayNumber today, int firstWeekday) {
+    if (named) return namedPeriodDays(*named, today, firstWeekday);
+    return {from.value_or(today), to.value_or(today)};
+}
+
+CommandArgument splitArgument(StrView argument) {
+    CommandArgument a;
+    if (argument.empty() || (argument[0] != u'/' && argument[0] != u'-')) {
+        a.value = Str(argument);
+        return a;
+    }
+    a.isOption = true;
+    const StrView body = argument.substr(1);
+    const std::size_t cut = body.find_first_of(u":=");
+    a.key = text::lower(body.substr(0, cut));
+    a.hasValue = cut != StrView::npos;
+    if (a.hasValue) a.value = Str(body.substr(cut + 1));
+    return a;
+}
+
+std::optional<NamedPeriod> periodNamed(StrView name) {
+    for (const Named& p : kPeriods)
+        if (equalsNoCase(name, p.name)) return p.period;
+    return std::nullopt;
+}
+
+Str periodNameProblem(StrView value) {
+    return u"/period: " + quoted(value) +
+           u" is none of thisweek, lastweek, thismonth, lastmonth, thisyear, lastyear";
+}
+
+Str periodOptionsProblem(const std::optional<NamedPeriod>& named,
+                         const std::optional<DayNumber>& from, const std::optional<DayNumber>& to,
+                         bool required) {
+    if (named && (from || to)) return u"/period and /from, /to cannot be given together";
+    if (!named && !from && !to)
+        return required ? u"no period: give /period:... or /from:YYYY-MM-DD /to:YYYY-MM-DD" : u"";
+    if (!named && (!from || !to)) return from ? u"/from needs /to" : u"/to needs /from";
+    if (from && *to < *from) return u"/to is before /from";
+    return u"";
 }
 
 Str reportUsage() {

@@ -61,6 +61,41 @@ Period namedPeriodDays(NamedPeriod period, DayNumber today, int firstWeekday);
 // The command's period: the named one, or /from to /to.
 Period resolvePeriod(const ReportCommand& command, DayNumber today, int firstWeekday);
 
+// The parts of the report's command line other programs' command lines
+// share, so that they read the same way.
+
+// One argument: an option ("/name:value", "-name=value", "/flag"; the name
+// in lower case) or, not beginning with "/" or "-", a plain value (the
+// folder) in `value`.
+struct CommandArgument {
+    bool isOption = false;
+    Str key;
+    bool hasValue = false;
+    Str value;
+    bool isHelp() const { return isOption && (key == u"?" || key == u"help"); }
+};
+CommandArgument splitArgument(StrView argument);
+
+// A period's name (thisweek ... lastyear; letter case ignored), and the
+// message for a value that is none.
+std::optional<NamedPeriod> periodNamed(StrView name);
+Str periodNameProblem(StrView value);
+// What is wrong with /period, /from and /to as given (empty: nothing): both
+// kinds, one end alone, /to before /from, or none when `required`.
+Str periodOptionsProblem(const std::optional<NamedPeriod>& named,
+                         const std::optional<DayNumber>& from, const std::optional<DayNumber>& to,
+                         bool required);
+// The period of /period or /from and /to.
+Period resolvePeriod(const std::optional<NamedPeriod>& named, std::optional<DayNumber> from,
+                     std::optional<DayNumber> to, DayNumber today, int firstWeekday);
+
+// A dimension by its name on the command line (list1, list2, list3, day,
+// week, month, year, user; letter case ignored), and the name of one.
+std::optional<Dimension> dimensionNamed(StrView name);
+const char16_t* dimensionName(Dimension dimension);
+// A date written YYYY-MM-DD (a real calendar day) as a day number.
+std::optional<DayNumber> isoDay(StrView text);
+
 // The usage text /? prints.
 Str reportUsage();
 

@@ -4,11 +4,12 @@
 #include "reporting/Periods.h"
 #include "reporting/TimeRules.h"
 #include "settings/cPersonalSettings.h"
+#include "settings/modGetDefaultFolders.h"
 
 namespace hb::reporting {
 
 Report runReport(Session& s, CalendarSource& calendar, RecordStore& store,
-                 const ReportOptions& options) {
+                 const ReportOptions& options, const LocalCubeWriter& localCube) {
     if (options.period.empty()) throw PeriodError("The period has no day.");
     const RecordRules rules = rulesFromSettings(s);
     const Locale locale = s.platform.userLocale();
@@ -29,6 +30,10 @@ Report runReport(Session& s, CalendarSource& calendar, RecordStore& store,
     const auto& lists = s.oPersonalSettings->MetaDataLists;
     for (std::size_t i = 0; i < kReportLists && i < lists.size(); ++i) {
         if (lists[i]) report.listCaptions[i] = lists[i]->Caption;
+    }
+    if (localCube && s.oPersonalSettings->blnCreateLocalCube) {
+        localCube(fncGetLocalCubePath(s, true), s.strCurrentUser, options.period, records,
+                  report.listCaptions);
     }
     report.records = store.load(options.allUsers ? Str() : s.strCurrentUser, options.period);
     sortRecords(report.records);

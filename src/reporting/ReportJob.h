@@ -2,7 +2,10 @@
 // The whole road from the calendar to a report: read the period's entries,
 // make the time records by the settings' rules, store them (replacing the
 // user's records of that period), read the period back and aggregate it.
+#include <array>
 #include <cstdint>
+#include <functional>
+#include <vector>
 
 #include "common/Session.h"
 #include "reporting/CalendarSource.h"
@@ -25,12 +28,20 @@ struct RecordRules {
 // The rules of the session's personal settings (s.oPersonalSettings).
 RecordRules rulesFromSettings(const Session& s);
 
+// Writes the local cube: the records just stored for the user's period,
+// into the cube folder, with the lists' captions. Raises StoreError.
+using LocalCubeWriter = std::function<void(const Str& folder, const Str& user, const Period& period,
+                                           const std::vector<TimeRecord>& records,
+                                           const std::array<Str, kReportLists>& captions)>;
+
 // Runs the report for the session's user (s.strCurrentUser). The billing
 // values are read from each entry's categories by the add-in's markings
 // code, with the session's metadata lists and list separator. Raises
 // AutomationError (Outlook) or StoreError (the database); a failure leaves
-// the stored records as they were.
+// the stored records as they were. With "create local cube" on
+// (blnCreateLocalCube) the stored records also go to `localCube`, with the
+// cube folder (fncGetLocalCubePath), after the store took them.
 Report runReport(Session& s, CalendarSource& calendar, RecordStore& store,
-                 const ReportOptions& options);
+                 const ReportOptions& options, const LocalCubeWriter& localCube = {});
 
 }  // namespace hb::reporting

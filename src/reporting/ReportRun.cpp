@@ -54,16 +54,23 @@ RunOutcome runReportCommand(const ReportCommand& command, const Period& period,
     } catch (...) {
         return failure(u"making the report");
     }
+    return writeFiles(
+        command.csv, command.xlsx, command.html,
+        [&](ExportFormat format, const Str& file) { steps.write(report, format, file); });
+}
+
+RunOutcome writeFiles(const Str& csv, const Str& xlsx, const Str& html,
+                      const std::function<void(ExportFormat, const Str&)>& write) noexcept {
     RunOutcome outcome;
     const std::pair<ExportFormat, const Str*> files[] = {
-        {ExportFormat::Csv, &command.csv},
-        {ExportFormat::Xlsx, &command.xlsx},
-        {ExportFormat::Html, &command.html},
+        {ExportFormat::Csv, &csv},
+        {ExportFormat::Xlsx, &xlsx},
+        {ExportFormat::Html, &html},
     };
     for (const auto& [format, file] : files) {
         if (file->empty()) continue;
         try {
-            steps.write(report, format, *file);
+            write(format, *file);
         } catch (const std::exception& e) {
             outcome.code = ExitCode::ExportFailed;
             outcome.messages.push_back(u"Could not write " + *file + u": " + textOf(e));

@@ -32,6 +32,12 @@ struct RunOutcome {
     std::vector<Str> messages;  // for stderr, one line each
 };
 
+// Writes each file named (empty: none), CSV, XLSX, HTML, through `write`: a
+// file that fails gives ExportFailed and its message, and does not keep the
+// others from being written. Never raises.
+RunOutcome writeFiles(const Str& csv, const Str& xlsx, const Str& html,
+                      const std::function<void(ExportFormat, const Str&)>& write) noexcept;
+
 // Runs the command (mode Report) over the period given; never raises.
 RunOutcome runReportCommand(const ReportCommand& command, const Period& period,
                             const ReportSteps& steps) noexcept;

@@ -26,6 +26,7 @@ struct SqliteStore::Impl {
     std::string file;  // UTF-8, for messages
     int version = 0;
     int busyMs = kBusyTimeoutMs;
+    bool readOnly = false;
     Statement insert, removePeriod, loadUser, loadAll;
 
     // close_v2 lets the connection go once the statements (members, so
@@ -116,6 +117,27 @@ struct SqliteStore::Impl {
         }
     };
 
+    // The schema version of a database opened to read only, which must be
+    // the latest (a read-only store migrates nothing).
+    void checkVersion(const std::vector<Migration>& steps) {
+        Statement q;
+        int rc =
+            sqlite3_prepare_v2(db, "SELECT max(version) FROM schema_version", -1, &q.s, nullptr);
+        if (rc == SQLITE_ERROR) {
+            throw StoreError("the database file " + file + " holds no time records (" +
+                             sqlite3_errmsg(db) + ")");
+        }
+        if (rc != SQLITE_OK) {
+            fail("reading the schema version", rc);
+        }
+        rc = sqlite3_step(q.s);
+        if (rc != SQLITE_ROW) {
+            fail("reading the schema version", rc);
+        }
+        version = sqlite3_column_int(q.s, 0);
+        checkReadOnlyVersion(version, steps, "the database file " + file);
+    }
+
     void migrate(const std::vector<Migration>& steps) {
         Transaction t(*this, "bringing the schema up to date");
         exec("CREATE TABLE IF NOT EXISTS schema_version(version INTEGER NOT NULL)",
@@ -141,9 +163,11 @@ const std::vector<Migration>& SqliteStore::schema() {
     return recordSchema();
 }
 
-SqliteStore::SqliteStore(const Str& file, const std::vector<Migration>& migrations, int busyMs)
+SqliteStore::SqliteStore(const Str& file, const std::vector<Migration>& migrations, int busyMs,
+                         StoreAccess access)
     : impl_(std::make_unique<Impl>()) {
     impl_->busyMs = busyMs;
+    impl_->readOnly = access == StoreAccess::ReadOnly;
     impl_->file = toUtf8(file);
     const fs::path path(file);
     std::error_code ec;
@@ -156,6 +180,10 @@ SqliteStore::SqliteStore(const Str& file, const std::vector<Migration>& migratio
                          toUtf8(folder.u16string()) + " does not exist");
     }
     auto st = fs::status(path, ec);
+    if (impl_->readOnly) {
+        openReadOnly(st, migrations);
+        return;
+    }
     if (!ec && fs::exists(st)) {
         if (!fs::is_regular_file(st)) {
             throw StoreError("cannot open the database file " + impl_->file + ": it is not a file");
@@ -191,6 +219,29 @@ SqliteStore::SqliteStore(const Str& file, const std::vector<Migration>& migratio
     impl_->migrate(migrations);
 }
 
+void SqliteStore::openReadOnly(const fs::file_status& st,
+                               const std::vector<Migration>& migrations) {
+    Impl& d = *impl_;
+    if (!fs::exists(st)) {
+        throw StoreError("the database file " + d.file + " does not exist");
+    }
+    if (!fs::is_regular_file(st)) {
+        throw StoreError("cannot open the database file " + d.file + ": it is not a file");
+    }
+    // Read-only and no journal_mode pragma: a database in WAL mode stays
+    // so, one in rollback mode stays so, and the file's bytes stay as they were.
+    int rc =
+        sqlite3_open_v2(d.file.c_str(), &d.db, SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX, nullptr);
+    if (rc != SQLITE_OK) {
+        throw StoreError("cannot open the database file " + d.file + ": " +
+                         (d.db ? sqlite3_errmsg(d.db) : sqlite3_errstr(rc)));
+    }
+    sqlite3_extended_result_codes(d.db, 1);
+    sqlite3_busy_timeout(d.db, d.busyMs);
+    d.exec("PRAGMA cache_size=-32768", "opening the database");
+    d.checkVersion(migrations);
+}
+
 SqliteStore::~SqliteStore() = default;
 
 int SqliteStore::schemaVersion() {
@@ -199,8 +250,9 @@ int SqliteStore::schemaVersion() {
 
 void SqliteStore::replacePeriod(const Str& user, const Period& period,
                                 const std::vector<TimeRecord>& records) {
-    checkPeriodRecords(user, period, records);
     Impl& d = *impl_;
+    if (d.readOnly) refuseReadOnlyWrite("the database file " + d.file);
+    checkPeriodRecords(user, period, records);
     const char* what = "storing the period's records";
     Impl::Transaction t(d, what);
     d.prepare(d.removePeriod, sql::kDeletePeriod);
@@ -311,6 +363,7 @@ RateTable SqliteStore::entryRates() {
 
 void SqliteStore::putEntryRates(const RateTable& rates) {
     Impl& d = *impl_;
+    if (d.readOnly) refuseReadOnlyWrite("the database file " + d.file);
     const char* what = "storing the entries' rates";
     Impl::Transaction t(d, what);
     Statement q;

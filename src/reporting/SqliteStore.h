@@ -3,6 +3,7 @@
 // journal, each export one BEGIN IMMEDIATE transaction that waits up to 10 s
 // for another writer, so that people exporting to one file at once all get
 // through and nothing is lost or doubled.
+#include <filesystem>
 #include <memory>
 #include <vector>
 
@@ -19,8 +20,10 @@ class SqliteStore : public RecordStore {
     // does not exist, the file is read-only or not a database, the file was
     // made by a newer schema, a migration failed (the file is then as it was).
     // `busyMs` is how long a write waits for another writer (10 s).
+    // With StoreAccess::ReadOnly the file must exist and is opened read-only
+    // (nothing written, not even the journal mode; see StoreAccess).
     explicit SqliteStore(const Str& file, const std::vector<Migration>& migrations = schema(),
-                         int busyMs = kBusyTimeoutMs);
+                         int busyMs = kBusyTimeoutMs, StoreAccess access = StoreAccess::ReadWrite);
     ~SqliteStore() override;
     SqliteStore(const SqliteStore&) = delete;
     SqliteStore& operator=(const SqliteStore&) = delete;
@@ -36,6 +39,8 @@ class SqliteStore : public RecordStore {
     static const std::vector<Migration>& schema();
 
   private:
+    void openReadOnly(const std::filesystem::file_status& st,
+                      const std::vector<Migration>& migrations);
     struct Impl;
     std::unique_ptr<Impl> impl_;
 };

@@ -323,8 +323,8 @@ void setProperties(lxw_workbook* book, const Report& report, const Locale& loc,
 
 }  // namespace
 
-void writeXlsx(const std::filesystem::path& file, const Report& report, const Locale& loc,
-               const ExportTexts& texts) {
+void writeWorkbook(const std::filesystem::path& file,
+                   const std::function<void(lxw_workbook*)>& fill) {
     const std::filesystem::path beside = temporaryBeside(file);
     const std::filesystem::path scratch = scratchFor(beside);
     auto fail = [&](const std::string& why) {
@@ -337,10 +337,7 @@ void writeXlsx(const std::filesystem::path& file, const Report& report, const Lo
         Workbook book(scratch, asciiTemporaryFolder().string());
         if (!book.get()) fail("the workbook could not be created");
         try {
-            setProperties(book.get(), report, loc, texts);
-            const Formats formats = makeFormats(book.get(), report.options.hoursFormat);
-            recordsSheet(book.get(), formats, report, texts);
-            summarySheet(book.get(), formats, report, texts);
+            fill(book.get());
         } catch (const std::runtime_error& e) {
             fail(e.what());
         }
@@ -355,6 +352,16 @@ void writeXlsx(const std::filesystem::path& file, const Report& report, const Lo
         std::filesystem::remove(scratch, ec);
     }
     replaceWith(beside, file);
+}
+
+void writeXlsx(const std::filesystem::path& file, const Report& report, const Locale& loc,
+               const ExportTexts& texts) {
+    writeWorkbook(file, [&](lxw_workbook* book) {
+        setProperties(book, report, loc, texts);
+        const Formats formats = makeFormats(book, report.options.hoursFormat);
+        recordsSheet(book, formats, report, texts);
+        summarySheet(book, formats, report, texts);
+    });
 }
 
 }  // namespace hb::reporting

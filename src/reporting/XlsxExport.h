@@ -5,11 +5,21 @@
 // with the tree (indented groups, subtotals, the grand total) and a column
 // chart of the hours of the first-level groups.
 #include <filesystem>
+#include <functional>
 
 #include "common/Locale.h"
 #include "reporting/ExportFormat.h"
 
+struct lxw_workbook;
+
 namespace hb::reporting {
+
+// Writes the workbook `fill` makes (sheets, formats, charts) as writeXlsx
+// writes its own: into a temporary file beside the target, renamed over it
+// when complete. `fill` raises std::runtime_error to give up; the message
+// says why. Raises std::runtime_error naming the file.
+void writeWorkbook(const std::filesystem::path& file,
+                   const std::function<void(lxw_workbook*)>& fill);
 
 // Writes the workbook to a temporary file beside the target and renames it
 // over the target when complete, so a failed export never leaves half a

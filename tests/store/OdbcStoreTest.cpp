@@ -91,5 +91,25 @@ TEST_F(OdbcServer, TheServerChoiceConnectsWithTheFilesText) {
     EXPECT_EQ(store->load(u"anna", {45000, 45000}).size(), 1u);
 }
 
+TEST_F(OdbcServer, AReadOnlyStoreReadsAndNeverWrites) {
+    ServerSchema schema(base_);
+    // A schema without the tables: refused, and nothing is made in it.
+    EXPECT_THROW(openRecordStore(kReportChoiceServer, schema.connection(), StoreAccess::ReadOnly),
+                 StoreError);
+    {
+        auto writer = openRecordStore(kReportChoiceServer, schema.connection());
+        writer->replacePeriod(u"anna", {45000, 45001}, {record(u"A", 45000, 9, 1)});
+    }
+    auto store = openRecordStore(kReportChoiceServer, schema.connection(), StoreAccess::ReadOnly);
+    EXPECT_EQ(store->schemaVersion(), 1);
+    TimeRecord stored = record(u"A", 45000, 9, 1);
+    stored.user = u"anna";
+    EXPECT_EQ(describe(store->load(u"", {45000, 45001})), describe({stored}));
+    EXPECT_THROW(store->replacePeriod(u"anna", {45000, 45001}, {}), StoreError);
+    EXPECT_THROW(store->putEntryRates({{{0, u"Acme"}, Currency{1}}}), StoreError);
+    EXPECT_EQ(store->load(u"anna", {45000, 45001}).size(), 1u);
+    EXPECT_TRUE(store->entryRates().empty());
+}
+
 }  // namespace
 }  // namespace hb::reporting

@@ -259,7 +259,8 @@ TEST_F(Installer, InstallsWhatTheOwnRegistrationWritesAndUninstallsToTheStateBef
         {L"HBAddin.dll", test::readFile(exeFolder() + L"\\HBAddin.dll")},
         {L"HBPersonalSettingsSingle.exe",
          test::readFile(exeFolder() + L"\\HBPersonalSettingsSingle.exe")},
-        {L"HBReporting.exe", test::readFile(exeFolder() + L"\\HBReporting.exe")}};
+        {L"HBReporting.exe", test::readFile(exeFolder() + L"\\HBReporting.exe")},
+        {L"Cubelens.exe", test::readFile(exeFolder() + L"\\Cubelens.exe")}};
     EXPECT_TRUE(files(installFolder()) == expected) << "the installed files are the build's";
 
     {
