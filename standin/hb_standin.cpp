@@ -61,27 +61,35 @@ constexpr int kReportList = 1013;
 constexpr UINT kListViewItemCount = 0x1004;  // LVM_GETITEMCOUNT
 constexpr int kFaceReport = 790;             // the Report button's face on the add-in's bar
 constexpr int kFaceSettings = 1556;          // the Settings button's face on the add-in's bar
+constexpr int kFaceStatistics = 1957;        // the Statistics button's face on the add-in's bar
+constexpr wchar_t kStatisticsProgram[] = L"Cubelens.exe";
+constexpr wchar_t kPivotWindowClass[] = L"HourbookPivotWindow";
+// The pivot window's status line and list (apps/statistics/PivotWindow.h).
+constexpr int kPivotStatus = 1115;
+constexpr int kPivotList = 1109;
 
 // What the user does, one step of the session.
 enum class Do {
-    Select,         // select the appointment `subject` in the main explorer
-    PickToolbar,    // pick `entry` in box `box` of the add-in's bar of the active window
-    OpenItem,       // open the appointment `subject` in an inspector
-    PickPane,       // pick `entry` in box `box` of the inspector's pane (toolbar before 12)
-    SaveAndClose,   // save the inspector's item and close the inspector
-    OpenExplorer,   // open the calendar in a second explorer and select `subject` there
-    CloseExplorer,  // close the second explorer
-    Shot,           // save a screenshot of the active window as `entry`
-    OpenSettings,   // press Settings on the main explorer's bar: the settings program starts
-    AddEntry,       // in the settings dialog: add `entry` to list `box`
-    RenameList,     // in the settings dialog: rename list `box` to `entry`
-    SettingsOk,     // press OK in the settings dialog: it saves and ends
-    BackToOutlook,  // activate the main explorer again
-    MovePane,       // dock the open appointment window's task pane at position `box`
-    CheckStored,    // the registry's setting `entry` must hold `expect`
-    ToItem,         // activate the inspector opened before
-    OpenReport,     // press Report: the report program's window shows this month's report
-    ScriptReport,   // run the report program from a script: CSV, XLSX and HTML of this month
+    Select,            // select the appointment `subject` in the main explorer
+    PickToolbar,       // pick `entry` in box `box` of the add-in's bar of the active window
+    OpenItem,          // open the appointment `subject` in an inspector
+    PickPane,          // pick `entry` in box `box` of the inspector's pane (toolbar before 12)
+    SaveAndClose,      // save the inspector's item and close the inspector
+    OpenExplorer,      // open the calendar in a second explorer and select `subject` there
+    CloseExplorer,     // close the second explorer
+    Shot,              // save a screenshot of the active window as `entry`
+    OpenSettings,      // press Settings on the main explorer's bar: the settings program starts
+    AddEntry,          // in the settings dialog: add `entry` to list `box`
+    RenameList,        // in the settings dialog: rename list `box` to `entry`
+    SettingsOk,        // press OK in the settings dialog: it saves and ends
+    BackToOutlook,     // activate the main explorer again
+    MovePane,          // dock the open appointment window's task pane at position `box`
+    CheckStored,       // the registry's setting `entry` must hold `expect`
+    ToItem,            // activate the inspector opened before
+    OpenReport,        // press Report: the report program's window shows this month's report
+    ScriptReport,      // run the report program from a script: CSV, XLSX and HTML of this month
+    OpenStatistics,    // press Statistics: Cubelens's pivot window shows the records
+    ScriptStatistics,  // run Cubelens from a script: the pivot as CSV and HTML
 };
 
 struct Step {
@@ -94,8 +102,9 @@ struct Step {
     // OpenExplorer what the add-in's boxes show, joined by ", "; after
     // OpenSettings the program's arguments; after BackToOutlook the lists
     // of the bar ("caption: entry, entry | ..."); after OpenReport the
-    // number of rows of the report's detailed list; after ScriptReport the
-    // texts the CSV file holds, joined by "|".
+    // number of rows of the report's detailed list; after ScriptReport and
+    // ScriptStatistics the texts the CSV file holds, joined by "|"; after
+    // OpenStatistics the pivot window's status line.
     const char16_t* expect;
     // Only from Outlook 12 on, where appointment windows have task panes
     // (before, the one toolbar holder serves the open window's bar).
@@ -144,6 +153,9 @@ const Step kSession[] = {
     {Do::OpenReport, nullptr, 0, nullptr, u"3"},
     {Do::ScriptReport, nullptr, 0, nullptr,
      u"Project kickoff|Umbrella|Client call|Office|Code review|Initech|85.00"},
+    // The statistics of the records the report wrote to its database.
+    {Do::OpenStatistics, nullptr, 0, nullptr, u"3 records, Hours 3.00"},
+    {Do::ScriptStatistics, nullptr, 0, nullptr, u"Umbrella|Initech|Sum|3.00"},
 };
 
 // Loaded into a running Outlook whose calendar shows "Client call" selected
@@ -311,6 +323,14 @@ class Session {
     // The report program run as a script runs it, while Outlook serves it:
     // the CSV file's text ("" when the run failed).
     Str scriptReport();
+    // Cubelens's pivot window, opened by the Statistics button: its status
+    // line once the pivot is in ("" when none came).
+    Str openStatistics();
+    // Cubelens run as a script runs it on the folder the button gave it:
+    // the CSV file's text ("" when the run failed); pivot.html beside it.
+    Str scriptStatistics();
+    // A file's text (UTF-8, without a byte-order mark), "" when unreadable.
+    static std::string fileText(const std::wstring& path);
     std::wstring outputFolder() const;
 
     std::unique_ptr<RunningOutlook> running_;
@@ -324,6 +344,8 @@ class Session {
     std::unique_ptr<ChildProgram> settings_;
     std::wstring reportPath_;  // where the add-in started the report program from
     Str reportRows_, reportCsv_;
+    std::wstring statsPath_, statsArguments_;  // how the add-in started Cubelens
+    Str statsStatus_, statsCsv_;
     int failures_ = 0;
 };
 
@@ -520,6 +542,14 @@ void Session::act(const Step& step) {
         case Do::ScriptReport:
             reportCsv_ = scriptReport();
             break;
+        case Do::OpenStatistics:
+            std::printf("\n> presses Statistics in the %s\n",
+                        ribbon() ? "ribbon group" : "toolbar");
+            statsStatus_ = openStatistics();
+            break;
+        case Do::ScriptStatistics:
+            statsCsv_ = scriptStatistics();
+            break;
     }
     windows_.render();
     // Under Outlook 14 on, the calendar's shot is the ribbon group's.
@@ -644,6 +674,99 @@ Str Session::openReport() {
     return hb::toStr(static_cast<long long>(rows));
 }
 
+Str Session::openStatistics() {
+    ChildProgram stats;
+    const bool pressed = ribbon() ? windows_.clickInRibbon(*sc_.explorer(), u"hbStatistics")
+                                  : windows_.clickInToolbar(*sc_.explorer(), kFaceStatistics);
+    if (!pressed) {
+        std::printf("   no Statistics button\n");
+        ++failures_;
+        return {};
+    }
+    if (!stats.waitForDialog(kStatisticsProgram, 60000, kPivotWindowClass)) {
+        std::printf("   no statistics program started (or it showed no window)\n");
+        ++failures_;
+        return {};
+    }
+    statsPath_ = stats.path();
+    statsArguments_ = stats.arguments();
+    sc_.leaveOutlook();
+    std::printf("   the add-in started %s %s; it reads the report's database there\n",
+                utf8(stats.path().substr(folderOf(stats.path()).size() + 1)).c_str(),
+                utf8(stats.arguments()).c_str());
+    // The window reads the records on a thread of its own at once; the
+    // pivot is in when its list has rows and the status line counts them.
+    LRESULT rows = 0;
+    std::wstring status;
+    const DWORD start = GetTickCount();
+    while (GetTickCount() - start < 60000) {
+        ChildProgram::serveFor(100);
+        rows = stats.ask(kPivotList, kListViewItemCount, 0, 0, 0);
+        status = stats.text(kPivotStatus);
+        if (rows > 0 && status.find(L", ") != std::wstring::npos) break;
+    }
+    std::printf("   the pivot window: %ld rows; status line \"%s\"\n", static_cast<long>(rows),
+                utf8(status).c_str());
+    windows_.render();
+    if (!options_.shots.empty() && !ribbon()) {
+        const bool saved = windows_.capture(stats.window(), options_.shots + L"\\pivot.bmp");
+        std::printf("\n  (screenshot of the pivot window %s)\n",
+                    saved ? "saved" : "could not be taken");
+    }
+    std::printf("\n> closes the pivot window\n");
+    const long code = stats.closeAndWait(30000);
+    std::printf("   the statistics program ended (exit code %ld)\n", code);
+    if (code != 0) ++failures_;
+    sc_.returnToOutlook(sc_.explorer());
+    return hb::com::fromWide(status.c_str(), status.size());
+}
+
+std::string Session::fileText(const std::wstring& path) {
+    std::string bytes;
+    if (FILE* f = _wfopen(path.c_str(), L"rb")) {
+        char buffer[4096];
+        for (std::size_t n; (n = std::fread(buffer, 1, sizeof buffer, f)) > 0;)
+            bytes.append(buffer, n);
+        std::fclose(f);
+    }
+    if (bytes.starts_with("\xEF\xBB\xBF")) bytes.erase(0, 3);
+    return bytes;
+}
+
+Str Session::scriptStatistics() {
+    if (statsPath_.empty()) return {};
+    const std::wstring folder = outputFolder();
+    const std::wstring csv = folder + L"\\pivot.csv", html = folder + L"\\pivot.html";
+    const std::wstring line = L"\"" + statsPath_ + L"\" " + statsArguments_ +
+                              L" /rows:list1 /cols:month /csv:\"" + csv + L"\" /html:\"" + html +
+                              L"\"";
+    std::printf(
+        "\n> a script runs Cubelens.exe on that folder /rows:list1 /cols:month\n"
+        "  /csv:pivot.csv /html:pivot.html\n");
+    DeleteFileW(csv.c_str());
+    DeleteFileW(html.c_str());
+    const long code = ChildProgram::runToEnd(line, 120000);
+    std::printf("   exit code %ld\n", code);
+    const std::string page = fileText(html);
+    std::printf("   pivot.html: %zu bytes\n", page.size());
+    if (code != 0 || page.find("</html>") == std::string::npos) {
+        ++failures_;
+        return {};
+    }
+    const std::string bytes = fileText(csv);
+    std::printf("   pivot.csv:\n");
+    std::size_t from = 0;
+    while (from < bytes.size()) {
+        std::size_t end = bytes.find('\n', from);
+        if (end == std::string::npos) end = bytes.size();
+        std::string row = bytes.substr(from, end - from);
+        if (!row.empty() && row.back() == '\r') row.pop_back();
+        std::printf("   | %s\n", row.c_str());
+        from = end + 1;
+    }
+    return hb::fromUtf8(bytes);
+}
+
 std::wstring Session::outputFolder() const {
     if (!options_.shots.empty()) return options_.shots;
     wchar_t temp[MAX_PATH] = {};
@@ -670,14 +793,7 @@ Str Session::scriptReport() {
         ++failures_;
         return {};
     }
-    std::string bytes;
-    if (FILE* f = _wfopen(csv.c_str(), L"rb")) {
-        char buffer[4096];
-        for (std::size_t n; (n = std::fread(buffer, 1, sizeof buffer, f)) > 0;)
-            bytes.append(buffer, n);
-        std::fclose(f);
-    }
-    if (bytes.starts_with("\xEF\xBB\xBF")) bytes.erase(0, 3);
+    const std::string bytes = fileText(csv);
     std::printf("   report.csv:\n");
     std::size_t from = 0;
     while (from < bytes.size()) {
@@ -761,8 +877,12 @@ bool Session::expect(const Step& step) {
     } else if (step.action == Do::OpenReport) {
         actual = reportRows_;
         what = "rows in the report window";
-    } else if (step.action == Do::ScriptReport) {
+    } else if (step.action == Do::OpenStatistics) {
+        actual = statsStatus_;
+        what = "the pivot window's status line";
+    } else if (step.action == Do::ScriptReport || step.action == Do::ScriptStatistics) {
         // Each text must be in the file; the first missing one is reported.
+        const Str& file = step.action == Do::ScriptReport ? reportCsv_ : statsCsv_;
         const Str wanted = step.expect;
         std::size_t from = 0;
         actual = wanted;
@@ -770,13 +890,13 @@ bool Session::expect(const Step& step) {
             std::size_t end = wanted.find(u'|', from);
             if (end == Str::npos) end = wanted.size();
             const Str piece = wanted.substr(from, end - from);
-            if (reportCsv_.find(piece) == Str::npos) {
+            if (file.find(piece) == Str::npos) {
                 actual = u"no \"" + piece + u"\"";
                 break;
             }
             from = end + 1;
         }
-        what = "report.csv";
+        what = step.action == Do::ScriptReport ? "report.csv" : "pivot.csv";
     } else if (step.action == Do::PickPane) {
         actual = inspector_->currentItem->categories;
         what = "categories in the appointment window";
