@@ -70,7 +70,6 @@ PivotTexts pivotTextsFrom(const Phrases& p) {
     };
     if (!p.LNGSTATISTICS.empty()) t.caption = u"Hourbook for Outlook - " + p.LNGSTATISTICS;
     take(t.period, p.LNGDATERANGE);
-    take(t.filter, p.LNGFILTERS);
     take(t.periods[0], p.LNGALL);
     take(t.save, p.LNGSAVE);
     if (!p.LNGNONE.empty()) t.none = u"(" + p.LNGNONE + u")";
