@@ -25,6 +25,7 @@
 #include <windows.h>
 
 #include <cstdio>
+#include <cstring>
 #include <cwchar>
 #include <functional>
 #include <map>
@@ -323,6 +324,23 @@ class Session {
     // The report program run as a script runs it, while Outlook serves it:
     // the CSV file's text ("" when the run failed).
     Str scriptReport();
+    // A companion program's window opened by a button of the add-in.
+    struct ProgramWindow {
+        const char16_t* ribbonId;
+        int faceId;
+        const char* button;
+        const wchar_t* exe;
+        const wchar_t* windowClass;
+        const char* program;
+        int list, status;           // its list view and status line
+        const wchar_t* statusSays;  // in the status line when the work is in
+        const char* shot;           // the window's name and its picture's
+    };
+    // Presses the button, waits for the program's window and its rows (the
+    // list's row count and the status line), captures it as `shot`.bmp in
+    // the toolbar's session and closes it; false when no window came.
+    bool openProgramWindow(const ProgramWindow& kind, ChildProgram& child, LRESULT& rows,
+                           std::wstring& status);
     // Cubelens's pivot window, opened by the Statistics button: its status
     // line once the pivot is in ("" when none came).
     Str openStatistics();
@@ -625,99 +643,85 @@ void Session::inSettingsDialog(const Step& step) {
     }
 }
 
-Str Session::openReport() {
-    ChildProgram report;
-    const bool pressed = ribbon() ? windows_.clickInRibbon(*sc_.explorer(), u"hbReport")
-                                  : windows_.clickInToolbar(*sc_.explorer(), kFaceReport);
+bool Session::openProgramWindow(const ProgramWindow& kind, ChildProgram& child, LRESULT& rows,
+                                std::wstring& status) {
+    const bool pressed = ribbon() ? windows_.clickInRibbon(*sc_.explorer(), kind.ribbonId)
+                                  : windows_.clickInToolbar(*sc_.explorer(), kind.faceId);
     if (!pressed) {
-        std::printf("   no Report button\n");
+        std::printf("   no %s button\n", kind.button);
         ++failures_;
-        return {};
+        return false;
     }
-    if (!report.waitForDialog(kReportProgram, 60000, kReportWindowClass)) {
-        std::printf("   no report program started (or it showed no window)\n");
+    if (!child.waitForDialog(kind.exe, 60000, kind.windowClass)) {
+        std::printf("   no %s started (or it showed no window)\n", kind.program);
         ++failures_;
-        return {};
+        return false;
     }
-    reportPath_ = report.path();
     sc_.leaveOutlook();
-    std::printf(
-        "   the add-in started %s \"%s\"; its window reaches the running Outlook\n"
-        "   (GetActiveObject) and has the add-in read this month inside Outlook\n",
-        utf8(report.path().substr(folderOf(report.path()).size() + 1)).c_str(),
-        utf8(report.arguments()).c_str());
-    // The window reads the calendar on a thread of its own at once; the
-    // report is in when its list has rows and the status line says so.
-    LRESULT rows = 0;
-    std::wstring status;
+    std::printf("   the add-in started %s \"%s\"\n",
+                utf8(child.path().substr(folderOf(child.path()).size() + 1)).c_str(),
+                utf8(child.arguments()).c_str());
+    // The window reads on a thread of its own at once; its work is in when
+    // its list has rows and the status line says so.
     const DWORD start = GetTickCount();
     while (GetTickCount() - start < 60000) {
         ChildProgram::serveFor(100);
-        rows = report.ask(kReportList, kListViewItemCount, 0, 0, 0);
-        status = report.text(kReportStatus);
-        if (rows > 0 && status.find(L" h, ") != std::wstring::npos) break;
+        rows = child.ask(kind.list, kListViewItemCount, 0, 0, 0);
+        status = child.text(kind.status);
+        if (rows > 0 && status.find(kind.statusSays) != std::wstring::npos) break;
     }
-    std::printf("   the report window: %ld rows; status line \"%s\"\n", static_cast<long>(rows),
-                utf8(status).c_str());
+    std::printf("   the %s window: %ld rows; status line \"%s\"\n", kind.shot,
+                static_cast<long>(rows), utf8(status).c_str());
     windows_.render();
     // One picture of the window: the toolbar's session takes it.
     if (!options_.shots.empty() && !ribbon()) {
-        const bool saved = windows_.capture(report.window(), options_.shots + L"\\report.bmp");
-        std::printf("\n  (screenshot of the report window %s)\n",
+        const std::wstring name(kind.shot, kind.shot + std::strlen(kind.shot));
+        const bool saved =
+            windows_.capture(child.window(), options_.shots + L"\\" + name + L".bmp");
+        std::printf("\n  (screenshot of the %s window %s)\n", kind.shot,
                     saved ? "saved" : "could not be taken");
     }
-    std::printf("\n> closes the report window\n");
-    const long code = report.closeAndWait(30000);
-    std::printf("   the report program ended (exit code %ld)\n", code);
+    std::printf("\n> closes the %s window\n", kind.shot);
+    const long code = child.closeAndWait(30000);
+    std::printf("   the %s ended (exit code %ld)\n", kind.program, code);
     if (code != 0) ++failures_;
     sc_.returnToOutlook(sc_.explorer());
+    return true;
+}
+
+Str Session::openReport() {
+    static const ProgramWindow kReport = {
+        u"hbReport",      kFaceReport, "Report",      kReportProgram, kReportWindowClass,
+        "report program", kReportList, kReportStatus, L" h, ",        "report"};
+    std::printf(
+        "   (its window reaches the running Outlook (GetActiveObject) and has the\n"
+        "   add-in read this month inside Outlook)\n");
+    ChildProgram report;
+    LRESULT rows = 0;
+    std::wstring status;
+    if (!openProgramWindow(kReport, report, rows, status)) return {};
+    reportPath_ = report.path();
     return hb::toStr(static_cast<long long>(rows));
 }
 
 Str Session::openStatistics() {
+    static const ProgramWindow kPivot = {u"hbStatistics",
+                                         kFaceStatistics,
+                                         "Statistics",
+                                         kStatisticsProgram,
+                                         kPivotWindowClass,
+                                         "statistics program",
+                                         kPivotList,
+                                         kPivotStatus,
+                                         L", ",
+                                         "pivot"};
+    std::printf("   (Cubelens reads the report's database in the folder it is given)\n");
     ChildProgram stats;
-    const bool pressed = ribbon() ? windows_.clickInRibbon(*sc_.explorer(), u"hbStatistics")
-                                  : windows_.clickInToolbar(*sc_.explorer(), kFaceStatistics);
-    if (!pressed) {
-        std::printf("   no Statistics button\n");
-        ++failures_;
-        return {};
-    }
-    if (!stats.waitForDialog(kStatisticsProgram, 60000, kPivotWindowClass)) {
-        std::printf("   no statistics program started (or it showed no window)\n");
-        ++failures_;
-        return {};
-    }
-    statsPath_ = stats.path();
-    statsArguments_ = stats.arguments();
-    sc_.leaveOutlook();
-    std::printf("   the add-in started %s %s; it reads the report's database there\n",
-                utf8(stats.path().substr(folderOf(stats.path()).size() + 1)).c_str(),
-                utf8(stats.arguments()).c_str());
-    // The window reads the records on a thread of its own at once; the
-    // pivot is in when its list has rows and the status line counts them.
     LRESULT rows = 0;
     std::wstring status;
-    const DWORD start = GetTickCount();
-    while (GetTickCount() - start < 60000) {
-        ChildProgram::serveFor(100);
-        rows = stats.ask(kPivotList, kListViewItemCount, 0, 0, 0);
-        status = stats.text(kPivotStatus);
-        if (rows > 0 && status.find(L", ") != std::wstring::npos) break;
-    }
-    std::printf("   the pivot window: %ld rows; status line \"%s\"\n", static_cast<long>(rows),
-                utf8(status).c_str());
-    windows_.render();
-    if (!options_.shots.empty() && !ribbon()) {
-        const bool saved = windows_.capture(stats.window(), options_.shots + L"\\pivot.bmp");
-        std::printf("\n  (screenshot of the pivot window %s)\n",
-                    saved ? "saved" : "could not be taken");
-    }
-    std::printf("\n> closes the pivot window\n");
-    const long code = stats.closeAndWait(30000);
-    std::printf("   the statistics program ended (exit code %ld)\n", code);
-    if (code != 0) ++failures_;
-    sc_.returnToOutlook(sc_.explorer());
+    if (!openProgramWindow(kPivot, stats, rows, status)) return {};
+    statsPath_ = stats.path();
+    statsArguments_ = stats.arguments();
     return hb::com::fromWide(status.c_str(), status.size());
 }
 
