@@ -12,7 +12,7 @@ if(NOT HB_HAVE_XLSXWRITER)
 endif()
 set(hb_statistics_dir ${PROJECT_SOURCE_DIR}/apps/statistics)
 add_executable(Cubelens WIN32 ${hb_statistics_dir}/StatsMain.cpp
-               ${hb_statistics_dir}/PivotWindow.cpp
+               ${hb_statistics_dir}/PivotWindow.cpp ${PROJECT_SOURCE_DIR}/apps/common/WindowKit.cpp
                ${hb_statistics_dir}/StatisticsApp.rc $<TARGET_OBJECTS:hb_statistics>
                $<TARGET_OBJECTS:hb_reporting> $<TARGET_OBJECTS:hb_store>)
 target_include_directories(Cubelens PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}
@@ -57,7 +57,8 @@ endif()
 if(HB_WIN_TESTS AND TARGET gtest)
   add_executable(hb_pivot_window_tests
                  ${PROJECT_SOURCE_DIR}/tests/win/statistics/PivotWindowWinTest.cpp
-                 ${hb_statistics_dir}/PivotWindow.cpp $<TARGET_OBJECTS:hb_statistics>
+                 ${hb_statistics_dir}/PivotWindow.cpp ${PROJECT_SOURCE_DIR}/apps/common/WindowKit.cpp
+                 $<TARGET_OBJECTS:hb_statistics>
                  $<TARGET_OBJECTS:hb_reporting> $<TARGET_OBJECTS:hb_store>)
   target_include_directories(hb_pivot_window_tests PRIVATE ${PROJECT_SOURCE_DIR}/src
                              ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/tests

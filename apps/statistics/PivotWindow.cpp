@@ -1,7 +1,6 @@
 #include "apps/statistics/PivotWindow.h"
 
 #include <commctrl.h>
-#include <commdlg.h>
 #include <process.h>
 
 #include <algorithm>
@@ -10,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "apps/common/WindowKit.h"
 #include "reporting/ReportView.h"
 
 namespace hb::statsapp {
@@ -17,6 +17,7 @@ namespace hb::statsapp {
 using namespace hb::statistics;
 using reporting::ExportFormat;
 using reporting::Period;
+using namespace hb::winui;
 
 namespace {
 
@@ -31,14 +32,6 @@ constexpr int kButtonWidth = 110;
 // The chart shows at most so many bars (the first ones), so each keeps a
 // readable width.
 constexpr std::size_t kMaxBars = 40;
-
-const wchar_t* w(const Str& text) {
-    return reinterpret_cast<const wchar_t*>(text.c_str());
-}
-
-std::wstring wide(const Str& text) {
-    return std::wstring(text.begin(), text.end());
-}
 
 // A piece of work on the worker thread, and what came of it. A run reads
 // the records only when the period changed; other choices pivot the
@@ -94,22 +87,6 @@ ListCaptions captionsOf(const State& st) {
 
 // --- making the controls ------------------------------------------------------
 
-HWND control(HWND parent, const wchar_t* cls, const Str& text, DWORD style, int id,
-             DWORD exStyle = 0) {
-    return CreateWindowExW(exStyle, cls, w(text), WS_CHILD | WS_VISIBLE | style, 0, 0, 10, 10,
-                           parent, reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)),
-                           reinterpret_cast<HINSTANCE>(GetWindowLongPtrW(parent, GWLP_HINSTANCE)),
-                           nullptr);
-}
-
-HWND comboBox(HWND parent, int id, const std::vector<Str>& choices, int chosen) {
-    HWND box = control(parent, WC_COMBOBOXW, u"", CBS_DROPDOWNLIST | WS_VSCROLL | WS_TABSTOP, id);
-    for (const Str& c : choices)
-        SendMessageW(box, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(w(c)));
-    SendMessageW(box, CB_SETCURSEL, static_cast<WPARAM>(chosen), 0);
-    return box;
-}
-
 // A dimension's place in a drop-down (after "(none)" where it offers one).
 int dimensionIndex(std::optional<Dimension> d, bool offersNone) {
     for (std::size_t i = 0; i < kPivotDimensions.size(); ++i)
@@ -141,10 +118,10 @@ void fillDimensionBoxes(HWND window, const State& st) {
         HWND box = item(window, b.id);
         const int keep =
             box && SendMessageW(box, CB_GETCOUNT, 0, 0) > 0 ? selected(window, b.id) : -1;
-        if (!box) box = comboBox(window, b.id, {}, 0);
+        if (!box) box = makeComboBox(window, b.id, {}, 0);
         SendMessageW(box, CB_RESETCONTENT, 0, 0);
         for (const Str& c : b.offersNone ? optional : dims)
-            SendMessageW(box, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(w(c)));
+            SendMessageW(box, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(wtext(c)));
         SendMessageW(box, CB_SETCURSEL,
                      static_cast<WPARAM>(keep >= 0 ? keep : dimensionIndex(b.chosen, b.offersNone)),
                      0);
@@ -155,66 +132,44 @@ void makeControls(HWND window, State& st) {
     const PivotTexts& t = st.setup.texts;
     const PivotForm& f = st.setup.form;
     auto label = [&](const Str& text) {
-        st.labels.push_back(control(window, WC_STATICW, text, SS_RIGHT | SS_CENTERIMAGE, -1));
+        st.labels.push_back(makeControl(window, WC_STATICW, text, SS_RIGHT | SS_CENTERIMAGE, -1));
     };
     label(t.rows);
-    comboBox(window, IDC_PW_ROWS1, {}, 0);
-    comboBox(window, IDC_PW_ROWS2, {}, 0);
+    makeComboBox(window, IDC_PW_ROWS1, {}, 0);
+    makeComboBox(window, IDC_PW_ROWS2, {}, 0);
     label(t.columns);
-    comboBox(window, IDC_PW_COLUMN, {}, 0);
+    makeComboBox(window, IDC_PW_COLUMN, {}, 0);
     label(t.measure);
-    comboBox(window, IDC_PW_MEASURE, measureChoices(t), static_cast<int>(f.measure));
+    makeComboBox(window, IDC_PW_MEASURE, measureChoices(t), static_cast<int>(f.measure));
     label(t.period);
-    comboBox(window, IDC_PW_PERIOD, {t.periods.begin(), t.periods.end()},
-             static_cast<int>(std::min(f.period, kPivotPeriods.size() - 1)));
+    makeComboBox(window, IDC_PW_PERIOD, {t.periods.begin(), t.periods.end()},
+                 static_cast<int>(std::min(f.period, kPivotPeriods.size() - 1)));
     label(t.filter);
-    comboBox(window, IDC_PW_FILTERDIM, {}, 0);
-    control(window, WC_EDITW, f.filterValue, ES_AUTOHSCROLL | WS_TABSTOP, IDC_PW_FILTERVALUE,
-            WS_EX_CLIENTEDGE);
-    control(window, WC_BUTTONW, t.filter, BS_DEFPUSHBUTTON | WS_TABSTOP, IDC_PW_APPLY);
+    makeComboBox(window, IDC_PW_FILTERDIM, {}, 0);
+    makeControl(window, WC_EDITW, f.filterValue, ES_AUTOHSCROLL | WS_TABSTOP, IDC_PW_FILTERVALUE,
+                WS_EX_CLIENTEDGE);
+    makeControl(window, WC_BUTTONW, t.filter, BS_DEFPUSHBUTTON | WS_TABSTOP, IDC_PW_APPLY);
     fillDimensionBoxes(window, st);
 
-    HWND list = control(window, WC_LISTVIEWW, u"",
-                        LVS_REPORT | LVS_OWNERDATA | LVS_SHOWSELALWAYS | WS_TABSTOP, IDC_PW_LIST,
-                        WS_EX_CLIENTEDGE);
+    HWND list = makeControl(window, WC_LISTVIEWW, u"",
+                            LVS_REPORT | LVS_OWNERDATA | LVS_SHOWSELALWAYS | WS_TABSTOP,
+                            IDC_PW_LIST, WS_EX_CLIENTEDGE);
     ListView_SetExtendedListViewStyle(
         list, LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER | LVS_EX_GRIDLINES | LVS_EX_LABELTIP);
-    control(window, kChartClass, u"", 0, IDC_PW_CHART, WS_EX_CLIENTEDGE);
-    control(window, PROGRESS_CLASSW, u"", PBS_MARQUEE, IDC_PW_PROGRESS);
+    makeControl(window, kChartClass, u"", 0, IDC_PW_CHART, WS_EX_CLIENTEDGE);
+    makeControl(window, PROGRESS_CLASSW, u"", PBS_MARQUEE, IDC_PW_PROGRESS);
     ShowWindow(item(window, IDC_PW_PROGRESS), SW_HIDE);
     const int exportIds[] = {IDC_PW_CSV, IDC_PW_XLSX, IDC_PW_HTML};
     for (std::size_t i = 0; i < kPivotExportFormats; ++i)
-        control(window, WC_BUTTONW, t.exports[i], BS_PUSHBUTTON | WS_TABSTOP, exportIds[i]);
-    control(window, STATUSCLASSNAMEW, t.ready, SBARS_SIZEGRIP, IDC_PW_STATUS);
+        makeControl(window, WC_BUTTONW, t.exports[i], BS_PUSHBUTTON | WS_TABSTOP, exportIds[i]);
+    makeControl(window, STATUSCLASSNAMEW, t.ready, SBARS_SIZEGRIP, IDC_PW_STATUS);
 
-    NONCLIENTMETRICSW metrics{};
-    metrics.cbSize = sizeof metrics;
-    if (SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0))
-        st.font = CreateFontIndirectW(&metrics.lfMessageFont);
-    HFONT font = st.font ? st.font : static_cast<HFONT>(GetStockObject(DEFAULT_GUI_FONT));
-    for (HWND child = GetWindow(window, GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT))
-        SendMessageW(child, WM_SETFONT, reinterpret_cast<WPARAM>(font), FALSE);
-}
-
-int textWidth(HWND control) {
-    const int length = GetWindowTextLengthW(control);
-    std::wstring text(static_cast<std::size_t>(length) + 1, L'\0');
-    GetWindowTextW(control, text.data(), length + 1);
-    HDC dc = GetDC(control);
-    auto font = reinterpret_cast<HFONT>(SendMessageW(control, WM_GETFONT, 0, 0));
-    HGDIOBJ old = font ? SelectObject(dc, font) : nullptr;
-    SIZE size{};
-    GetTextExtentPoint32W(dc, text.c_str(), length, &size);
-    if (old) SelectObject(dc, old);
-    ReleaseDC(control, dc);
-    return static_cast<int>(size.cx);
+    st.font = useMessageFont(window);
 }
 
 void layout(HWND window) {
     State& st = *stateOf(window);
-    HDC screen = GetDC(window);
-    const int dpi = std::max(96, GetDeviceCaps(screen, LOGPIXELSY));
-    ReleaseDC(window, screen);
+    const int dpi = dpiOf(window);
     auto px = [dpi](int units) { return MulDiv(units, dpi, 96); };
     auto units = [dpi](int pixels) { return MulDiv(pixels, 96, dpi); };
 
@@ -287,27 +242,8 @@ void layout(HWND window) {
 // --- showing the pivot ----------------------------------------------------------
 
 void setStatus(HWND window, const Str& text) {
-    SendMessageW(item(window, IDC_PW_STATUS), SB_SETTEXTW, 0, reinterpret_cast<LPARAM>(w(text)));
-}
-
-void fitColumns(HWND list, const PivotGrid& grid) {
-    HDC dc = GetDC(list);
-    auto font = reinterpret_cast<HFONT>(SendMessageW(list, WM_GETFONT, 0, 0));
-    HGDIOBJ old = font ? SelectObject(dc, font) : nullptr;
-    auto widthOf = [&](const Str& text) {
-        SIZE size{};
-        GetTextExtentPoint32W(dc, w(text), static_cast<int>(text.size()), &size);
-        return static_cast<int>(size.cx);
-    };
-    for (std::size_t c = 0; c < grid.columns.size(); ++c) {
-        int width = widthOf(grid.columns[c].caption);
-        for (std::size_t r = 0; r < grid.rows.size() && r < 500; ++r)
-            if (c < grid.rows[r].cells.size())
-                width = std::max(width, widthOf(grid.rows[r].cells[c]));
-        ListView_SetColumnWidth(list, static_cast<int>(c), std::min(width + 16, 260));
-    }
-    if (old) SelectObject(dc, old);
-    ReleaseDC(list, dc);
+    SendMessageW(item(window, IDC_PW_STATUS), SB_SETTEXTW, 0,
+                 reinterpret_cast<LPARAM>(wtext(text)));
 }
 
 void show(HWND window) {
@@ -332,7 +268,16 @@ void show(HWND window) {
             col.cx = 60;
             ListView_InsertColumn(list, index++, &col);
         }
-        fitColumns(list, st.grid);
+        std::vector<std::wstring> captions;
+        for (const PivotGridColumn& c : st.grid.columns)
+            captions.push_back(wide(c.caption));
+        std::vector<std::vector<std::wstring>> sample;
+        for (std::size_t r = 0; r < st.grid.rows.size() && r < 500; ++r) {
+            sample.emplace_back();
+            for (const Str& cell : st.grid.rows[r].cells)
+                sample.back().push_back(wide(cell));
+        }
+        fitListColumns(list, sample, captions, 260);
         ListView_SetItemCountEx(list, static_cast<int>(st.grid.rows.size()), 0);
     }
     SendMessageW(list, WM_SETREDRAW, TRUE, 0);
@@ -362,7 +307,7 @@ void paintChart(HWND chart, HDC dc, const State& st) {
     for (std::size_t s = 0; s < c.series.size(); ++s) {
         SIZE size{};
         const Str& text = c.series[s];
-        GetTextExtentPoint32W(dc, w(text), static_cast<int>(text.size()), &size);
+        GetTextExtentPoint32W(dc, wtext(text), static_cast<int>(text.size()), &size);
         if (x + 16 + size.cx > rc.right - 4 && x > 8) {
             x = 8;
             y += line;
@@ -372,7 +317,7 @@ void paintChart(HWND chart, HDC dc, const State& st) {
         RECT box{x, y + 2, x + 10, y + 12};
         FillRect(dc, &box, brush);
         DeleteObject(brush);
-        TextOutW(dc, x + 14, y, w(text), static_cast<int>(text.size()));
+        TextOutW(dc, x + 14, y, wtext(text), static_cast<int>(text.size()));
         x += 14 + size.cx + 12;
     }
     const int top = y + line + 6;
@@ -404,7 +349,7 @@ void paintChart(HWND chart, HDC dc, const State& st) {
         }
         RECT label{left - (slot - barWidth) / 2, bottom + 3,
                    left + barWidth + (slot - barWidth) / 2, bottom + 3 + line};
-        DrawTextW(dc, w(bar.label), static_cast<int>(bar.label.size()), &label,
+        DrawTextW(dc, wtext(bar.label), static_cast<int>(bar.label.size()), &label,
                   DT_CENTER | DT_SINGLELINE | DT_END_ELLIPSIS | DT_NOPREFIX);
     }
     SelectObject(dc, oldPen);
@@ -521,25 +466,10 @@ void exportWithDialog(HWND window, ExportFormat format) {
     if (!st.table) return;
     const PivotTexts& t = st.setup.texts;
     const Str extension = reporting::exportExtension(format);
-    Str filter = t.fileTypes[static_cast<std::size_t>(format)] + u" (*." + extension + u")";
-    filter += u'\0';
-    filter += u"*." + extension;
-    filter += u'\0';
-    std::wstring file = wide(u"Hourbook statistics." + extension);
-    file.resize(MAX_PATH * 4, L'\0');
-    const std::wstring ext = wide(extension);
-    OPENFILENAMEW ofn{};
-    ofn.lStructSize = sizeof ofn;
-    ofn.hwndOwner = window;
-    ofn.lpstrFilter = w(filter);
-    ofn.lpstrFile = file.data();
-    ofn.nMaxFile = static_cast<DWORD>(file.size());
-    ofn.lpstrTitle = w(t.save);
-    ofn.lpstrDefExt = ext.c_str();
-    ofn.Flags = OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST | OFN_NOCHANGEDIR | OFN_EXPLORER;
-    if (!GetSaveFileNameW(&ofn)) return;
-    const std::wstring chosen(file.c_str());
-    requestExport(window, format, Str(chosen.begin(), chosen.end()));
+    if (const std::optional<Str> path =
+            askSavePath(window, t.fileTypes[static_cast<std::size_t>(format)], extension,
+                        u"Hourbook statistics." + extension, t.save))
+        requestExport(window, format, *path);
 }
 
 void finished(HWND window, Job* done) {
@@ -569,7 +499,7 @@ void finished(HWND window, Job* done) {
             show(window);
             enableWork(window, true);
         }
-        MessageBoxW(window, w(reporting::failureText(what, job->failure)), w(t.caption),
+        MessageBoxW(window, wtext(reporting::failureText(what, job->failure)), wtext(t.caption),
                     MB_OK | MB_ICONWARNING);
     } else if (run) {
         show(window);
@@ -626,16 +556,12 @@ LRESULT onNotify(HWND window, NMHDR* header) {
     State& st = *stateOf(window);
     if (header->idFrom != IDC_PW_LIST) return 0;
     if (header->code == LVN_GETDISPINFOW) {
-        auto* info = reinterpret_cast<NMLVDISPINFOW*>(header);
+        const auto* info = reinterpret_cast<NMLVDISPINFOW*>(header);
         const auto row = static_cast<std::size_t>(info->item.iItem);
         const auto column = static_cast<std::size_t>(info->item.iSubItem);
-        if ((info->item.mask & LVIF_TEXT) && row < st.grid.rows.size() &&
-            column < st.grid.rows[row].cells.size() && info->item.cchTextMax > 0) {
+        if (row < st.grid.rows.size() && column < st.grid.rows[row].cells.size()) {
             const Str& text = st.grid.rows[row].cells[column];
-            const std::size_t n =
-                std::min(text.size(), static_cast<std::size_t>(info->item.cchTextMax - 1));
-            std::copy_n(text.begin(), n, info->item.pszText);
-            info->item.pszText[n] = L'\0';
+            putItemText(header, wtext(text), text.size());
         }
         return 0;
     }
@@ -673,9 +599,7 @@ LRESULT CALLBACK windowProc(HWND window, UINT message, WPARAM wParam, LPARAM lPa
             return 0;
         case WM_GETMINMAXINFO: {
             auto* info = reinterpret_cast<MINMAXINFO*>(lParam);
-            HDC screen = GetDC(window);
-            const int dpi = std::max(96, GetDeviceCaps(screen, LOGPIXELSY));
-            ReleaseDC(window, screen);
+            const int dpi = dpiOf(window);
             info->ptMinTrackSize = {MulDiv(860, dpi, 96), MulDiv(420, dpi, 96)};
             return 0;
         }
@@ -749,24 +673,14 @@ HWND openPivotWindow(HINSTANCE instance, PivotWindowModel& model, const PivotWin
     // From WM_NCCREATE on the window owns its state and frees it at
     // WM_NCDESTROY, a failed creation included.
     auto* state = new State(model, setup);
-    return CreateWindowExW(WS_EX_CONTROLPARENT, kPivotWindowClass, w(setup.texts.caption),
+    return CreateWindowExW(WS_EX_CONTROLPARENT, kPivotWindowClass, wtext(setup.texts.caption),
                            WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN, CW_USEDEFAULT, CW_USEDEFAULT,
                            1100, 660, nullptr, nullptr, instance, state);
 }
 
 int runPivotWindow(HINSTANCE instance, PivotWindowModel& model, const PivotWindowSetup& setup,
                    int show) {
-    HWND window = openPivotWindow(instance, model, setup);
-    if (!window) return 1;
-    ShowWindow(window, show);
-    UpdateWindow(window);
-    MSG msg;
-    while (IsWindow(window) && GetMessageW(&msg, nullptr, 0, 0) > 0) {
-        if (IsDialogMessageW(window, &msg)) continue;
-        TranslateMessage(&msg);
-        DispatchMessageW(&msg);
-    }
-    return 0;
+    return runWindowLoop(openPivotWindow(instance, model, setup), show);
 }
 
 bool pivotWindowBusy(HWND window) {

@@ -1,0 +1,124 @@
+#include "apps/common/WindowKit.h"
+
+#include <commctrl.h>
+#include <commdlg.h>
+
+#include <algorithm>
+
+namespace hb::winui {
+
+HWND makeControl(HWND parent, const wchar_t* cls, const Str& text, DWORD style, int id,
+                 DWORD exStyle) {
+    return CreateWindowExW(exStyle, cls, wtext(text), WS_CHILD | WS_VISIBLE | style, 0, 0, 10, 10,
+                           parent, reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)),
+                           reinterpret_cast<HINSTANCE>(GetWindowLongPtrW(parent, GWLP_HINSTANCE)),
+                           nullptr);
+}
+
+HWND makeComboBox(HWND parent, int id, const std::vector<Str>& choices, int chosen) {
+    HWND box =
+        makeControl(parent, WC_COMBOBOXW, u"", CBS_DROPDOWNLIST | WS_VSCROLL | WS_TABSTOP, id);
+    for (const Str& c : choices)
+        SendMessageW(box, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(wtext(c)));
+    SendMessageW(box, CB_SETCURSEL, static_cast<WPARAM>(chosen), 0);
+    return box;
+}
+
+HFONT useMessageFont(HWND window) {
+    NONCLIENTMETRICSW metrics{};
+    metrics.cbSize = sizeof metrics;
+    HFONT made = nullptr;
+    if (SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0))
+        made = CreateFontIndirectW(&metrics.lfMessageFont);
+    HFONT font = made ? made : static_cast<HFONT>(GetStockObject(DEFAULT_GUI_FONT));
+    for (HWND child = GetWindow(window, GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT))
+        SendMessageW(child, WM_SETFONT, reinterpret_cast<WPARAM>(font), FALSE);
+    return made;
+}
+
+int textWidth(HWND control) {
+    const int length = GetWindowTextLengthW(control);
+    std::wstring text(static_cast<std::size_t>(length) + 1, L'\0');
+    GetWindowTextW(control, text.data(), length + 1);
+    HDC dc = GetDC(control);
+    auto font = reinterpret_cast<HFONT>(SendMessageW(control, WM_GETFONT, 0, 0));
+    HGDIOBJ old = font ? SelectObject(dc, font) : nullptr;
+    SIZE size{};
+    GetTextExtentPoint32W(dc, text.c_str(), length, &size);
+    if (old) SelectObject(dc, old);
+    ReleaseDC(control, dc);
+    return static_cast<int>(size.cx);
+}
+
+int dpiOf(HWND window) {
+    HDC screen = GetDC(window);
+    const int dpi = std::max(96, GetDeviceCaps(screen, LOGPIXELSY));
+    ReleaseDC(window, screen);
+    return dpi;
+}
+
+void fitListColumns(HWND list, const std::vector<std::vector<std::wstring>>& rows,
+                    const std::vector<std::wstring>& captions, int maxWidth) {
+    HDC dc = GetDC(list);
+    auto font = reinterpret_cast<HFONT>(SendMessageW(list, WM_GETFONT, 0, 0));
+    HGDIOBJ old = font ? SelectObject(dc, font) : nullptr;
+    auto widthOf = [&](const std::wstring& text) {
+        SIZE size{};
+        GetTextExtentPoint32W(dc, text.c_str(), static_cast<int>(text.size()), &size);
+        return static_cast<int>(size.cx);
+    };
+    for (std::size_t c = 0; c < captions.size(); ++c) {
+        int width = widthOf(captions[c]);
+        for (std::size_t r = 0; r < rows.size() && r < 500; ++r)
+            if (c < rows[r].size()) width = std::max(width, widthOf(rows[r][c]));
+        ListView_SetColumnWidth(list, static_cast<int>(c), std::min(width + 16, maxWidth));
+    }
+    if (old) SelectObject(dc, old);
+    ReleaseDC(list, dc);
+}
+
+void putItemText(NMHDR* dispInfo, const wchar_t* text, std::size_t length) {
+    auto* info = reinterpret_cast<NMLVDISPINFOW*>(dispInfo);
+    if (!(info->item.mask & LVIF_TEXT) || info->item.cchTextMax <= 0) return;
+    const std::size_t n = std::min(length, static_cast<std::size_t>(info->item.cchTextMax - 1));
+    std::copy_n(text, n, info->item.pszText);
+    info->item.pszText[n] = L'\0';
+}
+
+std::optional<Str> askSavePath(HWND owner, const Str& fileType, const Str& extension,
+                               const Str& suggested, const Str& title) {
+    Str filter = fileType + u" (*." + extension + u")";
+    filter += u'\0';
+    filter += u"*." + extension;
+    filter += u'\0';
+    std::wstring file = wide(suggested);
+    file.resize(MAX_PATH * 4, L'\0');
+    const std::wstring ext = wide(extension);
+    OPENFILENAMEW ofn{};
+    ofn.lStructSize = sizeof ofn;
+    ofn.hwndOwner = owner;
+    ofn.lpstrFilter = wtext(filter);
+    ofn.lpstrFile = file.data();
+    ofn.nMaxFile = static_cast<DWORD>(file.size());
+    ofn.lpstrTitle = wtext(title);
+    ofn.lpstrDefExt = ext.c_str();
+    ofn.Flags = OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST | OFN_NOCHANGEDIR | OFN_EXPLORER;
+    if (!GetSaveFileNameW(&ofn)) return std::nullopt;
+    const std::wstring chosen(file.c_str());
+    return Str(chosen.begin(), chosen.end());
+}
+
+int runWindowLoop(HWND window, int show) {
+    if (!window) return 1;
+    ShowWindow(window, show);
+    UpdateWindow(window);
+    MSG msg;
+    while (IsWindow(window) && GetMessageW(&msg, nullptr, 0, 0) > 0) {
+        if (IsDialogMessageW(window, &msg)) continue;
+        TranslateMessage(&msg);
+        DispatchMessageW(&msg);
+    }
+    return 0;
+}
+
+}  // namespace hb::winui
