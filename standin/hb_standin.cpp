@@ -349,6 +349,8 @@ class Session {
     Str scriptStatistics();
     // A file's text (UTF-8, without a byte-order mark), "" when unreadable.
     static std::string fileText(const std::wstring& path);
+    // A CSV file's text, its rows printed as the session's log shows them.
+    static Str shownCsv(const std::wstring& path, const char* name);
     std::wstring outputFolder() const;
 
     std::unique_ptr<RunningOutlook> running_;
@@ -725,6 +727,21 @@ Str Session::openStatistics() {
     return hb::com::fromWide(status.c_str(), status.size());
 }
 
+Str Session::shownCsv(const std::wstring& path, const char* name) {
+    const std::string bytes = fileText(path);
+    std::printf("   %s:\n", name);
+    std::size_t from = 0;
+    while (from < bytes.size()) {
+        std::size_t end = bytes.find('\n', from);
+        if (end == std::string::npos) end = bytes.size();
+        std::string row = bytes.substr(from, end - from);
+        if (!row.empty() && row.back() == '\r') row.pop_back();
+        std::printf("   | %s\n", row.c_str());
+        from = end + 1;
+    }
+    return hb::fromUtf8(bytes);
+}
+
 std::string Session::fileText(const std::wstring& path) {
     std::string bytes;
     if (FILE* f = _wfopen(path.c_str(), L"rb")) {
@@ -757,18 +774,7 @@ Str Session::scriptStatistics() {
         ++failures_;
         return {};
     }
-    const std::string bytes = fileText(csv);
-    std::printf("   pivot.csv:\n");
-    std::size_t from = 0;
-    while (from < bytes.size()) {
-        std::size_t end = bytes.find('\n', from);
-        if (end == std::string::npos) end = bytes.size();
-        std::string row = bytes.substr(from, end - from);
-        if (!row.empty() && row.back() == '\r') row.pop_back();
-        std::printf("   | %s\n", row.c_str());
-        from = end + 1;
-    }
-    return hb::fromUtf8(bytes);
+    return shownCsv(csv, "pivot.csv");
 }
 
 std::wstring Session::outputFolder() const {
@@ -797,18 +803,7 @@ Str Session::scriptReport() {
         ++failures_;
         return {};
     }
-    const std::string bytes = fileText(csv);
-    std::printf("   report.csv:\n");
-    std::size_t from = 0;
-    while (from < bytes.size()) {
-        std::size_t end = bytes.find('\n', from);
-        if (end == std::string::npos) end = bytes.size();
-        std::string row = bytes.substr(from, end - from);
-        if (!row.empty() && row.back() == '\r') row.pop_back();
-        std::printf("   | %s\n", row.c_str());
-        from = end + 1;
-    }
-    return hb::fromUtf8(bytes);
+    return shownCsv(csv, "report.csv");
 }
 
 void Session::guarded(const std::function<void()>& userAction) {

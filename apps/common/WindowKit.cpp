@@ -108,6 +108,56 @@ std::optional<Str> askSavePath(HWND owner, const Str& fileType, const Str& exten
     return Str(chosen.begin(), chosen.end());
 }
 
+bool registerWindowClass(HINSTANCE instance, const wchar_t* name, WNDPROC proc, HBRUSH background) {
+    WNDCLASSEXW wc{};
+    wc.cbSize = sizeof wc;
+    if (GetClassInfoExW(instance, name, &wc)) return true;
+    wc.lpfnWndProc = proc;
+    wc.hInstance = instance;
+    wc.hCursor = LoadCursorW(nullptr, reinterpret_cast<LPCWSTR>(IDC_ARROW));
+    wc.hbrBackground = background;
+    wc.lpszClassName = name;
+    wc.hIcon = LoadIconW(nullptr, reinterpret_cast<LPCWSTR>(IDI_APPLICATION));
+    return RegisterClassExW(&wc) != 0;
+}
+
+bool answerFrameMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam, SIZE minimum,
+                        bool busy, LRESULT& result) {
+    switch (message) {
+        case WM_GETMINMAXINFO: {
+            auto* info = reinterpret_cast<MINMAXINFO*>(lParam);
+            const int dpi = dpiOf(window);
+            info->ptMinTrackSize = {MulDiv(minimum.cx, dpi, 96), MulDiv(minimum.cy, dpi, 96)};
+            result = 0;
+            return true;
+        }
+        case WM_SETCURSOR:
+            if (LOWORD(lParam) != HTCLIENT || !busy) return false;
+            SetCursor(LoadCursorW(nullptr, reinterpret_cast<LPCWSTR>(IDC_APPSTARTING)));
+            result = TRUE;
+            return true;
+        case WM_CTLCOLORSTATIC:
+            SetBkMode(reinterpret_cast<HDC>(wParam), TRANSPARENT);
+            result = reinterpret_cast<LRESULT>(GetSysColorBrush(COLOR_BTNFACE));
+            return true;
+        default:
+            return false;
+    }
+}
+
+void joinWorker(HANDLE& worker) {
+    if (!worker) return;
+    WaitForSingleObject(worker, INFINITE);
+    CloseHandle(worker);
+    worker = nullptr;
+}
+
+void dropPosted(HWND window, UINT doneMessage, void (*drop)(LPARAM)) {
+    MSG msg;
+    while (PeekMessageW(&msg, window, doneMessage, doneMessage, PM_REMOVE))
+        drop(msg.lParam);
+}
+
 int runWindowLoop(HWND window, int show) {
     if (!window) return 1;
     ShowWindow(window, show);

@@ -48,6 +48,23 @@ void putItemText(NMHDR* dispInfo, const wchar_t* text, std::size_t length);
 std::optional<Str> askSavePath(HWND owner, const Str& fileType, const Str& extension,
                                const Str& suggested, const Str& title);
 
+// Registers a window class once (the arrow pointer, the application's
+// icon, the background given; null: the window paints it all).
+bool registerWindowClass(HINSTANCE instance, const wchar_t* name, WNDPROC proc, HBRUSH background);
+
+// The messages a companion window answers as the others do: the smallest
+// size (at 96 dpi), the busy pointer while its worker is at work (the
+// window still answers), labels on the window's background. True when the
+// message was one of them, with its result.
+bool answerFrameMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam, SIZE minimum,
+                        bool busy, LRESULT& result);
+
+// Waits for a worker thread to end and closes it (null afterwards); then
+// takes `doneMessage`s the worker posted and nobody will handle off the
+// queue, handing each lParam to `drop`.
+void joinWorker(HANDLE& worker);
+void dropPosted(HWND window, UINT doneMessage, void (*drop)(LPARAM));
+
 // Shows the window and handles messages (dialog keys included) until it is
 // destroyed.
 int runWindowLoop(HWND window, int show);

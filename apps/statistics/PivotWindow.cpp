@@ -475,11 +475,7 @@ void exportWithDialog(HWND window, ExportFormat format) {
 void finished(HWND window, Job* done) {
     std::unique_ptr<Job> job(done);
     State& st = *stateOf(window);
-    if (st.worker) {
-        WaitForSingleObject(st.worker, INFINITE);
-        CloseHandle(st.worker);
-        st.worker = nullptr;
-    }
+    joinWorker(st.worker);
     const PivotTexts& t = st.setup.texts;
     const bool run = job->kind == Job::Kind::Run;
     if (run && !job->failure) {
@@ -516,12 +512,8 @@ void finished(HWND window, Job* done) {
 void stopWorker(HWND window) {
     State& st = *stateOf(window);
     if (!st.worker) return;
-    WaitForSingleObject(st.worker, INFINITE);
-    CloseHandle(st.worker);
-    st.worker = nullptr;
-    MSG msg;
-    while (PeekMessageW(&msg, window, WM_PW_DONE, WM_PW_DONE, PM_REMOVE))
-        delete reinterpret_cast<Job*>(msg.lParam);
+    joinWorker(st.worker);
+    dropPosted(window, WM_PW_DONE, [](LPARAM job) { delete reinterpret_cast<Job*>(job); });
 }
 
 void onCommand(HWND window, int id, int code) {
@@ -581,6 +573,10 @@ LRESULT onNotify(HWND window, NMHDR* header) {
 }
 
 LRESULT CALLBACK windowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    LRESULT answer = 0;
+    if (answerFrameMessage(window, message, wParam, lParam, SIZE{860, 420},
+                           stateOf(window) && stateOf(window)->worker, answer))
+        return answer;
     switch (message) {
         case WM_NCCREATE: {
             auto* cs = reinterpret_cast<CREATESTRUCTW*>(lParam);
@@ -597,30 +593,15 @@ LRESULT CALLBACK windowProc(HWND window, UINT message, WPARAM wParam, LPARAM lPa
         case WM_SIZE:
             layout(window);
             return 0;
-        case WM_GETMINMAXINFO: {
-            auto* info = reinterpret_cast<MINMAXINFO*>(lParam);
-            const int dpi = dpiOf(window);
-            info->ptMinTrackSize = {MulDiv(860, dpi, 96), MulDiv(420, dpi, 96)};
-            return 0;
-        }
         case WM_COMMAND:
             if (stateOf(window)) onCommand(window, LOWORD(wParam), HIWORD(wParam));
             return 0;
         case WM_NOTIFY:
             if (stateOf(window)) return onNotify(window, reinterpret_cast<NMHDR*>(lParam));
             return 0;
-        case WM_SETCURSOR:
-            if (LOWORD(lParam) == HTCLIENT && stateOf(window) && stateOf(window)->worker) {
-                SetCursor(LoadCursorW(nullptr, reinterpret_cast<LPCWSTR>(IDC_APPSTARTING)));
-                return TRUE;
-            }
-            break;
         case WM_PW_DONE:
             finished(window, reinterpret_cast<Job*>(lParam));
             return 0;
-        case WM_CTLCOLORSTATIC:
-            SetBkMode(reinterpret_cast<HDC>(wParam), TRANSPARENT);
-            return reinterpret_cast<LRESULT>(GetSysColorBrush(COLOR_BTNFACE));
         case WM_DESTROY:
             if (State* st = stateOf(window)) {
                 stopWorker(window);
@@ -640,27 +621,9 @@ LRESULT CALLBACK windowProc(HWND window, UINT message, WPARAM wParam, LPARAM lPa
 }
 
 bool registerClasses(HINSTANCE instance) {
-    WNDCLASSEXW wc{};
-    wc.cbSize = sizeof wc;
-    if (!GetClassInfoExW(instance, kChartClass, &wc)) {
-        wc = {};
-        wc.cbSize = sizeof wc;
-        wc.lpfnWndProc = chartProc;
-        wc.hInstance = instance;
-        wc.hCursor = LoadCursorW(nullptr, reinterpret_cast<LPCWSTR>(IDC_ARROW));
-        wc.lpszClassName = kChartClass;
-        if (!RegisterClassExW(&wc)) return false;
-    }
-    if (GetClassInfoExW(instance, kPivotWindowClass, &wc)) return true;
-    wc = {};
-    wc.cbSize = sizeof wc;
-    wc.lpfnWndProc = windowProc;
-    wc.hInstance = instance;
-    wc.hCursor = LoadCursorW(nullptr, reinterpret_cast<LPCWSTR>(IDC_ARROW));
-    wc.hbrBackground = GetSysColorBrush(COLOR_BTNFACE);
-    wc.lpszClassName = kPivotWindowClass;
-    wc.hIcon = LoadIconW(nullptr, reinterpret_cast<LPCWSTR>(IDI_APPLICATION));
-    return RegisterClassExW(&wc) != 0;
+    return registerWindowClass(instance, kChartClass, chartProc, nullptr) &&
+           registerWindowClass(instance, kPivotWindowClass, windowProc,
+                               GetSysColorBrush(COLOR_BTNFACE));
 }
 
 }  // namespace
