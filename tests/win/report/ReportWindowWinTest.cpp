@@ -28,6 +28,7 @@
 #include "languages/modMultiLanguage.h"
 #include "platform/win32/Win32Platform.h"
 #include "win/ComTestSupport.h"
+#include "win/WindowTestSupport.h"
 
 namespace hb::reportapp {
 namespace {
@@ -200,30 +201,15 @@ class ReportWindow : public ::testing::Test {
         ShowWindow(window_, SW_SHOW);
         pump();
     }
-    void pump() {
-        MSG msg;
-        while (PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE)) {
-            TranslateMessage(&msg);
-            DispatchMessageW(&msg);
-        }
-    }
+    void pump() { test::pumpMessages(); }
     // Until the model's work is done and its result shown.
     void settle() {
-        for (int i = 0; i < 1000; ++i) {
-            pump();
-            if (!reportWindowBusy(window_)) break;
-            MsgWaitForMultipleObjects(0, nullptr, FALSE, 20, QS_ALLINPUT);
-        }
-        pump();
-        ASSERT_FALSE(reportWindowBusy(window_)) << "the model's work did not end";
+        ASSERT_TRUE(test::settleWhile([this] { return reportWindowBusy(window_); }))
+            << "the model's work did not end";
     }
 
     HWND item(int id) { return GetDlgItem(window_, id); }
-    void choose(int id, int index) {
-        SendMessageW(item(id), CB_SETCURSEL, static_cast<WPARAM>(index), 0);
-        SendMessageW(window_, WM_COMMAND, MAKEWPARAM(id, CBN_SELCHANGE),
-                     reinterpret_cast<LPARAM>(item(id)));
-    }
+    void choose(int id, int index) { test::chooseInCombo(window_, id, index); }
     void click(int id) {
         SendMessageW(item(id), BM_CLICK, 0, 0);
         pump();
@@ -236,11 +222,7 @@ class ReportWindow : public ::testing::Test {
         st.wDay = static_cast<WORD>(p.day);
         SendMessageW(item(id), DTM_SETSYSTEMTIME, GDT_VALID, reinterpret_cast<LPARAM>(&st));
     }
-    std::wstring status() {
-        wchar_t text[512] = {};
-        SendMessageW(item(IDC_RW_STATUS), SB_GETTEXTW, 0, reinterpret_cast<LPARAM>(text));
-        return text;
-    }
+    std::wstring status() { return test::statusBarText(item(IDC_RW_STATUS)); }
 
     // The tree's rows in order, two blanks of indent per level.
     std::vector<std::wstring> treeRows() {

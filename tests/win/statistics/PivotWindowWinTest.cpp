@@ -17,6 +17,7 @@
 #include <mutex>
 
 #include "ComTestSupport.h"
+#include "WindowTestSupport.h"
 #include "apps/statistics/PivotWindow.h"
 #include "common/DateTime.h"
 #include "statistics/CubeFile.h"
@@ -119,34 +120,17 @@ class PivotWindowTest : public ::testing::Test {
         SetWindowPos(window_, HWND_TOP, 0, 0, 1100, 660, SWP_SHOWWINDOW);
         settle();
     }
-    void pump() {
-        MSG msg;
-        while (PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE)) {
-            TranslateMessage(&msg);
-            DispatchMessageW(&msg);
-        }
-    }
+    void pump() { test::pumpMessages(); }
     void settle() {
-        for (int i = 0; i < 1000; ++i) {
-            pump();
-            if (!pivotWindowBusy(window_)) break;
-            MsgWaitForMultipleObjects(0, nullptr, FALSE, 20, QS_ALLINPUT);
-        }
-        pump();
-        ASSERT_FALSE(pivotWindowBusy(window_)) << "the model's work did not end";
+        ASSERT_TRUE(test::settleWhile([this] { return pivotWindowBusy(window_); }))
+            << "the model's work did not end";
     }
     HWND item(int id) { return GetDlgItem(window_, id); }
     void choose(int id, int index) {
-        SendMessageW(item(id), CB_SETCURSEL, static_cast<WPARAM>(index), 0);
-        SendMessageW(window_, WM_COMMAND, MAKEWPARAM(id, CBN_SELCHANGE),
-                     reinterpret_cast<LPARAM>(item(id)));
+        test::chooseInCombo(window_, id, index);
         settle();
     }
-    std::wstring status() {
-        wchar_t text[512] = {};
-        SendMessageW(item(IDC_PW_STATUS), SB_GETTEXTW, 0, reinterpret_cast<LPARAM>(text));
-        return text;
-    }
+    std::wstring status() { return test::statusBarText(item(IDC_PW_STATUS)); }
     // The list's rows, cells joined by "|".
     std::vector<std::wstring> rows() {
         HWND list = item(IDC_PW_LIST);
