@@ -57,6 +57,30 @@ int dpiOf(HWND window) {
     return dpi;
 }
 
+Placer::Placer(HWND window, int statusBarId, int controls)
+    : window_(window), dpi_(dpiOf(window)), moves_(BeginDeferWindowPos(controls)) {
+    RECT client{};
+    GetClientRect(window, &client);
+    width = units(client.right);
+    height = units(client.bottom);
+    HWND status = GetDlgItem(window, statusBarId);
+    SendMessageW(status, WM_SIZE, 0, 0);  // the status bar sizes itself
+    RECT sr{};
+    GetWindowRect(status, &sr);
+    statusHeight = units(sr.bottom - sr.top);
+}
+
+Placer::~Placer() {
+    if (moves_) EndDeferWindowPos(moves_);
+}
+
+void Placer::place(HWND control, int x, int y, int cx, int cy) {
+    auto px = [this](int u) { return MulDiv(u, dpi_, 96); };
+    if (control && moves_)
+        moves_ = DeferWindowPos(moves_, control, nullptr, px(x), px(y), px(cx), px(cy),
+                                SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
 void fitListColumns(HWND list, const std::vector<std::vector<std::wstring>>& rows,
                     const std::vector<std::wstring>& captions, int maxWidth) {
     HDC dc = GetDC(list);

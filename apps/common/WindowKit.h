@@ -34,6 +34,28 @@ int textWidth(HWND control);
 // The window's dots per inch, at least 96.
 int dpiOf(HWND window);
 
+// Places a window's controls in one deferred move (EndDeferWindowPos when
+// it goes): positions and sizes at 96 dpi, scaled to the screen's. The
+// client area and the status bar's height are in the same units.
+class Placer {
+  public:
+    Placer(HWND window, int statusBarId, int controls);
+    ~Placer();
+    Placer(const Placer&) = delete;
+    Placer& operator=(const Placer&) = delete;
+    int units(int pixels) const { return MulDiv(pixels, 96, dpi_); }
+    void place(HWND control, int x, int y, int cx, int cy);
+    void place(int id, int x, int y, int cx, int cy) {
+        place(GetDlgItem(window_, id), x, y, cx, cy);
+    }
+    int width = 0, height = 0, statusHeight = 0;
+
+  private:
+    HWND window_;
+    int dpi_;
+    HDWP moves_;
+};
+
 // Sets the list's columns to the width of their widest text (captions and
 // the first 500 rows), at most `maxWidth` pixels.
 void fitListColumns(HWND list, const std::vector<std::vector<std::wstring>>& rows,

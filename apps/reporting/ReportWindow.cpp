@@ -170,40 +170,17 @@ void makeControls(HWND window, State& st) {
     }
 }
 
-// Each column as wide as its caption and the widest of its first rows (a
-// long list is not measured to its end).
-
 // --- layout ---------------------------------------------------------------------
-
-// A control's text width in pixels, in its font.
 
 // Places the controls. Sizes are given at 96 dpi and scaled to the screen's;
 // labels are as wide as their texts (translations differ in length).
 void layout(HWND window) {
     State& st = *stateOf(window);
-    const int dpi = dpiOf(window);
-    auto px = [dpi](int units) { return MulDiv(units, dpi, 96); };
-    auto units = [dpi](int pixels) { return MulDiv(pixels, 96, dpi); };
-
-    RECT client{};
-    GetClientRect(window, &client);
-    const int width = units(client.right);
-    const int height = units(client.bottom);
-    HWND status = item(window, IDC_RW_STATUS);
-    SendMessageW(status, WM_SIZE, 0, 0);
-    RECT sr{};
-    GetWindowRect(status, &sr);
-    const int statusHeight = units(sr.bottom - sr.top);
-
-    HDWP d = BeginDeferWindowPos(32);
-    auto place = [&](HWND h, int x, int y, int cx, int cy) {
-        if (h && d)
-            d = DeferWindowPos(d, h, nullptr, px(x), px(y), px(cx), px(cy),
-                               SWP_NOZORDER | SWP_NOACTIVATE);
-    };
-    auto placeId = [&](int id, int x, int y, int cx, int cy) {
-        place(item(window, id), x, y, cx, cy);
-    };
+    Placer placer(window, IDC_RW_STATUS, 32);
+    const int width = placer.width, height = placer.height, statusHeight = placer.statusHeight;
+    auto units = [&](int pixels) { return placer.units(pixels); };
+    auto place = [&](HWND h, int x, int y, int cx, int cy) { placer.place(h, x, y, cx, cy); };
+    auto placeId = [&](int id, int x, int y, int cx, int cy) { placer.place(id, x, y, cx, cy); };
     // The labels of the top rows in the order made: period, from, to; group
     // by, hours; rounding. The first of each row share a column.
     std::vector<HWND> rowLabels[3];
@@ -266,7 +243,6 @@ void layout(HWND window) {
         placeId(id, x, buttonsY, kButtonWidth, kRowHeight + 2);
         x += kButtonWidth + 6;
     }
-    if (d) EndDeferWindowPos(d);
 }
 
 // --- showing a report ---------------------------------------------------------

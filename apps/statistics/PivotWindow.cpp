@@ -169,29 +169,11 @@ void makeControls(HWND window, State& st) {
 
 void layout(HWND window) {
     State& st = *stateOf(window);
-    const int dpi = dpiOf(window);
-    auto px = [dpi](int units) { return MulDiv(units, dpi, 96); };
-    auto units = [dpi](int pixels) { return MulDiv(pixels, 96, dpi); };
-
-    RECT client{};
-    GetClientRect(window, &client);
-    const int width = units(client.right);
-    const int height = units(client.bottom);
-    HWND status = item(window, IDC_PW_STATUS);
-    SendMessageW(status, WM_SIZE, 0, 0);
-    RECT sr{};
-    GetWindowRect(status, &sr);
-    const int statusHeight = units(sr.bottom - sr.top);
-
-    HDWP d = BeginDeferWindowPos(24);
-    auto place = [&](HWND h, int x, int y, int cx, int cy) {
-        if (h && d)
-            d = DeferWindowPos(d, h, nullptr, px(x), px(y), px(cx), px(cy),
-                               SWP_NOZORDER | SWP_NOACTIVATE);
-    };
-    auto placeId = [&](int id, int x, int y, int cx, int cy) {
-        place(item(window, id), x, y, cx, cy);
-    };
+    Placer placer(window, IDC_PW_STATUS, 24);
+    const int width = placer.width, height = placer.height, statusHeight = placer.statusHeight;
+    auto units = [&](int pixels) { return placer.units(pixels); };
+    auto place = [&](HWND h, int x, int y, int cx, int cy) { placer.place(h, x, y, cx, cy); };
+    auto placeId = [&](int id, int x, int y, int cx, int cy) { placer.place(id, x, y, cx, cy); };
     const int comboDrop = 220;  // a drop-down's height includes its open list
     auto rowY = [](int row) { return kMargin + row * (kRowHeight + 6); };
     int x = kMargin;
@@ -236,7 +218,6 @@ void layout(HWND window) {
         placeId(id, x, buttonsY, kButtonWidth, kRowHeight + 2);
         x += kButtonWidth + 6;
     }
-    if (d) EndDeferWindowPos(d);
 }
 
 // --- showing the pivot ----------------------------------------------------------
