@@ -659,37 +659,8 @@ TEST_F(ReportWindow, SavesAScreenshot) {
     pump();
     Sleep(300);
     pump();
-    RECT r{};
-    GetWindowRect(window_, &r);
-    const std::string folder = test::unixPath(test::exeFolder());
-    ASSERT_FALSE(folder.empty());
-    const std::wstring done = test::exeFolder() + L"\\report-shot.done";
-    DeleteFileW(done.c_str());
-    const std::string shots = folder + "/../screenshots";
-    char geometry[64];
-    std::snprintf(geometry, sizeof geometry, "%ldx%ld+%ld+%ld", r.right - r.left, r.bottom - r.top,
-                  std::max(0L, static_cast<long>(r.left)), std::max(0L, static_cast<long>(r.top)));
-    // The x86 programs may run in an i386 root without ImageMagick: the
-    // script says so with a file of its own, and the picture is skipped.
-    const std::string script = "if command -v import >/dev/null; then mkdir -p '" + shots +
-                               "' && import -window root -crop " + geometry + " +repage '" + shots +
-                               "/report.png'; else touch '" + test::unixPath(noImport) +
-                               "'; fi; touch '" + test::unixPath(done) + "'";
-    std::wstring command = L"/bin/sh -c \"" + std::wstring(script.begin(), script.end()) + L"\"";
-    STARTUPINFOW si{};
-    si.cb = sizeof si;
-    PROCESS_INFORMATION pi{};
-    ASSERT_TRUE(CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr,
-                               nullptr, &si, &pi));
-    CloseHandle(pi.hThread);
-    CloseHandle(pi.hProcess);
-    // Wine does not wait for a Unix process: the script leaves a file.
-    for (int i = 0; i < 300 && GetFileAttributesW(done.c_str()) == INVALID_FILE_ATTRIBUTES; ++i) {
-        pump();
-        Sleep(100);
-    }
-    EXPECT_NE(GetFileAttributesW(done.c_str()), INVALID_FILE_ATTRIBUTES);
-    DeleteFileW(done.c_str());
+    const test::Shot shot = test::importScreenshot(window_, "report", noImport);
+    EXPECT_NE(shot, test::Shot::NotDone);
     if (GetFileAttributesW(noImport.c_str()) != INVALID_FILE_ATTRIBUTES)
         GTEST_SKIP() << "ImageMagick's import is not installed beside this Wine";
     EXPECT_GT(test::readFile(png).size(), 1000u) << "no screenshot (ImageMagick's import)";

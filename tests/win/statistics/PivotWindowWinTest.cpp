@@ -261,37 +261,12 @@ TEST_F(PivotWindowTest, SavesAScreenshot) {
     pump();
     Sleep(300);
     pump();
-    RECT r{};
-    GetWindowRect(window_, &r);
-    const std::wstring done = test::exeFolder() + L"\\pivot-shot.done";
     const std::wstring missing = test::exeFolder() + L"\\pivot-shot.noimport";
-    DeleteFileW(done.c_str());
-    DeleteFileW(missing.c_str());
-    const std::string shots = test::unixPath(test::exeFolder()) + "/../screenshots";
     const std::wstring png = test::exeFolder() + L"\\..\\screenshots\\pivot.png";
     DeleteFileW(png.c_str());
-    char geometry[64];
-    std::snprintf(geometry, sizeof geometry, "%ldx%ld+%ld+%ld", r.right - r.left, r.bottom - r.top,
-                  std::max(0L, static_cast<long>(r.left)), std::max(0L, static_cast<long>(r.top)));
-    const std::string script = "if command -v import >/dev/null; then mkdir -p '" + shots +
-                               "' && import -window root -crop " + geometry + " +repage '" + shots +
-                               "/pivot.png'; else touch '" + test::unixPath(missing) +
-                               "'; fi; touch '" + test::unixPath(done) + "'";
-    std::wstring command = L"/bin/sh -c \"" + std::wstring(script.begin(), script.end()) + L"\"";
-    STARTUPINFOW si{};
-    si.cb = sizeof si;
-    PROCESS_INFORMATION pi{};
-    ASSERT_TRUE(CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr,
-                               nullptr, &si, &pi));
-    CloseHandle(pi.hThread);
-    CloseHandle(pi.hProcess);
-    // Wine does not wait for a Unix process: the script leaves a file.
-    for (int i = 0; i < 300 && GetFileAttributesW(done.c_str()) == INVALID_FILE_ATTRIBUTES; ++i) {
-        pump();
-        Sleep(100);
-    }
-    EXPECT_NE(GetFileAttributesW(done.c_str()), INVALID_FILE_ATTRIBUTES);
-    if (GetFileAttributesW(missing.c_str()) != INVALID_FILE_ATTRIBUTES)
+    const test::Shot shot = test::importScreenshot(window_, "pivot", missing);
+    EXPECT_NE(shot, test::Shot::NotDone);
+    if (shot == test::Shot::NoImport)
         GTEST_SKIP() << "ImageMagick's import is not installed beside this Wine";
     EXPECT_GT(test::readFile(png).size(), 1000u) << "no screenshot (ImageMagick's import)";
 }
