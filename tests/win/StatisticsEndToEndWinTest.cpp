@@ -64,18 +64,18 @@ TEST(StatisticsEndToEnd, TheReportsLocalCubePivotsToTheReportsTotals) {
         const std::wstring report = folder + L"\\report.csv";
         const std::wstring pivot = folder + L"\\pivot.csv";
         std::string said;
-        ASSERT_EQ(run(L"HBReporting.exe",
-                      L"\"" + folder + L"\" /from:2024-05-06 /to:2024-05-07 /group:list1 \"/csv:" +
-                          report + L"\"",
-                      &said),
-                  0u)
+        ASSERT_EQ(
+            run(L"HBReporting.exe",
+                L"\"" + folder + L"\" /period:thismonth /group:list1 \"/csv:" + report + L"\"",
+                &said),
+            0u)
             << said;
         ASSERT_NE(GetFileAttributesW((cubeFolder + L"\\Hourbook cube.sqlite").c_str()),
                   INVALID_FILE_ATTRIBUTES)
             << "no cube in " << hb::test::unixPath(cubeFolder);
         ASSERT_EQ(run(L"Cubelens.exe",
-                      L"\"" + cubeFolder + L"\" /rows:list1 /cols:day /from:2024-05-06 " +
-                          L"/to:2024-05-07 \"/csv:" + pivot + L"\"",
+                      L"\"" + cubeFolder + L"\" /rows:list1 /cols:day /period:thismonth \"/csv:" +
+                          pivot + L"\"",
                       &said),
                   0u)
             << said;
