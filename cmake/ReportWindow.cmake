@@ -12,7 +12,8 @@
 
 set(hb_rw_dir ${PROJECT_SOURCE_DIR}/apps/reporting)
 
-add_library(hb_report_ui OBJECT ${hb_rw_dir}/ReportWindow.cpp)
+add_library(hb_report_ui OBJECT ${hb_rw_dir}/ReportWindow.cpp
+            ${PROJECT_SOURCE_DIR}/apps/common/WindowKit.cpp)
 target_include_directories(hb_report_ui PUBLIC ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR})
 target_compile_definitions(hb_report_ui PUBLIC ${HB_WIN_DEFS})
 target_link_libraries(hb_report_ui PUBLIC comctl32 comdlg32 ole32 user32 gdi32)

@@ -17,9 +17,13 @@ target_include_directories(hb_standin PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJEC
 target_link_libraries(hb_standin PRIVATE hb_win32 hbcore ${HB_WIN_LIBS})
 target_link_options(hb_standin PRIVATE -municode)
 add_dependencies(hb_standin hb_idl)
-# The session presses Settings and Report: the add-in starts the settings
-# program and the report program from its folder.
+# The session presses Settings, Report and Statistics: the add-in starts the
+# settings program, the report program and Cubelens from its folder
+# (Cubelens is left out without libxlsxwriter, cmake/StatisticsApp.cmake).
 add_dependencies(hb_standin HBPersonalSettingsSingle HBReporting)
+if(HB_HAVE_XLSXWRITER)
+  add_dependencies(hb_standin Cubelens)
+endif()
 
 # What a run of the stand-in sets up around its Outlook, and its Application
 # served to other processes: the end-to-end benchmark and the tests that

@@ -116,23 +116,29 @@ else
                 return 1
             fi
         }
-        for shot in calendar appointment report; do
+        for shot in calendar appointment report pivot; do
             save_shot "$shot" || session_rc=1
         done
-        # The HTML page the scheduled report wrote, as a browser shows it.
-        page="$shots/report.html"
-        profile=$(mktemp -d)
-        if [ -s "$page" ] && chromium --headless --no-sandbox --disable-gpu --no-first-run \
-            --disable-background-networking --disable-component-update --disable-sync \
-            --user-data-dir="$profile" --window-size=1000,900 \
-            --screenshot="$shots/report-page.png" "file://$page" >/dev/null 2>&1 </dev/null &&
-            [ -s "$shots/report-page.png" ]; then
-            echo "   screenshot: build/screenshots/report-page.png (report.html in Chromium)"
-        else
-            echo "   screenshot of the report's HTML page: not taken"
-            session_rc=1
-        fi
-        rm -rf "$profile"
+        # An HTML page the session wrote (the scheduled report's, Cubelens's
+        # pivot page), as a browser shows it.
+        page_shot() {
+            local page="$shots/$1.html" png="$shots/$2.png" profile
+            profile=$(mktemp -d)
+            if [ -s "$page" ] && chromium --headless --no-sandbox --disable-gpu --no-first-run \
+                --disable-background-networking --disable-component-update --disable-sync \
+                --user-data-dir="$profile" --window-size="$3" \
+                --screenshot="$png" "file://$page" >/dev/null 2>&1 </dev/null &&
+                [ -s "$png" ]; then
+                echo "   screenshot: build/screenshots/$2.png ($1.html in Chromium)"
+            else
+                echo "   screenshot of $1.html: not taken"
+                rm -rf "$profile"
+                return 1
+            fi
+            rm -rf "$profile"
+        }
+        page_shot report report-page 1000,900 || session_rc=1
+        page_shot pivot pivot-page 1200,800 || session_rc=1
         echo
         echo "   The same session under Outlook 16: the ribbon group on the calendar's Home tab"
         echo "   instead of the toolbar:"

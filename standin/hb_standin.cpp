@@ -25,6 +25,7 @@
 #include <windows.h>
 
 #include <cstdio>
+#include <cstring>
 #include <cwchar>
 #include <functional>
 #include <map>
@@ -61,27 +62,35 @@ constexpr int kReportList = 1013;
 constexpr UINT kListViewItemCount = 0x1004;  // LVM_GETITEMCOUNT
 constexpr int kFaceReport = 790;             // the Report button's face on the add-in's bar
 constexpr int kFaceSettings = 1556;          // the Settings button's face on the add-in's bar
+constexpr int kFaceStatistics = 1957;        // the Statistics button's face on the add-in's bar
+constexpr wchar_t kStatisticsProgram[] = L"Cubelens.exe";
+constexpr wchar_t kPivotWindowClass[] = L"HourbookPivotWindow";
+// The pivot window's status line and list (apps/statistics/PivotWindow.h).
+constexpr int kPivotStatus = 1115;
+constexpr int kPivotList = 1109;
 
 // What the user does, one step of the session.
 enum class Do {
-    Select,         // select the appointment `subject` in the main explorer
-    PickToolbar,    // pick `entry` in box `box` of the add-in's bar of the active window
-    OpenItem,       // open the appointment `subject` in an inspector
-    PickPane,       // pick `entry` in box `box` of the inspector's pane (toolbar before 12)
-    SaveAndClose,   // save the inspector's item and close the inspector
-    OpenExplorer,   // open the calendar in a second explorer and select `subject` there
-    CloseExplorer,  // close the second explorer
-    Shot,           // save a screenshot of the active window as `entry`
-    OpenSettings,   // press Settings on the main explorer's bar: the settings program starts
-    AddEntry,       // in the settings dialog: add `entry` to list `box`
-    RenameList,     // in the settings dialog: rename list `box` to `entry`
-    SettingsOk,     // press OK in the settings dialog: it saves and ends
-    BackToOutlook,  // activate the main explorer again
-    MovePane,       // dock the open appointment window's task pane at position `box`
-    CheckStored,    // the registry's setting `entry` must hold `expect`
-    ToItem,         // activate the inspector opened before
-    OpenReport,     // press Report: the report program's window shows this month's report
-    ScriptReport,   // run the report program from a script: CSV, XLSX and HTML of this month
+    Select,            // select the appointment `subject` in the main explorer
+    PickToolbar,       // pick `entry` in box `box` of the add-in's bar of the active window
+    OpenItem,          // open the appointment `subject` in an inspector
+    PickPane,          // pick `entry` in box `box` of the inspector's pane (toolbar before 12)
+    SaveAndClose,      // save the inspector's item and close the inspector
+    OpenExplorer,      // open the calendar in a second explorer and select `subject` there
+    CloseExplorer,     // close the second explorer
+    Shot,              // save a screenshot of the active window as `entry`
+    OpenSettings,      // press Settings on the main explorer's bar: the settings program starts
+    AddEntry,          // in the settings dialog: add `entry` to list `box`
+    RenameList,        // in the settings dialog: rename list `box` to `entry`
+    SettingsOk,        // press OK in the settings dialog: it saves and ends
+    BackToOutlook,     // activate the main explorer again
+    MovePane,          // dock the open appointment window's task pane at position `box`
+    CheckStored,       // the registry's setting `entry` must hold `expect`
+    ToItem,            // activate the inspector opened before
+    OpenReport,        // press Report: the report program's window shows this month's report
+    ScriptReport,      // run the report program from a script: CSV, XLSX and HTML of this month
+    OpenStatistics,    // press Statistics: Cubelens's pivot window shows the records
+    ScriptStatistics,  // run Cubelens from a script: the pivot as CSV and HTML
 };
 
 struct Step {
@@ -94,8 +103,9 @@ struct Step {
     // OpenExplorer what the add-in's boxes show, joined by ", "; after
     // OpenSettings the program's arguments; after BackToOutlook the lists
     // of the bar ("caption: entry, entry | ..."); after OpenReport the
-    // number of rows of the report's detailed list; after ScriptReport the
-    // texts the CSV file holds, joined by "|".
+    // number of rows of the report's detailed list; after ScriptReport and
+    // ScriptStatistics the texts the CSV file holds, joined by "|"; after
+    // OpenStatistics the pivot window's status line.
     const char16_t* expect;
     // Only from Outlook 12 on, where appointment windows have task panes
     // (before, the one toolbar holder serves the open window's bar).
@@ -144,6 +154,9 @@ const Step kSession[] = {
     {Do::OpenReport, nullptr, 0, nullptr, u"3"},
     {Do::ScriptReport, nullptr, 0, nullptr,
      u"Project kickoff|Umbrella|Client call|Office|Code review|Initech|85.00"},
+    // The statistics of the records the report wrote to its database.
+    {Do::OpenStatistics, nullptr, 0, nullptr, u"3 records, Hours 3.00"},
+    {Do::ScriptStatistics, nullptr, 0, nullptr, u"Umbrella|Initech|Sum|3.00"},
 };
 
 // Loaded into a running Outlook whose calendar shows "Client call" selected
@@ -311,6 +324,33 @@ class Session {
     // The report program run as a script runs it, while Outlook serves it:
     // the CSV file's text ("" when the run failed).
     Str scriptReport();
+    // A companion program's window opened by a button of the add-in.
+    struct ProgramWindow {
+        const char16_t* ribbonId;
+        int faceId;
+        const char* button;
+        const wchar_t* exe;
+        const wchar_t* windowClass;
+        const char* program;
+        int list, status;           // its list view and status line
+        const wchar_t* statusSays;  // in the status line when the work is in
+        const char* shot;           // the window's name and its picture's
+    };
+    // Presses the button, waits for the program's window and its rows (the
+    // list's row count and the status line), captures it as `shot`.bmp in
+    // the toolbar's session and closes it; false when no window came.
+    bool openProgramWindow(const ProgramWindow& kind, ChildProgram& child, LRESULT& rows,
+                           std::wstring& status);
+    // Cubelens's pivot window, opened by the Statistics button: its status
+    // line once the pivot is in ("" when none came).
+    Str openStatistics();
+    // Cubelens run as a script runs it on the folder the button gave it:
+    // the CSV file's text ("" when the run failed); pivot.html beside it.
+    Str scriptStatistics();
+    // A file's text (UTF-8, without a byte-order mark), "" when unreadable.
+    static std::string fileText(const std::wstring& path);
+    // A CSV file's text, its rows printed as the session's log shows them.
+    static Str shownCsv(const std::wstring& path, const char* name);
     std::wstring outputFolder() const;
 
     std::unique_ptr<RunningOutlook> running_;
@@ -324,6 +364,8 @@ class Session {
     std::unique_ptr<ChildProgram> settings_;
     std::wstring reportPath_;  // where the add-in started the report program from
     Str reportRows_, reportCsv_;
+    std::wstring statsPath_, statsArguments_;  // how the add-in started Cubelens
+    Str statsStatus_, statsCsv_;
     int failures_ = 0;
 };
 
@@ -520,6 +562,14 @@ void Session::act(const Step& step) {
         case Do::ScriptReport:
             reportCsv_ = scriptReport();
             break;
+        case Do::OpenStatistics:
+            std::printf("\n> presses Statistics in the %s\n",
+                        ribbon() ? "ribbon group" : "toolbar");
+            statsStatus_ = openStatistics();
+            break;
+        case Do::ScriptStatistics:
+            statsCsv_ = scriptStatistics();
+            break;
     }
     windows_.render();
     // Under Outlook 14 on, the calendar's shot is the ribbon group's.
@@ -595,53 +645,136 @@ void Session::inSettingsDialog(const Step& step) {
     }
 }
 
-Str Session::openReport() {
-    ChildProgram report;
-    const bool pressed = ribbon() ? windows_.clickInRibbon(*sc_.explorer(), u"hbReport")
-                                  : windows_.clickInToolbar(*sc_.explorer(), kFaceReport);
+bool Session::openProgramWindow(const ProgramWindow& kind, ChildProgram& child, LRESULT& rows,
+                                std::wstring& status) {
+    const bool pressed = ribbon() ? windows_.clickInRibbon(*sc_.explorer(), kind.ribbonId)
+                                  : windows_.clickInToolbar(*sc_.explorer(), kind.faceId);
     if (!pressed) {
-        std::printf("   no Report button\n");
+        std::printf("   no %s button\n", kind.button);
         ++failures_;
-        return {};
+        return false;
     }
-    if (!report.waitForDialog(kReportProgram, 60000, kReportWindowClass)) {
-        std::printf("   no report program started (or it showed no window)\n");
+    if (!child.waitForDialog(kind.exe, 60000, kind.windowClass)) {
+        std::printf("   no %s started (or it showed no window)\n", kind.program);
         ++failures_;
-        return {};
+        return false;
     }
-    reportPath_ = report.path();
     sc_.leaveOutlook();
-    std::printf(
-        "   the add-in started %s \"%s\"; its window reaches the running Outlook\n"
-        "   (GetActiveObject) and has the add-in read this month inside Outlook\n",
-        utf8(report.path().substr(folderOf(report.path()).size() + 1)).c_str(),
-        utf8(report.arguments()).c_str());
-    // The window reads the calendar on a thread of its own at once; the
-    // report is in when its list has rows and the status line says so.
-    LRESULT rows = 0;
-    std::wstring status;
+    std::printf("   the add-in started %s \"%s\"\n",
+                utf8(child.path().substr(folderOf(child.path()).size() + 1)).c_str(),
+                utf8(child.arguments()).c_str());
+    // The window reads on a thread of its own at once; its work is in when
+    // its list has rows and the status line says so.
     const DWORD start = GetTickCount();
     while (GetTickCount() - start < 60000) {
         ChildProgram::serveFor(100);
-        rows = report.ask(kReportList, kListViewItemCount, 0, 0, 0);
-        status = report.text(kReportStatus);
-        if (rows > 0 && status.find(L" h, ") != std::wstring::npos) break;
+        rows = child.ask(kind.list, kListViewItemCount, 0, 0, 0);
+        status = child.text(kind.status);
+        if (rows > 0 && status.find(kind.statusSays) != std::wstring::npos) break;
     }
-    std::printf("   the report window: %ld rows; status line \"%s\"\n", static_cast<long>(rows),
-                utf8(status).c_str());
+    std::printf("   the %s window: %ld rows; status line \"%s\"\n", kind.shot,
+                static_cast<long>(rows), utf8(status).c_str());
     windows_.render();
     // One picture of the window: the toolbar's session takes it.
     if (!options_.shots.empty() && !ribbon()) {
-        const bool saved = windows_.capture(report.window(), options_.shots + L"\\report.bmp");
-        std::printf("\n  (screenshot of the report window %s)\n",
+        const std::wstring name(kind.shot, kind.shot + std::strlen(kind.shot));
+        const bool saved =
+            windows_.capture(child.window(), options_.shots + L"\\" + name + L".bmp");
+        std::printf("\n  (screenshot of the %s window %s)\n", kind.shot,
                     saved ? "saved" : "could not be taken");
     }
-    std::printf("\n> closes the report window\n");
-    const long code = report.closeAndWait(30000);
-    std::printf("   the report program ended (exit code %ld)\n", code);
+    std::printf("\n> closes the %s window\n", kind.shot);
+    const long code = child.closeAndWait(30000);
+    std::printf("   the %s ended (exit code %ld)\n", kind.program, code);
     if (code != 0) ++failures_;
     sc_.returnToOutlook(sc_.explorer());
+    return true;
+}
+
+Str Session::openReport() {
+    static const ProgramWindow kReport = {
+        u"hbReport",      kFaceReport, "Report",      kReportProgram, kReportWindowClass,
+        "report program", kReportList, kReportStatus, L" h, ",        "report"};
+    std::printf(
+        "   (its window reaches the running Outlook (GetActiveObject) and has the\n"
+        "   add-in read this month inside Outlook)\n");
+    ChildProgram report;
+    LRESULT rows = 0;
+    std::wstring status;
+    if (!openProgramWindow(kReport, report, rows, status)) return {};
+    reportPath_ = report.path();
     return hb::toStr(static_cast<long long>(rows));
+}
+
+Str Session::openStatistics() {
+    static const ProgramWindow kPivot = {u"hbStatistics",
+                                         kFaceStatistics,
+                                         "Statistics",
+                                         kStatisticsProgram,
+                                         kPivotWindowClass,
+                                         "statistics program",
+                                         kPivotList,
+                                         kPivotStatus,
+                                         L", ",
+                                         "pivot"};
+    std::printf("   (Cubelens reads the report's database in the folder it is given)\n");
+    ChildProgram stats;
+    LRESULT rows = 0;
+    std::wstring status;
+    if (!openProgramWindow(kPivot, stats, rows, status)) return {};
+    statsPath_ = stats.path();
+    statsArguments_ = stats.arguments();
+    return hb::com::fromWide(status.c_str(), status.size());
+}
+
+Str Session::shownCsv(const std::wstring& path, const char* name) {
+    const std::string bytes = fileText(path);
+    std::printf("   %s:\n", name);
+    std::size_t from = 0;
+    while (from < bytes.size()) {
+        std::size_t end = bytes.find('\n', from);
+        if (end == std::string::npos) end = bytes.size();
+        std::string row = bytes.substr(from, end - from);
+        if (!row.empty() && row.back() == '\r') row.pop_back();
+        std::printf("   | %s\n", row.c_str());
+        from = end + 1;
+    }
+    return hb::fromUtf8(bytes);
+}
+
+std::string Session::fileText(const std::wstring& path) {
+    std::string bytes;
+    if (FILE* f = _wfopen(path.c_str(), L"rb")) {
+        char buffer[4096];
+        for (std::size_t n; (n = std::fread(buffer, 1, sizeof buffer, f)) > 0;)
+            bytes.append(buffer, n);
+        std::fclose(f);
+    }
+    if (bytes.starts_with("\xEF\xBB\xBF")) bytes.erase(0, 3);
+    return bytes;
+}
+
+Str Session::scriptStatistics() {
+    if (statsPath_.empty()) return {};
+    const std::wstring folder = outputFolder();
+    const std::wstring csv = folder + L"\\pivot.csv", html = folder + L"\\pivot.html";
+    const std::wstring line = L"\"" + statsPath_ + L"\" " + statsArguments_ +
+                              L" /rows:list1 /cols:month /csv:\"" + csv + L"\" /html:\"" + html +
+                              L"\"";
+    std::printf(
+        "\n> a script runs Cubelens.exe on that folder /rows:list1 /cols:month\n"
+        "  /csv:pivot.csv /html:pivot.html\n");
+    DeleteFileW(csv.c_str());
+    DeleteFileW(html.c_str());
+    const long code = ChildProgram::runToEnd(line, 120000);
+    std::printf("   exit code %ld\n", code);
+    const std::string page = fileText(html);
+    std::printf("   pivot.html: %zu bytes\n", page.size());
+    if (code != 0 || page.find("</html>") == std::string::npos) {
+        ++failures_;
+        return {};
+    }
+    return shownCsv(csv, "pivot.csv");
 }
 
 std::wstring Session::outputFolder() const {
@@ -670,25 +803,7 @@ Str Session::scriptReport() {
         ++failures_;
         return {};
     }
-    std::string bytes;
-    if (FILE* f = _wfopen(csv.c_str(), L"rb")) {
-        char buffer[4096];
-        for (std::size_t n; (n = std::fread(buffer, 1, sizeof buffer, f)) > 0;)
-            bytes.append(buffer, n);
-        std::fclose(f);
-    }
-    if (bytes.starts_with("\xEF\xBB\xBF")) bytes.erase(0, 3);
-    std::printf("   report.csv:\n");
-    std::size_t from = 0;
-    while (from < bytes.size()) {
-        std::size_t end = bytes.find('\n', from);
-        if (end == std::string::npos) end = bytes.size();
-        std::string row = bytes.substr(from, end - from);
-        if (!row.empty() && row.back() == '\r') row.pop_back();
-        std::printf("   | %s\n", row.c_str());
-        from = end + 1;
-    }
-    return hb::fromUtf8(bytes);
+    return shownCsv(csv, "report.csv");
 }
 
 void Session::guarded(const std::function<void()>& userAction) {
@@ -761,8 +876,12 @@ bool Session::expect(const Step& step) {
     } else if (step.action == Do::OpenReport) {
         actual = reportRows_;
         what = "rows in the report window";
-    } else if (step.action == Do::ScriptReport) {
+    } else if (step.action == Do::OpenStatistics) {
+        actual = statsStatus_;
+        what = "the pivot window's status line";
+    } else if (step.action == Do::ScriptReport || step.action == Do::ScriptStatistics) {
         // Each text must be in the file; the first missing one is reported.
+        const Str& file = step.action == Do::ScriptReport ? reportCsv_ : statsCsv_;
         const Str wanted = step.expect;
         std::size_t from = 0;
         actual = wanted;
@@ -770,13 +889,13 @@ bool Session::expect(const Step& step) {
             std::size_t end = wanted.find(u'|', from);
             if (end == Str::npos) end = wanted.size();
             const Str piece = wanted.substr(from, end - from);
-            if (reportCsv_.find(piece) == Str::npos) {
+            if (file.find(piece) == Str::npos) {
                 actual = u"no \"" + piece + u"\"";
                 break;
             }
             from = end + 1;
         }
-        what = "report.csv";
+        what = step.action == Do::ScriptReport ? "report.csv" : "pivot.csv";
     } else if (step.action == Do::PickPane) {
         actual = inspector_->currentItem->categories;
         what = "categories in the appointment window";

@@ -1,7 +1,6 @@
 #include "apps/reporting/ReportWindow.h"
 
 #include <commctrl.h>
-#include <commdlg.h>
 #include <objbase.h>
 #include <process.h>
 
@@ -12,11 +11,13 @@
 #include <string>
 #include <vector>
 
+#include "apps/common/WindowKit.h"
 #include "common/DateTime.h"
 
 namespace hb::reportapp {
 
 using namespace hb::reporting;
+using namespace hb::winui;
 
 namespace {
 
@@ -28,14 +29,6 @@ constexpr UINT WM_RW_DONE = WM_APP + 1;
 constexpr int kMargin = 10;
 constexpr int kRowHeight = 24;
 constexpr int kButtonWidth = 110;
-
-const wchar_t* w(const Str& text) {
-    return reinterpret_cast<const wchar_t*>(text.c_str());
-}
-
-std::wstring wide(const Str& text) {
-    return std::wstring(text.begin(), text.end());
-}
 
 // A piece of work for the model on the worker thread, and what came of it.
 struct Job {
@@ -80,22 +73,6 @@ int selected(HWND window, int id) {
 
 // --- making the controls ------------------------------------------------------
 
-HWND control(HWND parent, const wchar_t* cls, const Str& text, DWORD style, int id,
-             DWORD exStyle = 0) {
-    return CreateWindowExW(exStyle, cls, w(text), WS_CHILD | WS_VISIBLE | style, 0, 0, 10, 10,
-                           parent, reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)),
-                           reinterpret_cast<HINSTANCE>(GetWindowLongPtrW(parent, GWLP_HINSTANCE)),
-                           nullptr);
-}
-
-HWND comboBox(HWND parent, int id, const std::vector<Str>& choices, int chosen) {
-    HWND box = control(parent, WC_COMBOBOXW, u"", CBS_DROPDOWNLIST | WS_VSCROLL | WS_TABSTOP, id);
-    for (const Str& c : choices)
-        SendMessageW(box, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(w(c)));
-    SendMessageW(box, CB_SETCURSEL, static_cast<WPARAM>(chosen), 0);
-    return box;
-}
-
 SYSTEMTIME systemTime(DayNumber day) {
     const dt::Parts p = dt::toParts(day);
     SYSTEMTIME st{};
@@ -123,17 +100,17 @@ void makeControls(HWND window, State& st) {
     const ReportTexts& t = st.setup.texts;
     const ReportForm& f = st.setup.form;
     auto label = [&](const Str& text, int row) {
-        st.labels.emplace_back(control(window, WC_STATICW, text, SS_RIGHT | SS_CENTERIMAGE, -1),
+        st.labels.emplace_back(makeControl(window, WC_STATICW, text, SS_RIGHT | SS_CENTERIMAGE, -1),
                                row);
     };
 
     label(t.period, 0);
-    comboBox(window, IDC_RW_PERIOD, {t.periods.begin(), t.periods.end()},
-             static_cast<int>(f.period));
+    makeComboBox(window, IDC_RW_PERIOD, {t.periods.begin(), t.periods.end()},
+                 static_cast<int>(f.period));
     label(t.from, 0);
-    control(window, DATETIMEPICK_CLASSW, u"", DTS_SHORTDATEFORMAT | WS_TABSTOP, IDC_RW_FROM);
+    makeControl(window, DATETIMEPICK_CLASSW, u"", DTS_SHORTDATEFORMAT | WS_TABSTOP, IDC_RW_FROM);
     label(t.to, 0);
-    control(window, DATETIMEPICK_CLASSW, u"", DTS_SHORTDATEFORMAT | WS_TABSTOP, IDC_RW_TO);
+    makeControl(window, DATETIMEPICK_CLASSW, u"", DTS_SHORTDATEFORMAT | WS_TABSTOP, IDC_RW_TO);
     const Period custom =
         f.custom.empty() ? periodOf(PeriodChoice::ThisMonth, st.setup.today, f.custom) : f.custom;
     SYSTEMTIME from = systemTime(custom.first), to = systemTime(custom.last);
@@ -141,7 +118,7 @@ void makeControls(HWND window, State& st) {
                  reinterpret_cast<LPARAM>(&from));
     SendMessageW(item(window, IDC_RW_TO), DTM_SETSYSTEMTIME, GDT_VALID,
                  reinterpret_cast<LPARAM>(&to));
-    control(window, WC_BUTTONW, t.run, BS_DEFPUSHBUTTON | WS_TABSTOP, IDC_RW_RUN);
+    makeControl(window, WC_BUTTONW, t.run, BS_DEFPUSHBUTTON | WS_TABSTOP, IDC_RW_RUN);
 
     label(t.groupBy, 1);
     std::vector<Str> levels;
@@ -149,46 +126,41 @@ void makeControls(HWND window, State& st) {
         levels.push_back(dimensionCaption(d, st.setup.listCaptions, t));
     std::vector<Str> optionalLevels = levels;
     optionalLevels.insert(optionalLevels.begin(), t.none);
-    comboBox(window, IDC_RW_GROUP1, levels, groupingIndex(f.grouping[0], false));
-    comboBox(window, IDC_RW_GROUP2, optionalLevels, groupingIndex(f.grouping[1], true));
-    comboBox(window, IDC_RW_GROUP3, optionalLevels, groupingIndex(f.grouping[2], true));
+    makeComboBox(window, IDC_RW_GROUP1, levels, groupingIndex(f.grouping[0], false));
+    makeComboBox(window, IDC_RW_GROUP2, optionalLevels, groupingIndex(f.grouping[1], true));
+    makeComboBox(window, IDC_RW_GROUP3, optionalLevels, groupingIndex(f.grouping[2], true));
     label(t.hours, 1);
-    comboBox(window, IDC_RW_HOURS, {t.decimal, t.hoursMinutes},
-             f.hoursFormat == HoursFormat::Decimal ? 0 : 1);
+    makeComboBox(window, IDC_RW_HOURS, {t.decimal, t.hoursMinutes},
+                 f.hoursFormat == HoursFormat::Decimal ? 0 : 1);
 
     label(t.rounding, 2);
     int roundingIndex = 0;
     for (std::size_t i = 0; i < kRoundingMinutes.size(); ++i)
         if (kRoundingMinutes[i] == f.rounding.minutes) roundingIndex = static_cast<int>(i);
-    comboBox(window, IDC_RW_ROUNDING, roundingChoices(t), roundingIndex);
-    comboBox(window, IDC_RW_DIRECTION, {t.directions.begin(), t.directions.end()},
-             static_cast<int>(f.rounding.direction));
-    control(window, WC_BUTTONW, t.overlapOnce, BS_AUTOCHECKBOX | WS_TABSTOP, IDC_RW_OVERLAP);
+    makeComboBox(window, IDC_RW_ROUNDING, roundingChoices(t), roundingIndex);
+    makeComboBox(window, IDC_RW_DIRECTION, {t.directions.begin(), t.directions.end()},
+                 static_cast<int>(f.rounding.direction));
+    makeControl(window, WC_BUTTONW, t.overlapOnce, BS_AUTOCHECKBOX | WS_TABSTOP, IDC_RW_OVERLAP);
     CheckDlgButton(window, IDC_RW_OVERLAP, f.overlapOnce ? BST_CHECKED : BST_UNCHECKED);
 
-    st.summaryLabel = control(window, WC_STATICW, t.summary, SS_LEFT, -1);
-    st.detailsLabel = control(window, WC_STATICW, t.details, SS_LEFT, -1);
-    control(window, WC_TREEVIEWW, u"",
-            TVS_HASLINES | TVS_HASBUTTONS | TVS_LINESATROOT | TVS_SHOWSELALWAYS | WS_TABSTOP,
-            IDC_RW_TREE, WS_EX_CLIENTEDGE);
-    HWND list = control(window, WC_LISTVIEWW, u"",
-                        LVS_REPORT | LVS_OWNERDATA | LVS_SHOWSELALWAYS | WS_TABSTOP, IDC_RW_LIST,
-                        WS_EX_CLIENTEDGE);
+    st.summaryLabel = makeControl(window, WC_STATICW, t.summary, SS_LEFT, -1);
+    st.detailsLabel = makeControl(window, WC_STATICW, t.details, SS_LEFT, -1);
+    makeControl(window, WC_TREEVIEWW, u"",
+                TVS_HASLINES | TVS_HASBUTTONS | TVS_LINESATROOT | TVS_SHOWSELALWAYS | WS_TABSTOP,
+                IDC_RW_TREE, WS_EX_CLIENTEDGE);
+    HWND list = makeControl(window, WC_LISTVIEWW, u"",
+                            LVS_REPORT | LVS_OWNERDATA | LVS_SHOWSELALWAYS | WS_TABSTOP,
+                            IDC_RW_LIST, WS_EX_CLIENTEDGE);
     ListView_SetExtendedListViewStyle(
         list, LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER | LVS_EX_GRIDLINES | LVS_EX_LABELTIP);
     const int exportIds[] = {IDC_RW_CSV, IDC_RW_XLSX, IDC_RW_HTML};
     for (std::size_t i = 0; i < kExportFormats; ++i)
-        control(window, WC_BUTTONW, t.exports[i], BS_PUSHBUTTON | WS_TABSTOP, exportIds[i]);
-    control(window, STATUSCLASSNAMEW, t.ready, SBARS_SIZEGRIP, IDC_RW_STATUS);
+        makeControl(window, WC_BUTTONW, t.exports[i], BS_PUSHBUTTON | WS_TABSTOP, exportIds[i]);
+    makeControl(window, STATUSCLASSNAMEW, t.ready, SBARS_SIZEGRIP, IDC_RW_STATUS);
 
     // The message font of the system, as dialogs have it.
-    NONCLIENTMETRICSW metrics{};
-    metrics.cbSize = sizeof metrics;
-    if (SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0))
-        st.font = CreateFontIndirectW(&metrics.lfMessageFont);
+    st.font = useMessageFont(window);
     HFONT font = st.font ? st.font : static_cast<HFONT>(GetStockObject(DEFAULT_GUI_FONT));
-    for (HWND child = GetWindow(window, GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT))
-        SendMessageW(child, WM_SETFONT, reinterpret_cast<WPARAM>(font), FALSE);
     LOGFONTW bold{};
     if (GetObjectW(font, sizeof bold, &bold)) {
         bold.lfWeight = FW_BOLD;
@@ -198,74 +170,17 @@ void makeControls(HWND window, State& st) {
     }
 }
 
-// Each column as wide as its caption and the widest of its first rows (a
-// long list is not measured to its end).
-void fitColumns(HWND list, const std::vector<ListColumn>& columns,
-                const std::vector<std::vector<std::wstring>>& rows) {
-    HDC dc = GetDC(list);
-    auto font = reinterpret_cast<HFONT>(SendMessageW(list, WM_GETFONT, 0, 0));
-    HGDIOBJ old = font ? SelectObject(dc, font) : nullptr;
-    auto widthOf = [&](const std::wstring& text) {
-        SIZE size{};
-        GetTextExtentPoint32W(dc, text.c_str(), static_cast<int>(text.size()), &size);
-        return static_cast<int>(size.cx);
-    };
-    for (std::size_t c = 0; c < columns.size(); ++c) {
-        int width = widthOf(std::wstring(columns[c].caption.begin(), columns[c].caption.end()));
-        for (std::size_t r = 0; r < rows.size() && r < 500; ++r)
-            if (c < rows[r].size()) width = std::max(width, widthOf(rows[r][c]));
-        ListView_SetColumnWidth(list, static_cast<int>(c), std::min(width + 16, 320));
-    }
-    if (old) SelectObject(dc, old);
-    ReleaseDC(list, dc);
-}
-
 // --- layout ---------------------------------------------------------------------
-
-// A control's text width in pixels, in its font.
-int textWidth(HWND control) {
-    const int length = GetWindowTextLengthW(control);
-    std::wstring text(static_cast<std::size_t>(length) + 1, L'\0');
-    GetWindowTextW(control, text.data(), length + 1);
-    HDC dc = GetDC(control);
-    auto font = reinterpret_cast<HFONT>(SendMessageW(control, WM_GETFONT, 0, 0));
-    HGDIOBJ old = font ? SelectObject(dc, font) : nullptr;
-    SIZE size{};
-    GetTextExtentPoint32W(dc, text.c_str(), length, &size);
-    if (old) SelectObject(dc, old);
-    ReleaseDC(control, dc);
-    return static_cast<int>(size.cx);
-}
 
 // Places the controls. Sizes are given at 96 dpi and scaled to the screen's;
 // labels are as wide as their texts (translations differ in length).
 void layout(HWND window) {
     State& st = *stateOf(window);
-    HDC screen = GetDC(window);
-    const int dpi = std::max(96, GetDeviceCaps(screen, LOGPIXELSY));
-    ReleaseDC(window, screen);
-    auto px = [dpi](int units) { return MulDiv(units, dpi, 96); };
-    auto units = [dpi](int pixels) { return MulDiv(pixels, 96, dpi); };
-
-    RECT client{};
-    GetClientRect(window, &client);
-    const int width = units(client.right);
-    const int height = units(client.bottom);
-    HWND status = item(window, IDC_RW_STATUS);
-    SendMessageW(status, WM_SIZE, 0, 0);
-    RECT sr{};
-    GetWindowRect(status, &sr);
-    const int statusHeight = units(sr.bottom - sr.top);
-
-    HDWP d = BeginDeferWindowPos(32);
-    auto place = [&](HWND h, int x, int y, int cx, int cy) {
-        if (h && d)
-            d = DeferWindowPos(d, h, nullptr, px(x), px(y), px(cx), px(cy),
-                               SWP_NOZORDER | SWP_NOACTIVATE);
-    };
-    auto placeId = [&](int id, int x, int y, int cx, int cy) {
-        place(item(window, id), x, y, cx, cy);
-    };
+    Placer placer(window, IDC_RW_STATUS, 32);
+    const int width = placer.width, height = placer.height, statusHeight = placer.statusHeight;
+    auto units = [&](int pixels) { return placer.units(pixels); };
+    auto place = [&](HWND h, int x, int y, int cx, int cy) { placer.place(h, x, y, cx, cy); };
+    auto placeId = [&](int id, int x, int y, int cx, int cy) { placer.place(id, x, y, cx, cy); };
     // The labels of the top rows in the order made: period, from, to; group
     // by, hours; rounding. The first of each row share a column.
     std::vector<HWND> rowLabels[3];
@@ -328,7 +243,6 @@ void layout(HWND window) {
         placeId(id, x, buttonsY, kButtonWidth, kRowHeight + 2);
         x += kButtonWidth + 6;
     }
-    if (d) EndDeferWindowPos(d);
 }
 
 // --- showing a report ---------------------------------------------------------
@@ -338,7 +252,8 @@ HoursFormat chosenHoursFormat(HWND window) {
 }
 
 void setStatus(HWND window, const Str& text) {
-    SendMessageW(item(window, IDC_RW_STATUS), SB_SETTEXTW, 0, reinterpret_cast<LPARAM>(w(text)));
+    SendMessageW(item(window, IDC_RW_STATUS), SB_SETTEXTW, 0,
+                 reinterpret_cast<LPARAM>(wtext(text)));
 }
 
 void insertTree(HWND tree, HTREEITEM parent, const TreeRow& row, int depth) {
@@ -394,7 +309,10 @@ void fillList(HWND window) {
                 cells.push_back(wide(cell));
             st.rows.push_back(std::move(cells));
         }
-        fitColumns(list, columns, st.rows);
+        std::vector<std::wstring> captions;
+        for (const ListColumn& c : columns)
+            captions.push_back(wide(c.caption));
+        fitListColumns(list, st.rows, captions, 320);
         if (st.sortColumn >= 0) {
             HWND header = ListView_GetHeader(list);
             HDITEMW hd{};
@@ -492,7 +410,7 @@ ReportForm formOf(HWND window) {
 }
 
 void say(HWND window, const Str& message) {
-    MessageBoxW(window, w(message), w(stateOf(window)->setup.texts.caption),
+    MessageBoxW(window, wtext(message), wtext(stateOf(window)->setup.texts.caption),
                 MB_OK | MB_ICONWARNING);
 }
 
@@ -531,36 +449,16 @@ void exportWithDialog(HWND window, ExportFormat format) {
     if (!st.report) return;
     const ReportTexts& t = st.setup.texts;
     const Str extension = exportExtension(format);
-    // "Name (*.ext)\0*.ext\0\0"
-    Str filter = t.fileTypes[static_cast<std::size_t>(format)] + u" (*." + extension + u")";
-    filter += u'\0';
-    filter += u"*." + extension;
-    filter += u'\0';
-    std::wstring file = wide(exportFileName(format, st.report->options.period));
-    file.resize(MAX_PATH * 4, L'\0');
-    const std::wstring ext = wide(extension);
-    OPENFILENAMEW ofn{};
-    ofn.lStructSize = sizeof ofn;
-    ofn.hwndOwner = window;
-    ofn.lpstrFilter = w(filter);
-    ofn.lpstrFile = file.data();
-    ofn.nMaxFile = static_cast<DWORD>(file.size());
-    ofn.lpstrTitle = w(t.save);
-    ofn.lpstrDefExt = ext.c_str();
-    ofn.Flags = OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST | OFN_NOCHANGEDIR | OFN_EXPLORER;
-    if (!GetSaveFileNameW(&ofn)) return;
-    const std::wstring chosen(file.c_str());
-    requestExport(window, format, Str(chosen.begin(), chosen.end()));
+    if (const std::optional<Str> path =
+            askSavePath(window, t.fileTypes[static_cast<std::size_t>(format)], extension,
+                        exportFileName(format, st.report->options.period), t.save))
+        requestExport(window, format, *path);
 }
 
 void finished(HWND window, Job* done) {
     std::unique_ptr<Job> job(done);
     State& st = *stateOf(window);
-    if (st.worker) {
-        WaitForSingleObject(st.worker, INFINITE);
-        CloseHandle(st.worker);
-        st.worker = nullptr;
-    }
+    joinWorker(st.worker);
     const ReportTexts& t = st.setup.texts;
     const bool run = job->kind == Job::Kind::Run;
     if (run && !job->failure) st.report = std::make_shared<const Report>(std::move(*job->result));
@@ -587,12 +485,8 @@ void finished(HWND window, Job* done) {
 void stopWorker(HWND window) {
     State& st = *stateOf(window);
     if (!st.worker) return;
-    WaitForSingleObject(st.worker, INFINITE);
-    CloseHandle(st.worker);
-    st.worker = nullptr;
-    MSG msg;
-    while (PeekMessageW(&msg, window, WM_RW_DONE, WM_RW_DONE, PM_REMOVE))
-        delete reinterpret_cast<Job*>(msg.lParam);
+    joinWorker(st.worker);
+    dropPosted(window, WM_RW_DONE, [](LPARAM job) { delete reinterpret_cast<Job*>(job); });
 }
 
 void enableCustomDates(HWND window) {
@@ -705,22 +599,20 @@ LRESULT onNotify(HWND window, NMHDR* header) {
         return 0;
     }
     if (header->idFrom == IDC_RW_LIST && header->code == LVN_GETDISPINFOW) {
-        auto* info = reinterpret_cast<NMLVDISPINFOW*>(header);
+        const auto* info = reinterpret_cast<NMLVDISPINFOW*>(header);
         const auto row = static_cast<std::size_t>(info->item.iItem);
         const auto column = static_cast<std::size_t>(info->item.iSubItem);
-        if ((info->item.mask & LVIF_TEXT) && row < st.rows.size() && column < st.rows[row].size() &&
-            info->item.cchTextMax > 0) {
-            const std::wstring& text = st.rows[row][column];
-            const std::size_t n =
-                std::min(text.size(), static_cast<std::size_t>(info->item.cchTextMax - 1));
-            text.copy(info->item.pszText, n);
-            info->item.pszText[n] = L'\0';
-        }
+        if (row < st.rows.size() && column < st.rows[row].size())
+            putItemText(header, st.rows[row][column].c_str(), st.rows[row][column].size());
     }
     return 0;
 }
 
 LRESULT CALLBACK windowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    LRESULT answer = 0;
+    if (answerFrameMessage(window, message, wParam, lParam, SIZE{820, 420},
+                           stateOf(window) && stateOf(window)->worker, answer))
+        return answer;
     switch (message) {
         case WM_NCCREATE: {
             auto* cs = reinterpret_cast<CREATESTRUCTW*>(lParam);
@@ -740,35 +632,15 @@ LRESULT CALLBACK windowProc(HWND window, UINT message, WPARAM wParam, LPARAM lPa
         case WM_SIZE:
             layout(window);
             return 0;
-        case WM_GETMINMAXINFO: {
-            auto* info = reinterpret_cast<MINMAXINFO*>(lParam);
-            HDC screen = GetDC(window);
-            const int dpi = std::max(96, GetDeviceCaps(screen, LOGPIXELSY));
-            ReleaseDC(window, screen);
-            info->ptMinTrackSize = {MulDiv(820, dpi, 96), MulDiv(420, dpi, 96)};
-            return 0;
-        }
         case WM_COMMAND:
             if (stateOf(window)) onCommand(window, LOWORD(wParam), HIWORD(wParam));
             return 0;
         case WM_NOTIFY:
             if (stateOf(window)) return onNotify(window, reinterpret_cast<NMHDR*>(lParam));
             return 0;
-        case WM_SETCURSOR:
-            // While the model works, the pointer says so (the window still
-            // answers).
-            if (LOWORD(lParam) == HTCLIENT && stateOf(window) && stateOf(window)->worker) {
-                SetCursor(LoadCursorW(nullptr, reinterpret_cast<LPCWSTR>(IDC_APPSTARTING)));
-                return TRUE;
-            }
-            break;
         case WM_RW_DONE:
             finished(window, reinterpret_cast<Job*>(lParam));
             return 0;
-        case WM_CTLCOLORSTATIC:
-            // Labels on the window's own background.
-            SetBkMode(reinterpret_cast<HDC>(wParam), TRANSPARENT);
-            return reinterpret_cast<LRESULT>(GetSysColorBrush(COLOR_BTNFACE));
         case WM_DESTROY:
             if (State* st = stateOf(window)) {
                 stopWorker(window);
@@ -788,16 +660,7 @@ LRESULT CALLBACK windowProc(HWND window, UINT message, WPARAM wParam, LPARAM lPa
 }
 
 bool registerClass(HINSTANCE instance) {
-    WNDCLASSEXW wc{};
-    wc.cbSize = sizeof wc;
-    if (GetClassInfoExW(instance, kClassName, &wc)) return true;
-    wc.lpfnWndProc = windowProc;
-    wc.hInstance = instance;
-    wc.hCursor = LoadCursorW(nullptr, reinterpret_cast<LPCWSTR>(IDC_ARROW));
-    wc.hbrBackground = GetSysColorBrush(COLOR_BTNFACE);
-    wc.lpszClassName = kClassName;
-    wc.hIcon = LoadIconW(nullptr, reinterpret_cast<LPCWSTR>(IDI_APPLICATION));
-    return RegisterClassExW(&wc) != 0;
+    return registerWindowClass(instance, kClassName, windowProc, GetSysColorBrush(COLOR_BTNFACE));
 }
 
 }  // namespace
@@ -812,24 +675,14 @@ HWND openReportWindow(HINSTANCE instance, ReportWindowModel& model,
     // From WM_NCCREATE on the window owns its state and frees it at
     // WM_NCDESTROY, a failed creation included.
     auto* state = new State(model, setup);
-    return CreateWindowExW(WS_EX_CONTROLPARENT, kClassName, w(setup.texts.caption),
+    return CreateWindowExW(WS_EX_CONTROLPARENT, kClassName, wtext(setup.texts.caption),
                            WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN, CW_USEDEFAULT, CW_USEDEFAULT,
                            1000, 640, nullptr, nullptr, instance, state);
 }
 
 int runReportWindow(HINSTANCE instance, ReportWindowModel& model, const ReportWindowSetup& setup,
                     int show) {
-    HWND window = openReportWindow(instance, model, setup);
-    if (!window) return 1;
-    ShowWindow(window, show);
-    UpdateWindow(window);
-    MSG msg;
-    while (IsWindow(window) && GetMessageW(&msg, nullptr, 0, 0) > 0) {
-        if (IsDialogMessageW(window, &msg)) continue;
-        TranslateMessage(&msg);
-        DispatchMessageW(&msg);
-    }
-    return 0;
+    return runWindowLoop(openReportWindow(instance, model, setup), show);
 }
 
 bool reportWindowBusy(HWND window) {

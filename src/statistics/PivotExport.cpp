@@ -14,19 +14,6 @@ namespace {
 using reporting::decimalText;
 using reporting::scaledHours;
 
-// The measure of a cell as a fixed-point number (x 10^4).
-std::int64_t scaledMeasure(const PivotFigures& f, Measure m) {
-    switch (m) {
-        case Measure::Hours:
-            return scaledHours(f.seconds);
-        case Measure::RoundedHours:
-            return scaledHours(f.roundedSeconds);
-        case Measure::Amount:
-            return f.amount.scaled;
-    }
-    return 0;
-}
-
 // A text for JSON inside a script element: quoted, and "<" escaped so that
 // no record can close the element or open a comment.
 void jsonString(std::string& out, StrView text) {
@@ -74,6 +61,18 @@ std::string commentText(std::string_view text) {
 }
 
 }  // namespace
+
+std::int64_t scaledMeasure(const PivotFigures& f, Measure m) {
+    switch (m) {
+        case Measure::Hours:
+            return scaledHours(f.seconds);
+        case Measure::RoundedHours:
+            return scaledHours(f.roundedSeconds);
+        case Measure::Amount:
+            return f.amount.scaled;
+    }
+    return 0;
+}
 
 Str pivotDimensionCaption(Dimension d, const ListCaptions& captions, const ExportTexts& texts) {
     Str caption = reporting::dimensionCaption(d, captions, texts);

@@ -25,6 +25,9 @@ Str pivotDimensionCaption(Dimension d, const ListCaptions& captions, const Expor
 // The measure's caption (hours, rounded hours, amount).
 Str measureCaption(Measure m, const ExportTexts& texts);
 
+// The measure of a cell as a fixed-point number (x 10^4: hours or currency).
+std::int64_t scaledMeasure(const PivotFigures& f, Measure m);
+
 // The header of a row or column: its labels joined by " / ", a subtotal's
 // followed by the total caption, the grand total that caption alone.
 Str pivotHeaderText(const PivotHeader& h, std::size_t dimensions, const ExportTexts& texts);
@@ -45,7 +48,8 @@ void writePivotXlsx(const std::filesystem::path& file, const PivotTable& table,
 
 // The page: the records as JSON (one object per record: each dimension's
 // key and the three measures) and the pivot UI set to the table's rows,
-// columns and measure (the measures are values to sum, not axes to drag). No network: every script and style is inline.
+// columns and measure (the measures are values to sum, not axes to drag). No network: every script
+// and style is inline.
 std::string pivotHtmlPage(const CubeContent& data, const PivotSpec& spec,
                           const ExportTexts& texts = {});
 void writePivotHtml(const std::filesystem::path& file, const CubeContent& data,

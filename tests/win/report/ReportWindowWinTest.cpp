@@ -28,6 +28,7 @@
 #include "languages/modMultiLanguage.h"
 #include "platform/win32/Win32Platform.h"
 #include "win/ComTestSupport.h"
+#include "win/WindowTestSupport.h"
 
 namespace hb::reportapp {
 namespace {
@@ -200,30 +201,15 @@ class ReportWindow : public ::testing::Test {
         ShowWindow(window_, SW_SHOW);
         pump();
     }
-    void pump() {
-        MSG msg;
-        while (PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE)) {
-            TranslateMessage(&msg);
-            DispatchMessageW(&msg);
-        }
-    }
+    void pump() { test::pumpMessages(); }
     // Until the model's work is done and its result shown.
     void settle() {
-        for (int i = 0; i < 1000; ++i) {
-            pump();
-            if (!reportWindowBusy(window_)) break;
-            MsgWaitForMultipleObjects(0, nullptr, FALSE, 20, QS_ALLINPUT);
-        }
-        pump();
-        ASSERT_FALSE(reportWindowBusy(window_)) << "the model's work did not end";
+        ASSERT_TRUE(test::settleWhile([this] { return reportWindowBusy(window_); }))
+            << "the model's work did not end";
     }
 
     HWND item(int id) { return GetDlgItem(window_, id); }
-    void choose(int id, int index) {
-        SendMessageW(item(id), CB_SETCURSEL, static_cast<WPARAM>(index), 0);
-        SendMessageW(window_, WM_COMMAND, MAKEWPARAM(id, CBN_SELCHANGE),
-                     reinterpret_cast<LPARAM>(item(id)));
-    }
+    void choose(int id, int index) { test::chooseInCombo(window_, id, index); }
     void click(int id) {
         SendMessageW(item(id), BM_CLICK, 0, 0);
         pump();
@@ -236,11 +222,7 @@ class ReportWindow : public ::testing::Test {
         st.wDay = static_cast<WORD>(p.day);
         SendMessageW(item(id), DTM_SETSYSTEMTIME, GDT_VALID, reinterpret_cast<LPARAM>(&st));
     }
-    std::wstring status() {
-        wchar_t text[512] = {};
-        SendMessageW(item(IDC_RW_STATUS), SB_GETTEXTW, 0, reinterpret_cast<LPARAM>(text));
-        return text;
-    }
+    std::wstring status() { return test::statusBarText(item(IDC_RW_STATUS)); }
 
     // The tree's rows in order, two blanks of indent per level.
     std::vector<std::wstring> treeRows() {
@@ -677,37 +659,8 @@ TEST_F(ReportWindow, SavesAScreenshot) {
     pump();
     Sleep(300);
     pump();
-    RECT r{};
-    GetWindowRect(window_, &r);
-    const std::string folder = test::unixPath(test::exeFolder());
-    ASSERT_FALSE(folder.empty());
-    const std::wstring done = test::exeFolder() + L"\\report-shot.done";
-    DeleteFileW(done.c_str());
-    const std::string shots = folder + "/../screenshots";
-    char geometry[64];
-    std::snprintf(geometry, sizeof geometry, "%ldx%ld+%ld+%ld", r.right - r.left, r.bottom - r.top,
-                  std::max(0L, static_cast<long>(r.left)), std::max(0L, static_cast<long>(r.top)));
-    // The x86 programs may run in an i386 root without ImageMagick: the
-    // script says so with a file of its own, and the picture is skipped.
-    const std::string script = "if command -v import >/dev/null; then mkdir -p '" + shots +
-                               "' && import -window root -crop " + geometry + " +repage '" + shots +
-                               "/report.png'; else touch '" + test::unixPath(noImport) +
-                               "'; fi; touch '" + test::unixPath(done) + "'";
-    std::wstring command = L"/bin/sh -c \"" + std::wstring(script.begin(), script.end()) + L"\"";
-    STARTUPINFOW si{};
-    si.cb = sizeof si;
-    PROCESS_INFORMATION pi{};
-    ASSERT_TRUE(CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr,
-                               nullptr, &si, &pi));
-    CloseHandle(pi.hThread);
-    CloseHandle(pi.hProcess);
-    // Wine does not wait for a Unix process: the script leaves a file.
-    for (int i = 0; i < 300 && GetFileAttributesW(done.c_str()) == INVALID_FILE_ATTRIBUTES; ++i) {
-        pump();
-        Sleep(100);
-    }
-    EXPECT_NE(GetFileAttributesW(done.c_str()), INVALID_FILE_ATTRIBUTES);
-    DeleteFileW(done.c_str());
+    const test::Shot shot = test::importScreenshot(window_, "report", noImport);
+    EXPECT_NE(shot, test::Shot::NotDone);
     if (GetFileAttributesW(noImport.c_str()) != INVALID_FILE_ATTRIBUTES)
         GTEST_SKIP() << "ImageMagick's import is not installed beside this Wine";
     EXPECT_GT(test::readFile(png).size(), 1000u) << "no screenshot (ImageMagick's import)";

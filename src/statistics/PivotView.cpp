@@ -1,0 +1,166 @@
+#include "statistics/PivotView.h"
+
+#include <algorithm>
+
+namespace hb::statistics {
+
+namespace {
+
+bool taken(const std::vector<Dimension>& chosen, Dimension d) {
+    return std::find(chosen.begin(), chosen.end(), d) != chosen.end();
+}
+
+// The filter's keys: the text split at ";", blanks around each dropped.
+std::vector<Str> filterKeys(const Str& text) {
+    std::vector<Str> keys;
+    std::size_t start = 0;
+    while (start <= text.size()) {
+        std::size_t end = text.find(u';', start);
+        if (end == Str::npos) end = text.size();
+        std::size_t a = start, b = end;
+        while (a < b && text[a] == u' ')
+            ++a;
+        while (b > a && text[b - 1] == u' ')
+            --b;
+        if (b > a) keys.push_back(text.substr(a, b - a));
+        start = end + 1;
+    }
+    return keys;
+}
+
+// Whether a header belongs to the innermost groups of its axis (no total).
+bool innermost(const PivotHeader& h, std::size_t dimensions) {
+    return !h.isTotal(dimensions);
+}
+
+}  // namespace
+
+PivotSpec specFrom(const PivotForm& form) {
+    PivotSpec spec;
+    spec.columns.clear();
+    if (form.column) spec.columns.push_back(*form.column);
+    spec.rows.clear();
+    for (const std::optional<Dimension>& level : form.rows)
+        if (level && !taken(spec.rows, *level) && !taken(spec.columns, *level))
+            spec.rows.push_back(*level);
+    if (spec.rows.empty())
+        for (const Dimension d : kPivotDimensions)
+            if (!taken(spec.columns, d)) {
+                spec.rows.push_back(d);
+                break;
+            }
+    spec.measure = form.measure;
+    if (form.filterDimension) {
+        PivotFilter filter{*form.filterDimension, filterKeys(form.filterValue)};
+        if (!filter.values.empty()) spec.filters.push_back(std::move(filter));
+    }
+    return spec;
+}
+
+reporting::Period periodFrom(const PivotForm& form, reporting::DayNumber today, int firstWeekday) {
+    const std::size_t i = std::min(form.period, kPivotPeriods.size() - 1);
+    if (!kPivotPeriods[i]) return reporting::Period{};
+    return reporting::periodFor(*kPivotPeriods[i], today, firstWeekday);
+}
+
+PivotTexts pivotTextsFrom(const Phrases& p) {
+    PivotTexts t;
+    auto take = [](Str& caption, const Str& phrase) {
+        if (!phrase.empty()) caption = phrase;
+    };
+    if (!p.LNGSTATISTICS.empty()) t.caption = u"Hourbook for Outlook - " + p.LNGSTATISTICS;
+    take(t.period, p.LNGDATERANGE);
+    take(t.periods[0], p.LNGALL);
+    take(t.save, p.LNGSAVE);
+    if (!p.LNGNONE.empty()) t.none = u"(" + p.LNGNONE + u")";
+    t.names = reporting::exportTexts(p);
+    t.names.title = p.LNGSTATISTICS.empty() ? Str(u"Hours statistics") : p.LNGSTATISTICS;
+    return t;
+}
+
+std::vector<Str> dimensionChoices(const ListCaptions& captions, const PivotTexts& t) {
+    std::vector<Str> out;
+    for (const Dimension d : kPivotDimensions)
+        out.push_back(pivotDimensionCaption(d, captions, t.names));
+    return out;
+}
+
+std::vector<Str> measureChoices(const PivotTexts& t) {
+    std::vector<Str> out;
+    for (const Measure m : kPivotMeasures)
+        out.push_back(measureCaption(m, t.names));
+    return out;
+}
+
+PivotGrid pivotGrid(const PivotTable& table, const ListCaptions& captions, const PivotTexts& t,
+                    const Locale& loc) {
+    PivotGrid grid;
+    const std::size_t nr = table.spec.rows.size();
+    const std::size_t labels = std::max<std::size_t>(nr, 1);
+    for (const Dimension d : table.spec.rows)
+        grid.columns.push_back({pivotDimensionCaption(d, captions, t.names), false});
+    if (nr == 0) grid.columns.push_back({measureCaption(table.spec.measure, t.names), false});
+    for (const PivotHeader& c : table.columns)
+        grid.columns.push_back({pivotHeaderText(c, table.spec.columns.size(), t.names), true});
+
+    grid.rows.reserve(table.rows.size());
+    for (std::size_t r = 0; r < table.rows.size(); ++r) {
+        const PivotHeader& h = table.rows[r];
+        PivotGridRow row;
+        row.level = h.level;
+        row.total = h.isTotal(nr);
+        for (std::size_t l = 0; l < labels; ++l) {
+            if (l < h.level)
+                row.cells.push_back(h.labels[l].empty() ? t.names.none : h.labels[l]);
+            else
+                row.cells.push_back(l == h.level ? t.names.total : Str());
+        }
+        for (std::size_t c = 0; c < table.columns.size(); ++c) {
+            const PivotFigures& f = table.at(r, c);
+            row.cells.push_back(
+                f.records ? reporting::decimalText(scaledMeasure(f, table.spec.measure), 2, 2, loc)
+                          : Str());
+        }
+        grid.rows.push_back(std::move(row));
+    }
+    return grid;
+}
+
+PivotChart pivotChart(const PivotTable& table, const PivotTexts& t) {
+    PivotChart chart;
+    const std::size_t nr = table.spec.rows.size(), nc = table.spec.columns.size();
+    std::vector<std::size_t> series;
+    for (std::size_t c = 0; c < table.columns.size(); ++c)
+        if (innermost(table.columns[c], nc) || nc == 0) {
+            // Without column dimensions the grand total column is the one series.
+            series.push_back(c);
+            chart.series.push_back(nc == 0 ? measureCaption(table.spec.measure, t.names)
+                                           : pivotHeaderText(table.columns[c], nc, t.names));
+            if (nc == 0) break;
+        }
+    for (std::size_t r = 0; r < table.rows.size(); ++r) {
+        if (!innermost(table.rows[r], nr)) continue;
+        PivotChart::Bar bar;
+        bar.label = pivotHeaderText(table.rows[r], nr, t.names);
+        for (const std::size_t c : series) {
+            const double v =
+                static_cast<double>(scaledMeasure(table.at(r, c), table.spec.measure)) / 10000.0;
+            bar.parts.push_back(v);
+            bar.total += v;
+        }
+        chart.largest = std::max(chart.largest, bar.total);
+        chart.bars.push_back(std::move(bar));
+    }
+    return chart;
+}
+
+Str pivotStatus(const PivotTable& table, const PivotTexts& t, const Locale& loc) {
+    if (table.records == 0) return t.noRecords;
+    const Str total =
+        reporting::decimalText(scaledMeasure(table.grandTotal(), table.spec.measure), 2, 2, loc);
+    return toStr(static_cast<std::int64_t>(table.records)) + u" " +
+           (table.records == 1 ? t.record : t.records) + u", " +
+           measureCaption(table.spec.measure, t.names) + u" " + total;
+}
+
+}  // namespace hb::statistics
