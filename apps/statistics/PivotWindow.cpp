@@ -4,6 +4,7 @@
 #include <process.h>
 
 #include <algorithm>
+#include <cmath>
 #include <memory>
 #include <optional>
 #include <string>
@@ -62,7 +63,7 @@ struct State {
     std::shared_ptr<const PivotTable> table;
     PivotGrid grid;
     PivotChart chart;
-    std::vector<HWND> labels;  // rows, columns, measure, period, filter
+    std::vector<HWND> labels;  // rows, columns, measure, period, filter, chart
 };
 
 State* stateOf(HWND window) {
@@ -150,6 +151,9 @@ void makeControls(HWND window, State& st) {
                 WS_EX_CLIENTEDGE);
     makeControl(window, WC_BUTTONW, t.filter, BS_DEFPUSHBUTTON | WS_TABSTOP, IDC_PW_APPLY);
     fillDimensionBoxes(window, st);
+    label(t.chart);
+    makeComboBox(window, IDC_PW_CHARTKIND, {t.chartKinds.begin(), t.chartKinds.end()},
+                 f.chart == ChartKind::Shares ? 1 : 0);
 
     HWND list = makeControl(window, WC_LISTVIEWW, u"",
                             LVS_REPORT | LVS_OWNERDATA | LVS_SHOWSELALWAYS | WS_TABSTOP,
@@ -204,6 +208,9 @@ void layout(HWND window) {
     placeId(IDC_PW_FILTERVALUE, x, rowY(1), 160, kRowHeight);
     x += 166;
     placeId(IDC_PW_APPLY, x, rowY(1), 90, kRowHeight + 2);
+    x += 102;
+    labelled(5, 1);
+    placeId(IDC_PW_CHARTKIND, x, rowY(1), 130, comboDrop);
 
     const int top = rowY(2) + 4;
     const int buttonsY = height - statusHeight - kMargin - kRowHeight;
@@ -227,6 +234,23 @@ void setStatus(HWND window, const Str& text) {
                  reinterpret_cast<LPARAM>(wtext(text)));
 }
 
+ChartKind chosenChartKind(HWND window) {
+    const int index = selected(window, IDC_PW_CHARTKIND);
+    return index > 0 && static_cast<std::size_t>(index) < kPivotChartKinds.size()
+               ? kPivotChartKinds[static_cast<std::size_t>(index)]
+               : ChartKind::BarsOverTime;
+}
+
+// The chart of the pivot at hand in the chosen kind: a change of kind
+// only draws anew, the records and the pivot stay.
+void showChart(HWND window) {
+    State& st = *stateOf(window);
+    st.chart = st.table
+                   ? pivotChart(*st.table, chosenChartKind(window), st.setup.texts, st.setup.locale)
+                   : PivotChart{};
+    InvalidateRect(item(window, IDC_PW_CHART), nullptr, TRUE);
+}
+
 void show(HWND window) {
     State& st = *stateOf(window);
     HWND list = item(window, IDC_PW_LIST);
@@ -235,10 +259,8 @@ void show(HWND window) {
     while (ListView_DeleteColumn(list, 0)) {
     }
     st.grid = {};
-    st.chart = {};
     if (st.table) {
         st.grid = pivotGrid(*st.table, captionsOf(st), st.setup.texts, st.setup.locale);
-        st.chart = pivotChart(*st.table, st.setup.texts);
         int index = 0;
         for (const PivotGridColumn& c : st.grid.columns) {
             std::wstring caption = wide(c.caption);
@@ -263,26 +285,93 @@ void show(HWND window) {
     }
     SendMessageW(list, WM_SETREDRAW, TRUE, 0);
     InvalidateRect(list, nullptr, TRUE);
-    InvalidateRect(item(window, IDC_PW_CHART), nullptr, TRUE);
+    showChart(window);
 }
 
-// The chart: one bar per row group, stacked of the column groups, a legend
-// of the column groups at the top.
+constexpr COLORREF kColours[] = {RGB(68, 114, 196), RGB(237, 125, 49), RGB(165, 165, 165),
+                                 RGB(255, 192, 0),  RGB(91, 155, 213), RGB(112, 173, 71),
+                                 RGB(38, 68, 120),  RGB(158, 72, 14),  RGB(99, 99, 99),
+                                 RGB(153, 115, 0),  RGB(37, 94, 145),  RGB(67, 104, 43)};
+
+COLORREF colourOf(std::size_t index) {
+    return kColours[index % std::size(kColours)];
+}
+
+// The shares: a pie beside a legend of one line per slice (its percentage
+// with it), the first slice from twelve o'clock on, clockwise.
+void paintShares(HDC dc, const RECT& rc, const PivotChart& c, int line) {
+    if (c.slices.empty()) return;
+    int legendWidth = 0;
+    for (const PivotChart::Slice& s : c.slices) {
+        SIZE size{};
+        GetTextExtentPoint32W(dc, wtext(s.legend), static_cast<int>(s.legend.size()), &size);
+        legendWidth = std::max(legendWidth, static_cast<int>(size.cx) + 14);
+    }
+    legendWidth = std::min(legendWidth, static_cast<int>(rc.right) / 2);
+    int y = 6;
+    for (std::size_t i = 0; i < c.slices.size() && y + line <= rc.bottom - 4; ++i, y += line) {
+        HBRUSH brush = CreateSolidBrush(colourOf(i));
+        RECT box{8, y + 2, 18, y + 12};
+        FillRect(dc, &box, brush);
+        DeleteObject(brush);
+        RECT text{22, y, 8 + legendWidth, y + line};
+        DrawTextW(dc, wtext(c.slices[i].legend), static_cast<int>(c.slices[i].legend.size()), &text,
+                  DT_LEFT | DT_SINGLELINE | DT_END_ELLIPSIS | DT_NOPREFIX);
+    }
+    const int left = 8 + legendWidth + 16;
+    const int size =
+        std::min(static_cast<int>(rc.right) - left - 8, static_cast<int>(rc.bottom) - 16);
+    if (size < 20) return;
+    const RECT pie{left, 8, left + size, 8 + size};
+    const double cx = (pie.left + pie.right) / 2.0, cy = (pie.top + pie.bottom) / 2.0;
+    const double radius = size;  // the radials only give directions; outside the pie is fine
+    constexpr double kTurn = 6.283185307179586;
+    auto point = [&](double turned) {
+        // Clockwise from the top, in device coordinates (y downwards).
+        return POINT{static_cast<LONG>(std::lround(cx + radius * std::sin(turned * kTurn))),
+                     static_cast<LONG>(std::lround(cy - radius * std::cos(turned * kTurn)))};
+    };
+    HGDIOBJ oldPen = SelectObject(dc, GetStockObject(WHITE_PEN));
+    double start = 0;
+    for (std::size_t i = 0; i < c.slices.size(); ++i) {
+        const double end = start + c.slices[i].share;
+        HBRUSH brush = CreateSolidBrush(colourOf(i));
+        HGDIOBJ oldBrush = SelectObject(dc, brush);
+        if (c.slices[i].share >= 0.9999) {
+            Ellipse(dc, pie.left, pie.top, pie.right, pie.bottom);
+        } else {
+            // Pie runs counter-clockwise from its first radial to its second,
+            // so the slice's end comes first. Equal radials would draw the
+            // whole ellipse: a slice too thin to see is left out.
+            const POINT a = point(end), b = point(start);
+            if (a.x != b.x || a.y != b.y)
+                Pie(dc, pie.left, pie.top, pie.right, pie.bottom, a.x, a.y, b.x, b.y);
+        }
+        SelectObject(dc, oldBrush);
+        DeleteObject(brush);
+        start = end;
+    }
+    SelectObject(dc, oldPen);
+}
+
+// The chart: the shares as a pie, or one bar per column group stacked of
+// the outer row groups with a legend of those at the top.
 void paintChart(HWND chart, HDC dc, const State& st) {
     RECT rc{};
     GetClientRect(chart, &rc);
     FillRect(dc, &rc, GetSysColorBrush(COLOR_WINDOW));
     const PivotChart& c = st.chart;
-    if (c.bars.empty() || c.largest <= 0) return;
-    static constexpr COLORREF kColours[] = {
-        RGB(68, 114, 196), RGB(237, 125, 49), RGB(165, 165, 165), RGB(255, 192, 0),
-        RGB(91, 155, 213), RGB(112, 173, 71), RGB(38, 68, 120),   RGB(158, 72, 14),
-        RGB(99, 99, 99),   RGB(153, 115, 0),  RGB(37, 94, 145),   RGB(67, 104, 43)};
+    if (c.kind == ChartKind::BarsOverTime && (c.bars.empty() || c.largest <= 0)) return;
     HGDIOBJ oldFont = SelectObject(dc, st.font ? st.font : GetStockObject(DEFAULT_GUI_FONT));
     SetBkMode(dc, TRANSPARENT);
     TEXTMETRICW tm{};
     GetTextMetricsW(dc, &tm);
     const int line = tm.tmHeight + 2;
+    if (c.kind == ChartKind::Shares) {
+        paintShares(dc, rc, c, line);
+        SelectObject(dc, oldFont);
+        return;
+    }
     // The legend: as many entries as fit in three lines.
     int x = 8, y = 6;
     for (std::size_t s = 0; s < c.series.size(); ++s) {
@@ -294,7 +383,7 @@ void paintChart(HWND chart, HDC dc, const State& st) {
             y += line;
             if (y > 6 + 2 * line) break;
         }
-        HBRUSH brush = CreateSolidBrush(kColours[s % std::size(kColours)]);
+        HBRUSH brush = CreateSolidBrush(colourOf(s));
         RECT box{x, y + 2, x + 10, y + 12};
         FillRect(dc, &box, brush);
         DeleteObject(brush);
@@ -323,7 +412,7 @@ void paintChart(HWND chart, HDC dc, const State& st) {
             const int y0 = bottom - static_cast<int>(base / c.largest * (bottom - top));
             base += bar.parts[s];
             const int y1 = bottom - static_cast<int>(base / c.largest * (bottom - top));
-            HBRUSH brush = CreateSolidBrush(kColours[s % std::size(kColours)]);
+            HBRUSH brush = CreateSolidBrush(colourOf(s));
             RECT part{left, y1, left + barWidth, y0};
             FillRect(dc, &part, brush);
             DeleteObject(brush);
@@ -407,6 +496,7 @@ PivotForm formOf(HWND window) {
     f.measure = kPivotMeasures[std::min<std::size_t>(measure, kPivotMeasures.size() - 1)];
     f.period = static_cast<std::size_t>(std::max(0, selected(window, IDC_PW_PERIOD)));
     f.filterDimension = chosenDimension(window, IDC_PW_FILTERDIM, true);
+    f.chart = chosenChartKind(window);
     HWND edit = item(window, IDC_PW_FILTERVALUE);
     std::wstring text(static_cast<std::size_t>(GetWindowTextLengthW(edit)) + 1, L'\0');
     GetWindowTextW(edit, text.data(), static_cast<int>(text.size()));
@@ -516,6 +606,9 @@ void onCommand(HWND window, int id, int code) {
         case IDC_PW_PERIOD:
         case IDC_PW_FILTERDIM:
             if (code == CBN_SELCHANGE) requestRun(window);
+            break;
+        case IDC_PW_CHARTKIND:
+            if (code == CBN_SELCHANGE) showChart(window);
             break;
         case IDCANCEL:
             DestroyWindow(window);
@@ -630,6 +723,11 @@ int runPivotWindow(HINSTANCE instance, PivotWindowModel& model, const PivotWindo
 bool pivotWindowBusy(HWND window) {
     const State* st = stateOf(window);
     return st && st->worker;
+}
+
+PivotChart shownPivotChart(HWND window) {
+    const State* st = stateOf(window);
+    return st ? st->chart : PivotChart{};
 }
 
 bool exportShownPivot(HWND window, ExportFormat format, const Str& path) {

@@ -1,9 +1,9 @@
 #pragma once
 // The pivot window of Cubelens.exe: the row dimensions, the column
 // dimension, the measure and the period in drop-downs, a filter (dimension
-// and value), the pivot in a list with subtotal and total rows, a bar
-// chart of it beside, export buttons and a status line. It knows no
-// database: a PivotWindowModel reads the records and writes the files, on
+// and value), the pivot in a list with subtotal and total rows, a chart of
+// it beside (stacked bars over time or a pie of shares, by a drop-down), export buttons and a
+// status line. It knows no database: a PivotWindowModel reads the records and writes the files, on
 // a worker thread, so that the window answers while a large cube is read;
 // a marquee bar runs meanwhile. What it shows comes from
 // statistics/PivotView; this part only puts it into Win32 controls.
@@ -54,6 +54,7 @@ enum PivotControl : int {
     IDC_PW_XLSX,
     IDC_PW_HTML,
     IDC_PW_STATUS,
+    IDC_PW_CHARTKIND,  // bars over time or shares (kPivotChartKinds' order)
 };
 
 // The window's class name (the stand-in waits for it).
@@ -70,6 +71,9 @@ int runPivotWindow(HINSTANCE instance, PivotWindowModel& model, const PivotWindo
 
 // Whether the model is at work (reading or exporting).
 bool pivotWindowBusy(HWND window);
+
+// The chart as it is drawn now (empty before the first pivot).
+statistics::PivotChart shownPivotChart(HWND window);
 
 // Writes the shown pivot as the export buttons do after their Save dialog;
 // false when there is none yet or the model is at work.

@@ -1,6 +1,7 @@
 #include "statistics/PivotView.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace hb::statistics {
 
@@ -72,6 +73,7 @@ PivotTexts pivotTextsFrom(const Phrases& p) {
     take(t.period, p.LNGDATERANGE);
     take(t.periods[0], p.LNGALL);
     take(t.save, p.LNGSAVE);
+    take(t.sum, p.LNGSUM);
     if (!p.LNGNONE.empty()) t.none = u"(" + p.LNGNONE + u")";
     t.names = reporting::exportTexts(p);
     t.names.title = p.LNGSTATISTICS.empty() ? Str(u"Hours statistics") : p.LNGSTATISTICS;
@@ -126,27 +128,55 @@ PivotGrid pivotGrid(const PivotTable& table, const ListCaptions& captions, const
     return grid;
 }
 
-PivotChart pivotChart(const PivotTable& table, const PivotTexts& t) {
+PivotChart pivotChart(const PivotTable& table, ChartKind kind, const PivotTexts& t,
+                      const Locale& loc) {
     PivotChart chart;
+    chart.kind = kind;
     const std::size_t nr = table.spec.rows.size(), nc = table.spec.columns.size();
-    std::vector<std::size_t> series;
-    for (std::size_t c = 0; c < table.columns.size(); ++c)
-        if (innermost(table.columns[c], nc) || nc == 0) {
-            // Without column dimensions the grand total column is the one series.
-            series.push_back(c);
-            chart.series.push_back(nc == 0 ? measureCaption(table.spec.measure, t.names)
-                                           : pivotHeaderText(table.columns[c], nc, t.names));
-            if (nc == 0) break;
+    if (table.rows.empty() || table.columns.empty()) return chart;
+    auto value = [&](std::size_t r, std::size_t c) {
+        return static_cast<double>(scaledMeasure(table.at(r, c), table.spec.measure)) / 10000.0;
+    };
+    // The outer row groups are the headers with the first level fixed (a
+    // subtotal row, or the group itself with one row dimension); without
+    // row dimensions the grand total row stands for them.
+    std::vector<std::size_t> groups;
+    for (std::size_t r = 0; r < table.rows.size(); ++r)
+        if (nr == 0 ? r + 1 == table.rows.size() : table.rows[r].level == 1) {
+            groups.push_back(r);
+            const PivotHeader& h = table.rows[r];
+            chart.series.push_back(nr == 0 ? measureCaption(table.spec.measure, t.names)
+                                   : h.labels.empty() || h.labels[0].empty() ? t.names.none
+                                                                             : h.labels[0]);
         }
-    for (std::size_t r = 0; r < table.rows.size(); ++r) {
-        if (!innermost(table.rows[r], nr)) continue;
+    const std::size_t totalColumn = table.columns.size() - 1;
+
+    if (kind == ChartKind::Shares) {
+        double whole = 0;
+        for (const std::size_t r : groups)
+            whole += std::max(0.0, value(r, totalColumn));
+        if (whole <= 0) return chart;
+        for (std::size_t g = 0; g < groups.size(); ++g) {
+            const double v = value(groups[g], totalColumn);
+            if (v <= 0) continue;
+            PivotChart::Slice slice{chart.series[g], v, v / whole, {}};
+            slice.legend =
+                slice.label + u" " +
+                reporting::decimalText(std::llround(slice.share * 1000000.0), 1, 1, loc) + u"%";
+            chart.slices.push_back(std::move(slice));
+        }
+        return chart;
+    }
+
+    std::vector<std::size_t> bars;
+    for (std::size_t c = 0; c < table.columns.size(); ++c)
+        if (nc == 0 ? c == totalColumn : innermost(table.columns[c], nc)) bars.push_back(c);
+    for (const std::size_t c : bars) {
         PivotChart::Bar bar;
-        bar.label = pivotHeaderText(table.rows[r], nr, t.names);
-        for (const std::size_t c : series) {
-            const double v =
-                static_cast<double>(scaledMeasure(table.at(r, c), table.spec.measure)) / 10000.0;
-            bar.parts.push_back(v);
-            bar.total += v;
+        bar.label = nc == 0 ? t.sum : pivotHeaderText(table.columns[c], nc, t.names);
+        for (const std::size_t r : groups) {
+            bar.parts.push_back(value(r, c));
+            bar.total += bar.parts.back();
         }
         chart.largest = std::max(chart.largest, bar.total);
         chart.bars.push_back(std::move(bar));

@@ -34,6 +34,13 @@ inline constexpr std::array<std::optional<PeriodKind>, 7> kPivotPeriods = {
 inline constexpr std::size_t kPivotRowLevels = 2;
 inline constexpr std::size_t kPivotExportFormats = 3;  // CSV, XLSX, HTML (ExportFormat order)
 
+// What the chart beside the list draws: the measure of each column group
+// (over time when the columns are dates) stacked by the outer row groups,
+// or each outer row group's share of the whole as a pie.
+enum class ChartKind { BarsOverTime, Shares };
+inline constexpr std::array<ChartKind, 2> kPivotChartKinds = {ChartKind::BarsOverTime,
+                                                              ChartKind::Shares};
+
 // What the window's controls hold. An empty level, a level or column that
 // repeats an earlier choice, and a filter without a value are left out.
 struct PivotForm {
@@ -43,6 +50,7 @@ struct PivotForm {
     std::size_t period = 0;  // index into kPivotPeriods
     std::optional<Dimension> filterDimension;
     Str filterValue;  // one key (dimensionKey) or several separated by ";"
+    ChartKind chart = ChartKind::BarsOverTime;  // draws only: the pivot stays the same
 };
 
 // The pivot the form asks for. Without any row level the first dimension
@@ -69,6 +77,8 @@ struct PivotTexts {
     std::array<Str, kPivotExportFormats> fileTypes = {u"CSV (comma separated values)",
                                                       u"Excel workbook", u"Web page"};
     Str chart = u"Chart";
+    std::array<Str, kPivotChartKinds.size()> chartKinds = {u"Bars over time", u"Shares"};
+    Str sum = u"Sum";  // the one bar when there are no columns
     Str record = u"record";
     Str records = u"records";
     Str working = u"Reading the records...";
@@ -114,10 +124,15 @@ PivotGrid pivotGrid(const PivotTable& table, const ListCaptions& captions, const
 
 // --- the chart ----------------------------------------------------------------
 
-// One bar per innermost row group, stacked of its innermost column groups
-// (their measures, without totals); values in hours or in the currency.
+// BarsOverTime: one bar per innermost column group (the one bar "Sum"
+// without columns), stacked of the outer row groups (the series, bottom
+// to top). Shares: one slice per outer row group whose total is above
+// zero, its share of the slices' whole (the shares sum to 1; without
+// negative totals the whole is the grand total). Values in hours or in
+// the currency. Groups without a value ("not billed") count like others.
 struct PivotChart {
-    std::vector<Str> series;  // the column groups' texts, bottom to top
+    ChartKind kind = ChartKind::BarsOverTime;
+    std::vector<Str> series;  // the outer row groups' texts, bottom to top
     struct Bar {
         Str label;
         std::vector<double> parts;  // one per series
@@ -125,8 +140,16 @@ struct PivotChart {
     };
     std::vector<Bar> bars;
     double largest = 0;  // the highest bar's total (the scale)
+    struct Slice {
+        Str label;
+        double value = 0;
+        double share = 0;  // of 1
+        Str legend;        // "Acme 62.5%"
+    };
+    std::vector<Slice> slices;
 };
-PivotChart pivotChart(const PivotTable& table, const PivotTexts& t);
+PivotChart pivotChart(const PivotTable& table, ChartKind kind, const PivotTexts& t,
+                      const Locale& loc);
 
 // The status line: "3 records, Hours 7.50" or "No records found.".
 Str pivotStatus(const PivotTable& table, const PivotTexts& t, const Locale& loc);

@@ -147,24 +147,145 @@ TEST(PivotView, GridShowsSubtotalsAndTotals) {
                                      english()));
 }
 
-TEST(PivotView, ChartStacksInnermostColumnsPerRowGroup) {
-    PivotForm form;
-    form.rows = {L1, std::nullopt};
-    form.measure = Measure::Amount;
-    const PivotChart chart = pivotChart(pivot(sample(), specFrom(form), english()), PivotTexts{});
-    EXPECT_EQ(chart.series, (std::vector<Str>{u"November 2026", u"December 2026"}));
-    ASSERT_EQ(chart.bars.size(), 2u);
-    EXPECT_EQ(chart.bars[0].label, u"Acme");
-    EXPECT_EQ(chart.bars[0].parts, (std::vector<double>{125.50, 0.0}));
-    EXPECT_EQ(chart.bars[1].label, u"Zenith");
-    EXPECT_DOUBLE_EQ(chart.bars[1].total, 0.01);
-    EXPECT_DOUBLE_EQ(chart.largest, 125.50);
+// Bars over time: one bar per column group stacked by the outer row
+// groups; each bar's height is its column's grand total, each part the
+// outer group's cell of that column.
+TEST(PivotView, ChartBarsOverTime) {
+    using Parts = std::vector<double>;
+    constexpr Dimension L2 = Dimension::List2;
+    struct Case {
+        const char* name;
+        PivotForm form;
+        std::vector<Str> series, labels;
+        std::vector<Parts> parts;  // per bar
+    };
+    const Case cases[] = {
+        {"company by month",
+         {{L1, std::nullopt}, Month, Measure::Hours, 0, {}, u""},
+         {u"Acme", u"Zenith"},
+         {u"November 2026", u"December 2026"},
+         {{1.5, 1.5}, {0.75, 0.0}}},
+        {"only the outer row level stacks",
+         {{L1, L2}, Month, Measure::Amount, 0, {}, u""},
+         {u"Acme", u"Zenith"},
+         {u"November 2026", u"December 2026"},
+         {{125.50, 0.01}, {0.0, 0.0}}},
+        {"users by year",
+         {{User, std::nullopt}, Year, Measure::Hours, 0, {}, u""},
+         {u"ann", u"john"},
+         {u"2026"},
+         {{1.25, 2.5}}},
+        {"the not billed group stacks like the others",
+         {{L2, std::nullopt}, Month, Measure::Hours, 0, {}, u""},
+         {u"Jones", u"Smith", u"not billed"},
+         {u"November 2026", u"December 2026"},
+         {{0.5, 1.0, 1.5}, {0.0, 0.0, 0.75}}},
+        {"no columns: one bar, the sum",
+         {{L1, std::nullopt}, std::nullopt, Measure::RoundedHours, 0, {}, u""},
+         {u"Acme", u"Zenith"},
+         {u"Sum"},
+         {{2.25, 1.5}}},
+        {"columns that are no dates",
+         {{User, std::nullopt}, L1, Measure::Hours, 0, {}, u""},
+         {u"ann", u"john"},
+         {u"Acme", u"Zenith"},
+         {{1.25, 1.0}, {0.0, 1.5}}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        const PivotTable table = pivot(sample(), specFrom(c.form), english());
+        const PivotChart chart =
+            pivotChart(table, ChartKind::BarsOverTime, PivotTexts{}, english());
+        EXPECT_EQ(chart.kind, ChartKind::BarsOverTime);
+        EXPECT_TRUE(chart.slices.empty());
+        EXPECT_EQ(chart.series, c.series);
+        ASSERT_EQ(chart.bars.size(), c.labels.size());
+        double largest = 0;
+        for (std::size_t b = 0; b < chart.bars.size(); ++b) {
+            SCOPED_TRACE(b);
+            const PivotChart::Bar& bar = chart.bars[b];
+            EXPECT_EQ(bar.label, c.labels[b]);
+            ASSERT_EQ(bar.parts.size(), c.parts[b].size());
+            for (std::size_t s = 0; s < bar.parts.size(); ++s)
+                EXPECT_DOUBLE_EQ(bar.parts[s], c.parts[b][s]) << "series " << s;
+            // The stack is as high as the column's total in the table.
+            const std::size_t column = c.form.column ? b : table.columns.size() - 1;
+            EXPECT_DOUBLE_EQ(bar.total,
+                             static_cast<double>(scaledMeasure(
+                                 table.at(table.rows.size() - 1, column), table.spec.measure)) /
+                                 10000.0);
+            largest = std::max(largest, bar.total);
+        }
+        EXPECT_DOUBLE_EQ(chart.largest, largest);
+    }
+}
 
-    form.column.reset();  // no columns: one series, the measure
-    const PivotChart single = pivotChart(pivot(sample(), specFrom(form), english()), PivotTexts{});
-    EXPECT_EQ(single.series, (std::vector<Str>{u"Amount"}));
-    ASSERT_EQ(single.bars.size(), 2u);
-    EXPECT_EQ(single.bars[0].parts.size(), 1u);
+// Shares: a slice per outer row group above zero, the shares summing to 1;
+// without negative totals each is its row total over the grand total.
+TEST(PivotView, ChartShares) {
+    constexpr Dimension L2 = Dimension::List2;
+    struct Slice {
+        Str label;
+        double share;
+        Str legend;
+    };
+    struct Case {
+        const char* name;
+        std::vector<TimeRecord> records;
+        PivotForm form;
+        std::vector<Slice> slices;
+    };
+    std::vector<TimeRecord> refund = sample();
+    refund.push_back(rec(u"ann", dayOf(2026, 11, 5), u"Refunds", u"", 0, -5000));
+    const Case cases[] = {
+        {"per company",
+         sample(),
+         {{L1, L2}, Month, Measure::Hours, 0, {}, u""},
+         {{u"Acme", 0.6, u"Acme 60.0%"}, {u"Zenith", 0.4, u"Zenith 40.0%"}}},
+        {"the not billed group is a slice",
+         sample(),
+         {{L2, std::nullopt}, std::nullopt, Measure::Hours, 0, {}, u""},
+         {{u"Jones", 0.5 / 3.75, u"Jones 13.3%"},
+          {u"Smith", 1.0 / 3.75, u"Smith 26.7%"},
+          {u"not billed", 2.25 / 3.75, u"not billed 60.0%"}}},
+        {"a zero total is left out",
+         sample(),
+         {{L2, std::nullopt}, Month, Measure::Amount, 0, User, u"ann"},
+         {{u"Jones", 1.0, u"Jones 100.0%"}}},
+        {"a negative total is left out, the rest sums to 1",
+         refund,
+         {{L1, std::nullopt}, Month, Measure::Amount, 0, {}, u""},
+         {{u"Acme", 125.50 / 125.51, u"Acme 100.0%"}, {u"Zenith", 0.01 / 125.51, u"Zenith 0.0%"}}},
+        {"nothing above zero: no slices",
+         sample(),
+         {{L1, std::nullopt}, Month, Measure::Amount, 0, User, u"nobody"},
+         {}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        const PivotTable table = pivot(c.records, specFrom(c.form), english());
+        const PivotChart chart = pivotChart(table, ChartKind::Shares, PivotTexts{}, english());
+        EXPECT_EQ(chart.kind, ChartKind::Shares);
+        EXPECT_TRUE(chart.bars.empty());
+        ASSERT_EQ(chart.slices.size(), c.slices.size());
+        double sum = 0, values = 0;
+        for (std::size_t i = 0; i < chart.slices.size(); ++i) {
+            SCOPED_TRACE(i);
+            EXPECT_EQ(chart.slices[i].label, c.slices[i].label);
+            EXPECT_NEAR(chart.slices[i].share, c.slices[i].share, 1e-12);
+            EXPECT_EQ(chart.slices[i].legend, c.slices[i].legend);
+            sum += chart.slices[i].share;
+            values += chart.slices[i].value;
+        }
+        if (chart.slices.empty()) continue;
+        EXPECT_NEAR(sum, 1.0, 1e-12);
+        if (c.records.size() == sample().size()) {  // no negatives: the slices make the grand total
+            EXPECT_NEAR(values,
+                        static_cast<double>(scaledMeasure(table.grandTotal(), table.spec.measure)) /
+                            10000.0,
+                        1e-9);
+        }
+    }
 }
 
 TEST(PivotView, StatusAndTexts) {
@@ -189,6 +310,9 @@ TEST(PivotView, StatusAndTexts) {
     EXPECT_EQ(measureChoices(german)[0], u"Stunden");
     EXPECT_EQ(dimensionChoices({u"Firma", u"", u""}, german)[0], u"Firma");
     EXPECT_EQ(dimensionChoices({u"Firma", u"", u""}, german)[1], u"List 2");
+    p.LNGSUM = u"Summe";
+    EXPECT_EQ(pivotTextsFrom(p).sum, u"Summe");
+    EXPECT_EQ(PivotTexts{}.chartKinds[1], u"Shares");
 }
 
 }  // namespace

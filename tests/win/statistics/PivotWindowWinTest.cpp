@@ -3,7 +3,7 @@
 // rows when the row or column dimension or the measure changes, totals
 // equal to the core's, the records read off the window's thread and only
 // again when the period changes, a filter, an export handed to the model,
-// and a screenshot (build/screenshots/pivot.png).
+// the chart's kind switched without reading again, and a screenshot (build/screenshots/pivot.png).
 //
 // Wine draws windows only with a display (HB_WINE_DISPLAY): without one the
 // tests are skipped.
@@ -251,6 +251,54 @@ TEST_F(PivotWindowTest, FilterAndExport) {
     EXPECT_EQ(model_.exports[0].path, u"C:\\out.xlsx");
     EXPECT_EQ(model_.exports[0].rows, 2u);  // Acme and the total
     EXPECT_NE(status().find(L"C:\\out.xlsx"), std::wstring::npos);
+}
+
+// The chart drop-down: each kind gives the core's chart of the shown
+// pivot, drawn anew without reading the records or pivoting again.
+TEST_F(PivotWindowTest, ChartKindSwitchesWithoutReading) {
+    open();
+    const PivotTable table = pivot(records_, specFrom(PivotForm{}), setup_.locale);
+    struct Step {
+        const char* name;
+        int index;
+        ChartKind kind;
+        std::size_t bars, slices;
+    };
+    const Step steps[] = {
+        {"opens with bars over time", -1, ChartKind::BarsOverTime, 2, 0},
+        {"shares", 1, ChartKind::Shares, 0, 3},  // Acme, Globex, not billed
+        {"bars again", 0, ChartKind::BarsOverTime, 2, 0},
+    };
+    const std::vector<std::wstring> shownRows = rows();
+    for (const Step& s : steps) {
+        SCOPED_TRACE(s.name);
+        if (s.index >= 0) choose(IDC_PW_CHARTKIND, s.index);
+        const PivotChart shown = shownPivotChart(window_);
+        const PivotChart core = pivotChart(table, s.kind, PivotTexts{}, setup_.locale);
+        EXPECT_EQ(shown.kind, s.kind);
+        ASSERT_EQ(shown.bars.size(), s.bars);
+        ASSERT_EQ(shown.slices.size(), s.slices);
+        EXPECT_EQ(shown.series, core.series);
+        for (std::size_t b = 0; b < s.bars; ++b) {
+            EXPECT_EQ(shown.bars[b].label, core.bars[b].label);
+            EXPECT_EQ(shown.bars[b].parts, core.bars[b].parts);
+        }
+        for (std::size_t i = 0; i < s.slices; ++i)
+            EXPECT_EQ(shown.slices[i].legend, core.slices[i].legend);
+        EXPECT_EQ(model_.loads, 1);
+        EXPECT_FALSE(pivotWindowBusy(window_));
+        EXPECT_EQ(rows(), shownRows);
+    }
+    // A new pivot keeps the chosen kind.
+    choose(IDC_PW_CHARTKIND, 1);
+    choose(IDC_PW_MEASURE, 2);
+    EXPECT_EQ(model_.loads, 1);
+    const PivotChart amounts = shownPivotChart(window_);
+    EXPECT_EQ(amounts.kind, ChartKind::Shares);
+    // 550.00 of 950.00; the not billed group's amount is zero, left out.
+    ASSERT_EQ(amounts.slices.size(), 2u);
+    EXPECT_EQ(amounts.slices[0].legend, u"Acme 57.9%");
+    EXPECT_EQ(amounts.slices[1].legend, u"Globex 42.1%");
 }
 
 // The picture in the README: company and person by month.
