@@ -147,144 +147,96 @@ TEST(PivotView, GridShowsSubtotalsAndTotals) {
                                      english()));
 }
 
-// Bars over time: one bar per column group stacked by the outer row
-// groups; each bar's height is its column's grand total, each part the
-// outer group's cell of that column.
-TEST(PivotView, ChartBarsOverTime) {
-    using Parts = std::vector<double>;
+// Bars over time: a bar per column group stacked by the outer row groups,
+// each as high as its column's total; Shares: a slice per outer row group
+// above zero, the shares summing to 1 (without negative totals the slices
+// make the grand total).
+TEST(PivotView, ChartBarsOverTimeAndShares) {
     constexpr Dimension L2 = Dimension::List2;
+    using Bars = std::vector<std::pair<Str, std::vector<double>>>;  // label, parts
     struct Case {
         const char* name;
         PivotForm form;
-        std::vector<Str> series, labels;
-        std::vector<Parts> parts;  // per bar
+        std::vector<Str> series;
+        Bars bars;
+        std::vector<std::pair<double, Str>> slices;  // share, legend
+        double refund = 0;                           // an extra company's negative amount
     };
+    const std::optional<Dimension> noColumn;
     const Case cases[] = {
-        {"company by month",
-         {{L1, std::nullopt}, Month, Measure::Hours, 0, {}, u""},
-         {u"Acme", u"Zenith"},
-         {u"November 2026", u"December 2026"},
-         {{1.5, 1.5}, {0.75, 0.0}}},
-        {"only the outer row level stacks",
+        {"only the outer row level counts",
          {{L1, L2}, Month, Measure::Amount, 0, {}, u""},
          {u"Acme", u"Zenith"},
-         {u"November 2026", u"December 2026"},
-         {{125.50, 0.01}, {0.0, 0.0}}},
-        {"users by year",
-         {{User, std::nullopt}, Year, Measure::Hours, 0, {}, u""},
-         {u"ann", u"john"},
-         {u"2026"},
-         {{1.25, 2.5}}},
-        {"the not billed group stacks like the others",
+         {{u"November 2026", {125.50, 0.01}}, {u"December 2026", {0.0, 0.0}}},
+         {{125.50 / 125.51, u"Acme 100.0%"}, {0.01 / 125.51, u"Zenith 0.0%"}}},
+        {"not billed is a group like the others",
          {{L2, std::nullopt}, Month, Measure::Hours, 0, {}, u""},
          {u"Jones", u"Smith", u"not billed"},
-         {u"November 2026", u"December 2026"},
-         {{0.5, 1.0, 1.5}, {0.0, 0.0, 0.75}}},
+         {{u"November 2026", {0.5, 1.0, 1.5}}, {u"December 2026", {0.0, 0.0, 0.75}}},
+         {{0.5 / 3.75, u"Jones 13.3%"},
+          {1.0 / 3.75, u"Smith 26.7%"},
+          {2.25 / 3.75, u"not billed 60.0%"}}},
         {"no columns: one bar, the sum",
-         {{L1, std::nullopt}, std::nullopt, Measure::RoundedHours, 0, {}, u""},
+         {{L1, std::nullopt}, noColumn, Measure::RoundedHours, 0, {}, u""},
          {u"Acme", u"Zenith"},
-         {u"Sum"},
-         {{2.25, 1.5}}},
-        {"columns that are no dates",
-         {{User, std::nullopt}, L1, Measure::Hours, 0, {}, u""},
-         {u"ann", u"john"},
-         {u"Acme", u"Zenith"},
-         {{1.25, 1.0}, {0.0, 1.5}}},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
-        const PivotTable table = pivot(sample(), specFrom(c.form), english());
-        const PivotChart chart =
-            pivotChart(table, ChartKind::BarsOverTime, PivotTexts{}, english());
-        EXPECT_EQ(chart.kind, ChartKind::BarsOverTime);
-        EXPECT_TRUE(chart.slices.empty());
-        EXPECT_EQ(chart.series, c.series);
-        ASSERT_EQ(chart.bars.size(), c.labels.size());
-        double largest = 0;
-        for (std::size_t b = 0; b < chart.bars.size(); ++b) {
-            SCOPED_TRACE(b);
-            const PivotChart::Bar& bar = chart.bars[b];
-            EXPECT_EQ(bar.label, c.labels[b]);
-            ASSERT_EQ(bar.parts.size(), c.parts[b].size());
-            for (std::size_t s = 0; s < bar.parts.size(); ++s)
-                EXPECT_DOUBLE_EQ(bar.parts[s], c.parts[b][s]) << "series " << s;
-            // The stack is as high as the column's total in the table.
-            const std::size_t column = c.form.column ? b : table.columns.size() - 1;
-            EXPECT_DOUBLE_EQ(bar.total,
-                             static_cast<double>(scaledMeasure(
-                                 table.at(table.rows.size() - 1, column), table.spec.measure)) /
-                                 10000.0);
-            largest = std::max(largest, bar.total);
-        }
-        EXPECT_DOUBLE_EQ(chart.largest, largest);
-    }
-}
-
-// Shares: a slice per outer row group above zero, the shares summing to 1;
-// without negative totals each is its row total over the grand total.
-TEST(PivotView, ChartShares) {
-    constexpr Dimension L2 = Dimension::List2;
-    struct Slice {
-        Str label;
-        double share;
-        Str legend;
-    };
-    struct Case {
-        const char* name;
-        std::vector<TimeRecord> records;
-        PivotForm form;
-        std::vector<Slice> slices;
-    };
-    std::vector<TimeRecord> refund = sample();
-    refund.push_back(rec(u"ann", dayOf(2026, 11, 5), u"Refunds", u"", 0, -5000));
-    const Case cases[] = {
-        {"per company",
-         sample(),
-         {{L1, L2}, Month, Measure::Hours, 0, {}, u""},
-         {{u"Acme", 0.6, u"Acme 60.0%"}, {u"Zenith", 0.4, u"Zenith 40.0%"}}},
-        {"the not billed group is a slice",
-         sample(),
-         {{L2, std::nullopt}, std::nullopt, Measure::Hours, 0, {}, u""},
-         {{u"Jones", 0.5 / 3.75, u"Jones 13.3%"},
-          {u"Smith", 1.0 / 3.75, u"Smith 26.7%"},
-          {u"not billed", 2.25 / 3.75, u"not billed 60.0%"}}},
-        {"a zero total is left out",
-         sample(),
-         {{L2, std::nullopt}, Month, Measure::Amount, 0, User, u"ann"},
-         {{u"Jones", 1.0, u"Jones 100.0%"}}},
-        {"a negative total is left out, the rest sums to 1",
-         refund,
+         {{u"Sum", {2.25, 1.5}}},
+         {{0.6, u"Acme 60.0%"}, {0.4, u"Zenith 40.0%"}}},
+        {"columns that are no dates; a zero total is no slice",
+         {{L2, std::nullopt}, User, Measure::Amount, 0, User, u"ann"},
+         {u"Jones", u"not billed"},
+         {{u"ann", {25.50, 0.0}}},
+         {{1.0, u"Jones 100.0%"}}},
+        {"a negative total is no slice",
          {{L1, std::nullopt}, Month, Measure::Amount, 0, {}, u""},
-         {{u"Acme", 125.50 / 125.51, u"Acme 100.0%"}, {u"Zenith", 0.01 / 125.51, u"Zenith 0.0%"}}},
-        {"nothing above zero: no slices",
-         sample(),
-         {{L1, std::nullopt}, Month, Measure::Amount, 0, User, u"nobody"},
+         {u"Acme", u"Refunds", u"Zenith"},
+         {{u"November 2026", {125.50, -50.0, 0.01}}, {u"December 2026", {0.0, 0.0, 0.0}}},
+         {{125.50 / 125.51, u"Acme 100.0%"}, {0.01 / 125.51, u"Zenith 0.0%"}},
+         -5000},
+        {"no records: no bars with parts, no slices",
+         {{L1, std::nullopt}, Month, Measure::Hours, 0, User, u"nobody"},
+         {},
+         {},
          {}},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
-        const PivotTable table = pivot(c.records, specFrom(c.form), english());
-        const PivotChart chart = pivotChart(table, ChartKind::Shares, PivotTexts{}, english());
-        EXPECT_EQ(chart.kind, ChartKind::Shares);
-        EXPECT_TRUE(chart.bars.empty());
-        ASSERT_EQ(chart.slices.size(), c.slices.size());
+        std::vector<TimeRecord> records = sample();
+        if (c.refund) records.push_back(rec(u"ann", dayOf(2026, 11, 5), u"Refunds", u"", 0, -5000));
+        const PivotTable table = pivot(records, specFrom(c.form), english());
+        const PivotChart bars = pivotChart(table, ChartKind::BarsOverTime, PivotTexts{}, english());
+        EXPECT_EQ(bars.series, c.series);
+        EXPECT_TRUE(bars.slices.empty());
+        Bars shown;
+        double largest = 0;
+        for (std::size_t b = 0; b < bars.bars.size(); ++b) {
+            shown.emplace_back(bars.bars[b].label, bars.bars[b].parts);
+            const std::size_t column = c.form.column ? b : table.columns.size() - 1;
+            EXPECT_DOUBLE_EQ(bars.bars[b].total,
+                             static_cast<double>(scaledMeasure(
+                                 table.at(table.rows.size() - 1, column), table.spec.measure)) /
+                                 10000.0)
+                << "bar " << b;
+            largest = std::max(largest, bars.bars[b].total);
+        }
+        EXPECT_EQ(shown, c.bars);
+        EXPECT_DOUBLE_EQ(bars.largest, largest);
+
+        const PivotChart shares = pivotChart(table, ChartKind::Shares, PivotTexts{}, english());
+        EXPECT_EQ(shares.kind, ChartKind::Shares);
+        EXPECT_TRUE(shares.bars.empty());
+        ASSERT_EQ(shares.slices.size(), c.slices.size());
         double sum = 0, values = 0;
-        for (std::size_t i = 0; i < chart.slices.size(); ++i) {
-            SCOPED_TRACE(i);
-            EXPECT_EQ(chart.slices[i].label, c.slices[i].label);
-            EXPECT_NEAR(chart.slices[i].share, c.slices[i].share, 1e-12);
-            EXPECT_EQ(chart.slices[i].legend, c.slices[i].legend);
-            sum += chart.slices[i].share;
-            values += chart.slices[i].value;
+        for (std::size_t i = 0; i < shares.slices.size(); ++i) {
+            EXPECT_NEAR(shares.slices[i].share, c.slices[i].first, 1e-12) << "slice " << i;
+            EXPECT_EQ(shares.slices[i].legend, c.slices[i].second);
+            sum += shares.slices[i].share;
+            values += shares.slices[i].value;
         }
-        if (chart.slices.empty()) continue;
+        if (c.slices.empty()) continue;
         EXPECT_NEAR(sum, 1.0, 1e-12);
-        if (c.records.size() == sample().size()) {  // no negatives: the slices make the grand total
-            EXPECT_NEAR(values,
-                        static_cast<double>(scaledMeasure(table.grandTotal(), table.spec.measure)) /
-                            10000.0,
-                        1e-9);
-        }
+        const double grand =
+            static_cast<double>(scaledMeasure(table.grandTotal(), table.spec.measure)) / 10000.0;
+        EXPECT_NEAR(values, grand - c.refund / 100.0, 1e-9);
     }
 }
 
