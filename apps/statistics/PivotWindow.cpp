@@ -42,7 +42,7 @@ struct Job {
     PivotWindowModel* model = nullptr;
     HWND window = nullptr;
     Period period;
-    PivotSpec spec;
+    PivotSpec request;
     Locale locale;
     std::shared_ptr<const CubeContent> data;  // read before, or null
     ExportFormat format = ExportFormat::Csv;
@@ -449,7 +449,7 @@ unsigned __stdcall work(void* parameter) {
             if (!job->data)
                 job->data = std::make_shared<const CubeContent>(job->model->load(job->period));
             job->table = std::make_shared<const PivotTable>(
-                pivot(job->data->records, job->spec, job->locale));
+                pivot(job->data->records, job->request, job->locale));
         } else {
             job->model->exportTo(job->format, job->path, *job->data, *job->table);
         }
@@ -514,7 +514,7 @@ void requestRun(HWND window) {
     const PivotForm form = formOf(window);
     auto job = std::make_unique<Job>();
     job->period = periodFrom(form, st.setup.today, st.setup.firstWeekday);
-    job->spec = specFrom(form);
+    job->request = specFrom(form);
     if (st.period && st.period->first == job->period.first && st.period->last == job->period.last)
         job->data = st.data;
     start(window, std::move(job));

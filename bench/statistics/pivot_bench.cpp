@@ -36,11 +36,11 @@ const std::vector<TimeRecord>& records() {
     return out;
 }
 
-void run(benchmark::State& state, const PivotSpec& spec) {
+void run(benchmark::State& state, const PivotSpec& request) {
     const auto& r = records();
     const hb::Locale loc;
     for (auto _ : state)
-        benchmark::DoNotOptimize(hb::statistics::pivot(r, spec, loc));
+        benchmark::DoNotOptimize(hb::statistics::pivot(r, request, loc));
     state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations() * r.size()));
 }
 

@@ -234,10 +234,10 @@ Str dimensionKey(const TimeRecord& r, Dimension d) {
     }
 }
 
-PivotTable pivot(const std::vector<TimeRecord>& records, const PivotSpec& spec,
+PivotTable pivot(const std::vector<TimeRecord>& records, const PivotSpec& request,
                  const Locale& locale) {
-    std::vector<Dimension> used = spec.rows;
-    used.insert(used.end(), spec.columns.begin(), spec.columns.end());
+    std::vector<Dimension> used = request.rows;
+    used.insert(used.end(), request.columns.begin(), request.columns.end());
     for (std::size_t i = 0; i < used.size(); ++i)
         if (std::find(used.begin() + static_cast<std::ptrdiff_t>(i) + 1, used.end(), used[i]) !=
             used.end())
@@ -250,19 +250,20 @@ PivotTable pivot(const std::vector<TimeRecord>& records, const PivotSpec& spec,
     std::unordered_map<int, std::unique_ptr<Values>> shown;
     for (const Dimension d : used)
         shown[static_cast<int>(d)] = std::make_unique<Values>(d, nullptr);
-    for (const PivotFilter& f : spec.filters)
+    for (const PivotFilter& f : request.filters)
         filters.push_back(std::make_unique<Values>(f.dimension, &f));
 
     Axis rows, columns;
-    rows.dimensions = spec.rows;
-    columns.dimensions = spec.columns;
-    for (const Dimension d : spec.rows)
+    rows.dimensions = request.rows;
+    columns.dimensions = request.columns;
+    for (const Dimension d : request.rows)
         rows.values.push_back(shown[static_cast<int>(d)].get());
-    for (const Dimension d : spec.columns)
+    for (const Dimension d : request.columns)
         columns.values.push_back(shown[static_cast<int>(d)].get());
 
     // One pass: the filters, then each shown dimension's value id.
-    std::vector<std::vector<std::uint32_t>> rowIds(spec.rows.size()), colIds(spec.columns.size());
+    std::vector<std::vector<std::uint32_t>> rowIds(request.rows.size()),
+        colIds(request.columns.size());
     std::vector<std::size_t> passing;
     passing.reserve(records.size());
     for (std::size_t i = 0; i < records.size(); ++i) {
@@ -275,9 +276,9 @@ PivotTable pivot(const std::vector<TimeRecord>& records, const PivotSpec& spec,
             }
         if (!pass) continue;
         passing.push_back(i);
-        for (std::size_t l = 0; l < spec.rows.size(); ++l)
+        for (std::size_t l = 0; l < request.rows.size(); ++l)
             rowIds[l].push_back(rows.values[l]->id(r, i));
-        for (std::size_t l = 0; l < spec.columns.size(); ++l)
+        for (std::size_t l = 0; l < request.columns.size(); ++l)
             colIds[l].push_back(columns.values[l]->id(r, i));
     }
     rows.build(rowIds, passing.size());
@@ -320,7 +321,7 @@ PivotTable pivot(const std::vector<TimeRecord>& records, const PivotSpec& spec,
     const std::vector<std::uint32_t> colOrder = columns.readingOrder(ranks(columns));
 
     PivotTable t;
-    t.spec = spec;
+    t.request = request;
     t.records = passing.size();
     t.rows.reserve(nr);
     for (const std::uint32_t n : rowOrder)

@@ -71,7 +71,7 @@ struct PivotFigures {
 };
 
 struct PivotTable {
-    PivotSpec spec;
+    PivotSpec request;
     std::vector<PivotHeader> rows;     // in reading order, the grand total last
     std::vector<PivotHeader> columns;  // likewise
     std::vector<PivotFigures> cells;   // rows x columns, row by row
@@ -87,7 +87,7 @@ struct PivotTable {
 // days, weeks, months and years by time; list values and users
 // alphabetically without regard to letter case, "not billed" (no value)
 // last. Raises PivotError.
-PivotTable pivot(const std::vector<TimeRecord>& records, const PivotSpec& spec,
+PivotTable pivot(const std::vector<TimeRecord>& records, const PivotSpec& request,
                  const Locale& locale);
 
 // The measure as the command line names it (hours, rounded, amount).

@@ -106,16 +106,16 @@ Str pivotHeaderText(const PivotHeader& h, std::size_t dimensions, const ExportTe
 std::string pivotCsv(const PivotTable& t, const ListCaptions& captions, const Locale& loc,
                      const ExportTexts& texts) {
     const Str sep = reporting::csvSeparator(loc);
-    const std::size_t nr = t.spec.rows.size();
+    const std::size_t nr = t.request.rows.size();
     Str out;
     std::vector<Str> cells;
-    for (const Dimension d : t.spec.rows)
+    for (const Dimension d : t.request.rows)
         cells.push_back(reporting::csvTextCell(pivotDimensionCaption(d, captions, texts), sep));
     if (nr == 0)
-        cells.push_back(reporting::csvTextCell(measureCaption(t.spec.measure, texts), sep));
+        cells.push_back(reporting::csvTextCell(measureCaption(t.request.measure, texts), sep));
     for (const PivotHeader& c : t.columns)
         cells.push_back(
-            reporting::csvTextCell(pivotHeaderText(c, t.spec.columns.size(), texts), sep));
+            reporting::csvTextCell(pivotHeaderText(c, t.request.columns.size(), texts), sep));
     reporting::csvAddRow(out, cells, sep);
     for (std::size_t r = 0; r < t.rows.size(); ++r) {
         cells.clear();
@@ -131,7 +131,7 @@ std::string pivotCsv(const PivotTable& t, const ListCaptions& captions, const Lo
         }
         for (std::size_t c = 0; c < t.columns.size(); ++c) {
             const PivotFigures& f = t.at(r, c);
-            cells.push_back(f.records ? decimalText(scaledMeasure(f, t.spec.measure), 2, 4, loc)
+            cells.push_back(f.records ? decimalText(scaledMeasure(f, t.request.measure), 2, 4, loc)
                                       : Str());
         }
         reporting::csvAddRow(out, cells, sep);
@@ -144,7 +144,7 @@ void writePivotCsv(const std::filesystem::path& file, const PivotTable& table,
     reporting::writeFileReplacing(file, pivotCsv(table, captions, loc, texts));
 }
 
-std::string pivotHtmlPage(const CubeContent& data, const PivotSpec& spec,
+std::string pivotHtmlPage(const CubeContent& data, const PivotSpec& request,
                           const ExportTexts& texts) {
     const PivotAssets& a = pivotAssets();
     constexpr Dimension kAll[] = {Dimension::List1, Dimension::List2, Dimension::List3,
@@ -187,7 +187,7 @@ std::string pivotHtmlPage(const CubeContent& data, const PivotSpec& spec,
         return out + "]";
     };
     std::string measure;
-    jsonString(measure, measureCaption(spec.measure, texts));
+    jsonString(measure, measureCaption(request.measure, texts));
     const std::string title = toUtf8(reporting::htmlEscape(texts.title));
 
     std::string page;
@@ -220,10 +220,10 @@ std::string pivotHtmlPage(const CubeContent& data, const PivotSpec& spec,
         "  var records = JSON.parse(document.getElementById(\"hb-records\").textContent);\n"
         "  $(\"#pivot\").pivotUI(records, {\n"
         "    rows: " +
-        axis(spec.rows) +
+        axis(request.rows) +
         ",\n"
         "    cols: " +
-        axis(spec.columns) +
+        axis(request.columns) +
         ",\n"
         "    vals: [" +
         measure +
@@ -238,8 +238,8 @@ std::string pivotHtmlPage(const CubeContent& data, const PivotSpec& spec,
 }
 
 void writePivotHtml(const std::filesystem::path& file, const CubeContent& data,
-                    const PivotSpec& spec, const ExportTexts& texts) {
-    reporting::writeFileReplacing(file, pivotHtmlPage(data, spec, texts));
+                    const PivotSpec& request, const ExportTexts& texts) {
+    reporting::writeFileReplacing(file, pivotHtmlPage(data, request, texts));
 }
 
 }  // namespace hb::statistics

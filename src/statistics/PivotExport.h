@@ -50,9 +50,9 @@ void writePivotXlsx(const std::filesystem::path& file, const PivotTable& table,
 // key and the three measures) and the pivot UI set to the table's rows,
 // columns and measure (the measures are values to sum, not axes to drag). No network: every script
 // and style is inline.
-std::string pivotHtmlPage(const CubeContent& data, const PivotSpec& spec,
+std::string pivotHtmlPage(const CubeContent& data, const PivotSpec& request,
                           const ExportTexts& texts = {});
 void writePivotHtml(const std::filesystem::path& file, const CubeContent& data,
-                    const PivotSpec& spec, const ExportTexts& texts = {});
+                    const PivotSpec& request, const ExportTexts& texts = {});
 
 }  // namespace hb::statistics

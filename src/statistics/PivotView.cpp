@@ -37,25 +37,25 @@ bool innermost(const PivotHeader& h, std::size_t dimensions) {
 }  // namespace
 
 PivotSpec specFrom(const PivotForm& form) {
-    PivotSpec spec;
-    spec.columns.clear();
-    if (form.column) spec.columns.push_back(*form.column);
-    spec.rows.clear();
+    PivotSpec request;
+    request.columns.clear();
+    if (form.column) request.columns.push_back(*form.column);
+    request.rows.clear();
     for (const std::optional<Dimension>& level : form.rows)
-        if (level && !taken(spec.rows, *level) && !taken(spec.columns, *level))
-            spec.rows.push_back(*level);
-    if (spec.rows.empty())
+        if (level && !taken(request.rows, *level) && !taken(request.columns, *level))
+            request.rows.push_back(*level);
+    if (request.rows.empty())
         for (const Dimension d : kPivotDimensions)
-            if (!taken(spec.columns, d)) {
-                spec.rows.push_back(d);
+            if (!taken(request.columns, d)) {
+                request.rows.push_back(d);
                 break;
             }
-    spec.measure = form.measure;
+    request.measure = form.measure;
     if (form.filterDimension) {
         PivotFilter filter{*form.filterDimension, filterKeys(form.filterValue)};
-        if (!filter.values.empty()) spec.filters.push_back(std::move(filter));
+        if (!filter.values.empty()) request.filters.push_back(std::move(filter));
     }
-    return spec;
+    return request;
 }
 
 reporting::Period periodFrom(const PivotForm& form, reporting::DayNumber today, int firstWeekday) {
@@ -97,13 +97,13 @@ std::vector<Str> measureChoices(const PivotTexts& t) {
 PivotGrid pivotGrid(const PivotTable& table, const ListCaptions& captions, const PivotTexts& t,
                     const Locale& loc) {
     PivotGrid grid;
-    const std::size_t nr = table.spec.rows.size();
+    const std::size_t nr = table.request.rows.size();
     const std::size_t labels = std::max<std::size_t>(nr, 1);
-    for (const Dimension d : table.spec.rows)
+    for (const Dimension d : table.request.rows)
         grid.columns.push_back({pivotDimensionCaption(d, captions, t.names), false});
-    if (nr == 0) grid.columns.push_back({measureCaption(table.spec.measure, t.names), false});
+    if (nr == 0) grid.columns.push_back({measureCaption(table.request.measure, t.names), false});
     for (const PivotHeader& c : table.columns)
-        grid.columns.push_back({pivotHeaderText(c, table.spec.columns.size(), t.names), true});
+        grid.columns.push_back({pivotHeaderText(c, table.request.columns.size(), t.names), true});
 
     grid.rows.reserve(table.rows.size());
     for (std::size_t r = 0; r < table.rows.size(); ++r) {
@@ -119,9 +119,9 @@ PivotGrid pivotGrid(const PivotTable& table, const ListCaptions& captions, const
         }
         for (std::size_t c = 0; c < table.columns.size(); ++c) {
             const PivotFigures& f = table.at(r, c);
-            row.cells.push_back(
-                f.records ? reporting::decimalText(scaledMeasure(f, table.spec.measure), 2, 2, loc)
-                          : Str());
+            row.cells.push_back(f.records ? reporting::decimalText(
+                                                scaledMeasure(f, table.request.measure), 2, 2, loc)
+                                          : Str());
         }
         grid.rows.push_back(std::move(row));
     }
@@ -132,10 +132,10 @@ PivotChart pivotChart(const PivotTable& table, ChartKind kind, const PivotTexts&
                       const Locale& loc) {
     PivotChart chart;
     chart.kind = kind;
-    const std::size_t nr = table.spec.rows.size(), nc = table.spec.columns.size();
+    const std::size_t nr = table.request.rows.size(), nc = table.request.columns.size();
     if (table.rows.empty() || table.columns.empty()) return chart;
     auto value = [&](std::size_t r, std::size_t c) {
-        return static_cast<double>(scaledMeasure(table.at(r, c), table.spec.measure)) / 10000.0;
+        return static_cast<double>(scaledMeasure(table.at(r, c), table.request.measure)) / 10000.0;
     };
     // The outer row groups are the headers with the first level fixed (a
     // subtotal row, or the group itself with one row dimension); without
@@ -145,7 +145,7 @@ PivotChart pivotChart(const PivotTable& table, ChartKind kind, const PivotTexts&
         if (nr == 0 ? r + 1 == table.rows.size() : table.rows[r].level == 1) {
             groups.push_back(r);
             const PivotHeader& h = table.rows[r];
-            chart.series.push_back(nr == 0 ? measureCaption(table.spec.measure, t.names)
+            chart.series.push_back(nr == 0 ? measureCaption(table.request.measure, t.names)
                                    : h.labels.empty() || h.labels[0].empty() ? t.names.none
                                                                              : h.labels[0]);
         }
@@ -187,10 +187,10 @@ PivotChart pivotChart(const PivotTable& table, ChartKind kind, const PivotTexts&
 Str pivotStatus(const PivotTable& table, const PivotTexts& t, const Locale& loc) {
     if (table.records == 0) return t.noRecords;
     const Str total =
-        reporting::decimalText(scaledMeasure(table.grandTotal(), table.spec.measure), 2, 2, loc);
+        reporting::decimalText(scaledMeasure(table.grandTotal(), table.request.measure), 2, 2, loc);
     return toStr(static_cast<std::int64_t>(table.records)) + u" " +
            (table.records == 1 ? t.record : t.records) + u", " +
-           measureCaption(table.spec.measure, t.names) + u" " + total;
+           measureCaption(table.request.measure, t.names) + u" " + total;
 }
 
 }  // namespace hb::statistics

@@ -41,7 +41,7 @@ void writePivotXlsx(const std::filesystem::path& file, const PivotTable& t,
         properties.title = const_cast<char*>(title.c_str());
         workbook_set_properties(book, &properties);
 
-        const char* picture = t.spec.measure == Measure::Amount ? "#,##0.00" : "0.00";
+        const char* picture = t.request.measure == Measure::Amount ? "#,##0.00" : "0.00";
         lxw_format* header = workbook_add_format(book);
         format_set_bold(header);
         lxw_format* number = workbook_add_format(book);
@@ -50,14 +50,14 @@ void writePivotXlsx(const std::filesystem::path& file, const PivotTable& t,
         format_set_num_format(total, picture);
         format_set_bold(total);
 
-        const std::size_t nr = t.spec.rows.size(), nc = t.spec.columns.size();
+        const std::size_t nr = t.request.rows.size(), nc = t.request.columns.size();
         const std::size_t labelColumns = std::max<std::size_t>(nr, 1);
         lxw_worksheet* sheet = workbook_add_worksheet(book, "Pivot");
         if (!sheet) throw std::runtime_error("the sheet could not be added");
         for (std::size_t l = 0; l < nr; ++l)
             text(sheet, 0, static_cast<lxw_col_t>(l),
-                 pivotDimensionCaption(t.spec.rows[l], captions, texts), header);
-        if (nr == 0) text(sheet, 0, 0, measureCaption(t.spec.measure, texts), header);
+                 pivotDimensionCaption(t.request.rows[l], captions, texts), header);
+        if (nr == 0) text(sheet, 0, 0, measureCaption(t.request.measure, texts), header);
         for (std::size_t c = 0; c < t.columns.size(); ++c)
             text(sheet, 0, static_cast<lxw_col_t>(labelColumns + c),
                  pivotHeaderText(t.columns[c], nc, texts), header);
@@ -78,7 +78,7 @@ void writePivotXlsx(const std::filesystem::path& file, const PivotTable& t,
                 if (!f.records) continue;
                 const bool bold = isTotal || t.columns[c].level < nc || nc == 0;
                 worksheet_write_number(sheet, row, static_cast<lxw_col_t>(labelColumns + c),
-                                       measureValue(f, t.spec.measure), bold ? total : number);
+                                       measureValue(f, t.request.measure), bold ? total : number);
             }
         }
         worksheet_set_column(sheet, 0, static_cast<lxw_col_t>(labelColumns - 1), 24, nullptr);
@@ -104,7 +104,7 @@ void writePivotXlsx(const std::filesystem::path& file, const PivotTable& t,
             text(data, row, 0, pivotHeaderText(t.rows[rows[i]], nr, texts), nullptr);
             for (std::size_t k = 0; k < columns.size(); ++k)
                 worksheet_write_number(data, row, static_cast<lxw_col_t>(k + 1),
-                                       measureValue(t.at(rows[i], columns[k]), t.spec.measure),
+                                       measureValue(t.at(rows[i], columns[k]), t.request.measure),
                                        number);
         }
         lxw_chart* chart = workbook_add_chart(book, LXW_CHART_COLUMN_STACKED);
@@ -116,7 +116,7 @@ void writePivotXlsx(const std::filesystem::path& file, const PivotTable& t,
             chart_series_set_values(series, dataName, 1, col, last, col);
             chart_series_set_name_range(series, dataName, 0, col);
         }
-        chart_title_set_name(chart, toUtf8(measureCaption(t.spec.measure, texts)).c_str());
+        chart_title_set_name(chart, toUtf8(measureCaption(t.request.measure, texts)).c_str());
         worksheet_insert_chart(sheet, 1,
                                static_cast<lxw_col_t>(labelColumns + t.columns.size() + 1), chart);
     });

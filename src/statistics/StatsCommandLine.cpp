@@ -65,8 +65,8 @@ class Parser {
         if (a.value.empty()) return fail(u"/" + key + u" needs a value, as in /" + key + u":...");
         report_ = true;
         const StrView value = a.value;
-        if (key == u"rows") return dimensions(value, key, c_.spec.rows);
-        if (key == u"cols") return dimensions(value, key, c_.spec.columns);
+        if (key == u"rows") return dimensions(value, key, c_.request.rows);
+        if (key == u"cols") return dimensions(value, key, c_.request.columns);
         if (key == u"measure") return measure(value);
         if (key == u"period") {
             c_.namedPeriod = reporting::periodNamed(value);
@@ -102,7 +102,7 @@ class Parser {
     bool measure(StrView value) {
         for (const Measure m : {Measure::Hours, Measure::RoundedHours, Measure::Amount})
             if (text::equalsNoCase(value, measureName(m))) {
-                c_.spec.measure = m;
+                c_.request.measure = m;
                 return true;
             }
         return fail(u"/measure: " + quoted(value) + u" is none of hours, rounded, amount");
@@ -117,11 +117,11 @@ class Parser {
             const Str name = text::trim(part.substr(0, eq));
             const auto d = reporting::dimensionNamed(name);
             if (!d) return fail(u"/filter: " + quoted(name) + kDimensionChoices);
-            auto it = std::find_if(c_.spec.filters.begin(), c_.spec.filters.end(),
+            auto it = std::find_if(c_.request.filters.begin(), c_.request.filters.end(),
                                    [&](const PivotFilter& f) { return f.dimension == *d; });
-            if (it == c_.spec.filters.end()) {
-                c_.spec.filters.push_back({*d, {}});
-                it = c_.spec.filters.end() - 1;
+            if (it == c_.request.filters.end()) {
+                c_.request.filters.push_back({*d, {}});
+                it = c_.request.filters.end() - 1;
             }
             it->values.emplace_back(part.substr(eq + 1));
         }
@@ -156,9 +156,9 @@ class Parser {
         if (!problem.empty()) return fail(std::move(problem));
         if (c_.csv.empty() && c_.xlsx.empty() && c_.html.empty())
             return fail(u"nothing to write: give /csv:FILE, /xlsx:FILE or /html:FILE");
-        for (const Dimension d : c_.spec.rows)
-            if (std::find(c_.spec.columns.begin(), c_.spec.columns.end(), d) !=
-                c_.spec.columns.end())
+        for (const Dimension d : c_.request.rows)
+            if (std::find(c_.request.columns.begin(), c_.request.columns.end(), d) !=
+                c_.request.columns.end())
                 return fail(u"/rows and /cols both have " + Str(reporting::dimensionName(d)));
         if (c_.source != StatsSource::Server && c_.folder.empty())
             return fail(u"no folder: give the database or cube folder (or /source:server)");

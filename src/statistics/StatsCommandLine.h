@@ -36,7 +36,7 @@ struct StatsCommand {
     Str folder;
     std::optional<NamedPeriod> namedPeriod;
     std::optional<DayNumber> from, to;
-    PivotSpec spec;
+    PivotSpec request;
     StatsSource source = StatsSource::Auto;
     Str csv, xlsx, html;
 };

@@ -32,7 +32,7 @@ StatsSteps statsSteps(const Str& connection, const Locale& loc,
                 writePivotXlsx(pathOf(file), table, data.captions, texts);
                 break;
             case ExportFormat::Html:
-                writePivotHtml(pathOf(file), data, table.spec, texts);
+                writePivotHtml(pathOf(file), data, table.request, texts);
                 break;
         }
     };
@@ -53,7 +53,7 @@ RunOutcome runStatsCommand(const StatsCommand& command, const Period& period,
     }
     PivotTable table;
     try {
-        table = pivot(data.records, command.spec, loc);
+        table = pivot(data.records, command.request, loc);
     } catch (const PivotError& e) {
         return {ExitCode::BadArguments, {u"The pivot cannot be made: " + fromUtf8(e.what())}};
     } catch (const std::exception& e) {

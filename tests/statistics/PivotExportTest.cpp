@@ -181,7 +181,7 @@ TEST(StatsRun, ExitCodes) {
     EXPECT_TRUE(fs::exists(dir / "out.xlsx"));
     // A pivot that cannot be made is the arguments' fault.
     StatsCommand both = *parseStatsCommand({folder, u"/csv:x"}).command;
-    both.spec.columns = both.spec.rows;
+    both.request.columns = both.request.rows;
     EXPECT_EQ(runStatsCommand(both, {}, steps, Locale()).code, ExitCode::BadArguments);
 }
 

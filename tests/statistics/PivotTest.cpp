@@ -37,9 +37,9 @@ std::string header(const PivotHeader& h, std::size_t dimensions) {
 std::vector<std::string> render(const PivotTable& t) {
     std::vector<std::string> out(1);
     for (const PivotHeader& c : t.columns)
-        out[0] += (out[0].empty() ? "" : ",") + header(c, t.spec.columns.size());
+        out[0] += (out[0].empty() ? "" : ",") + header(c, t.request.columns.size());
     for (std::size_t r = 0; r < t.rows.size(); ++r) {
-        std::string line = header(t.rows[r], t.spec.rows.size()) + ":";
+        std::string line = header(t.rows[r], t.request.rows.size()) + ":";
         for (std::size_t c = 0; c < t.columns.size(); ++c) {
             const PivotFigures& f = t.at(r, c);
             line += (c ? "," : " ") + (f.records ? std::to_string(f.seconds / 60) : "-");
@@ -52,7 +52,7 @@ std::vector<std::string> render(const PivotTable& t) {
 TEST(Pivot, Tables) {
     struct Case {
         const char* name;
-        PivotSpec spec;
+        PivotSpec request;
         std::vector<std::string> expected;
     };
     const Case cases[] = {
@@ -88,7 +88,7 @@ TEST(Pivot, Tables) {
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
-        EXPECT_EQ(render(pivot(sample(), c.spec, Locale())), c.expected);
+        EXPECT_EQ(render(pivot(sample(), c.request, Locale())), c.expected);
     }
 }
 
@@ -113,8 +113,8 @@ TEST(Pivot, RefusesADimensionTwice) {
         {{L1}, {L1}, Measure::Hours, {}},
         {{Month, Month}, {}, Measure::Hours, {}},
     };
-    for (const PivotSpec& spec : bad)
-        EXPECT_THROW(pivot(sample(), spec, Locale()), PivotError);
+    for (const PivotSpec& request : bad)
+        EXPECT_THROW(pivot(sample(), request, Locale()), PivotError);
 }
 
 // Many records of many values, reproducible.

@@ -69,16 +69,16 @@ TEST(PivotView, FormToSpec) {
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
-        const PivotSpec spec = specFrom(c.form);
-        EXPECT_EQ(spec.rows, c.rows);
-        EXPECT_EQ(spec.columns, c.columns);
-        EXPECT_EQ(spec.measure, c.form.measure);
+        const PivotSpec request = specFrom(c.form);
+        EXPECT_EQ(request.rows, c.rows);
+        EXPECT_EQ(request.columns, c.columns);
+        EXPECT_EQ(request.measure, c.form.measure);
         if (c.filter.empty()) {
-            EXPECT_TRUE(spec.filters.empty());
+            EXPECT_TRUE(request.filters.empty());
         } else {
-            ASSERT_EQ(spec.filters.size(), 1u);
-            EXPECT_EQ(spec.filters[0].dimension, *c.form.filterDimension);
-            EXPECT_EQ(spec.filters[0].values, c.filter);
+            ASSERT_EQ(request.filters.size(), 1u);
+            EXPECT_EQ(request.filters[0].dimension, *c.form.filterDimension);
+            EXPECT_EQ(request.filters[0].values, c.filter);
         }
     }
 }
@@ -213,7 +213,7 @@ TEST(PivotView, ChartBarsOverTimeAndShares) {
             const std::size_t column = c.form.column ? b : table.columns.size() - 1;
             EXPECT_DOUBLE_EQ(bars.bars[b].total,
                              static_cast<double>(scaledMeasure(
-                                 table.at(table.rows.size() - 1, column), table.spec.measure)) /
+                                 table.at(table.rows.size() - 1, column), table.request.measure)) /
                                  10000.0)
                 << "bar " << b;
             largest = std::max(largest, bars.bars[b].total);
@@ -235,7 +235,7 @@ TEST(PivotView, ChartBarsOverTimeAndShares) {
         if (c.slices.empty()) continue;
         EXPECT_NEAR(sum, 1.0, 1e-12);
         const double grand =
-            static_cast<double>(scaledMeasure(table.grandTotal(), table.spec.measure)) / 10000.0;
+            static_cast<double>(scaledMeasure(table.grandTotal(), table.request.measure)) / 10000.0;
         EXPECT_NEAR(values, grand - c.refund / 100.0, 1e-9);
     }
 }

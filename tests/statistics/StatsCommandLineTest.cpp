@@ -14,13 +14,13 @@ std::string describe(const StatsCommand& c) {
                       : c.mode == RunMode::Help ? "help"
                                                 : "report";
     out += " " + toUtf8(c.folder) + " ";
-    for (const Dimension d : c.spec.rows)
+    for (const Dimension d : c.request.rows)
         out += toUtf8(reporting::dimensionName(d)) + ",";
     out += "|";
-    for (const Dimension d : c.spec.columns)
+    for (const Dimension d : c.request.columns)
         out += toUtf8(reporting::dimensionName(d)) + ",";
-    out += "|" + toUtf8(measureName(c.spec.measure)) + "|";
-    for (const PivotFilter& f : c.spec.filters) {
+    out += "|" + toUtf8(measureName(c.request.measure)) + "|";
+    for (const PivotFilter& f : c.request.filters) {
         out += toUtf8(reporting::dimensionName(f.dimension)) + "=";
         for (const Str& v : f.values)
             out += "[" + toUtf8(v) + "]";
