@@ -11,6 +11,7 @@
 #include <array>
 #include <vector>
 
+#include "apps/common/CompanionMain.h"
 #include "apps/reporting/ReportParts.h"
 #include "apps/reporting/ReportWindow.h"
 #include "common/DateTime.h"
@@ -108,28 +109,7 @@ int window(HINSTANCE instance, const ReportCommand& command, int show) {
 
 int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, PWSTR, int show) {
     SetProcessDPIAware();
-    const std::vector<Str> args = hb::programArguments();
-
-    const ParsedCommand parsed = parseReportCommand(args);
-    if (!parsed.command) {
-        hb::writeErrorLine(u"HBReporting: " + parsed.error);
-        hb::writeErrorLine(u"HBReporting.exe /? shows the options.");
-        return static_cast<int>(ExitCode::BadArguments);
-    }
-    try {
-        switch (parsed.command->mode) {
-            case RunMode::Help:
-                hb::writeErrorLine(reportUsage());
-                return static_cast<int>(ExitCode::Ok);
-            case RunMode::Report:
-                return commandLine(*parsed.command);
-            case RunMode::Window:
-                return window(instance, *parsed.command, show);
-        }
-    } catch (const std::exception& e) {
-        hb::writeErrorLine(u"HBReporting failed: " + hb::fromUtf8(e.what()));
-    } catch (...) {
-        hb::writeErrorLine(u"HBReporting failed.");
-    }
-    return static_cast<int>(ExitCode::Failed);
+    return hb::companionMain(u"HBReporting", parseReportCommand(hb::programArguments()),
+                             reportUsage(), commandLine,
+                             [&](const auto& command) { return window(instance, command, show); });
 }

@@ -12,6 +12,7 @@
 #include <memory>
 #include <vector>
 
+#include "apps/common/CompanionMain.h"
 #include "apps/statistics/PivotWindow.h"
 #include "languages/modMultiLanguage.h"
 #include "platform/win32/ConsolePlatform.h"
@@ -113,28 +114,7 @@ int window(HINSTANCE instance, const StatsCommand& command, int show) {
 
 int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, PWSTR, int show) {
     SetProcessDPIAware();
-    const std::vector<Str> args = hb::programArguments();
-
-    const ParsedStatsCommand parsed = parseStatsCommand(args);
-    if (!parsed.command) {
-        hb::writeErrorLine(u"Cubelens: " + parsed.error);
-        hb::writeErrorLine(u"Cubelens.exe /? shows the options.");
-        return static_cast<int>(ExitCode::BadArguments);
-    }
-    try {
-        switch (parsed.command->mode) {
-            case RunMode::Help:
-                hb::writeErrorLine(statsUsage());
-                return static_cast<int>(ExitCode::Ok);
-            case RunMode::Report:
-                return commandLine(*parsed.command);
-            case RunMode::Window:
-                return window(instance, *parsed.command, show);
-        }
-    } catch (const std::exception& e) {
-        hb::writeErrorLine(u"Cubelens failed: " + hb::fromUtf8(e.what()));
-    } catch (...) {
-        hb::writeErrorLine(u"Cubelens failed.");
-    }
-    return static_cast<int>(ExitCode::Failed);
+    return hb::companionMain(u"Cubelens", parseStatsCommand(hb::programArguments()), statsUsage(),
+                             commandLine,
+                             [&](const auto& command) { return window(instance, command, show); });
 }
